@@ -1,0 +1,30 @@
+# What `cmake --install` puts in place: the library, the headers that a host includes, and the package files by
+# which `find_package(tovrintimer)` finds them.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS tovrintimer tovrintimer_host EXPORT tovrintimerTargets)
+install(DIRECTORY host/
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tovrintimer/host
+  FILES_MATCHING PATTERN "*.hpp")
+install(FILES
+  timer_src/main/Concurrency.hpp
+  timer_src/main/Export.hpp
+  timer_src/main/PrevCallBackStatus.hpp
+  timer_src/main/TimerInfo.hpp
+  timer_src/main/TimerScheduler.hpp
+  timer_src/main/WorkItem.hpp
+  timer_src/main/WorkKind.hpp
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tovrintimer/timer_src/main)
+if(TOVRINTIMER_BUILD_EMBEDDED_HOST)
+  install(TARGETS tovrinhost tovrin)
+endif()
+
+set(packageDir ${CMAKE_INSTALL_LIBDIR}/cmake/tovrintimer)
+install(EXPORT tovrintimerTargets NAMESPACE tovrintimer:: DESTINATION ${packageDir})
+configure_package_config_file(cmake/tovrintimerConfig.cmake.in tovrintimerConfig.cmake
+  INSTALL_DESTINATION ${packageDir})
+write_basic_package_version_file(tovrintimerConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES
+  ${PROJECT_BINARY_DIR}/tovrintimerConfig.cmake
+  ${PROJECT_BINARY_DIR}/tovrintimerConfigVersion.cmake
+  DESTINATION ${packageDir})

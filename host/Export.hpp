@@ -1,0 +1,14 @@
+#pragma once
+
+/// \file
+/// Marks a declaration as belonging to the host: defined in whatever library implements `host/`.
+///
+/// A host defines `TOVRINHOST_BUILD` while it compiles its own sources. Nobody else does.
+
+#if defined(_WIN32) && defined(TOVRINHOST_BUILD)
+#define TOVRINHOST_API __declspec(dllexport)
+#elif defined(_WIN32)
+#define TOVRINHOST_API
+#else
+#define TOVRINHOST_API __attribute__((visibility("default")))
+#endif

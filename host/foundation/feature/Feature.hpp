@@ -1,0 +1,36 @@
+#pragma once
+
+#include "host/Export.hpp"
+
+#include <string>
+
+namespace foundation::feature {
+
+/// A switch of the host.
+class TOVRINHOST_API IFeature {
+public:
+    virtual ~IFeature();
+
+    /// Nonzero when the feature is on.
+    ///
+    /// Threading: the library reads it at every hand-over, on the thread that hands over, with no lock held.
+    /// The value may change at any time; the next hand-over follows it.
+    virtual int get() const = 0;
+};
+
+/// The switch with a given name.
+///
+/// Lifetime: the library keeps static objects of this class, made on first use and destroyed as the process
+/// ends: construction must work at any time, destruction after everything else of the host has gone.
+class TOVRINHOST_API Feature : public IFeature {
+public:
+    explicit Feature(const char* name);
+    ~Feature() override;
+
+    int get() const override;
+
+private:
+    std::string m_name;
+};
+
+} // namespace foundation::feature

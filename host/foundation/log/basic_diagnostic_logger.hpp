@@ -1,0 +1,73 @@
+#pragma once
+
+#include "host/Export.hpp"
+#include "host/foundation/log/indent_attribute.hpp"
+
+#include <boost/log/attributes/attribute_set.hpp>
+#include <boost/log/core/record.hpp>
+
+#include <atomic>
+#include <cstdint>
+#include <shared_mutex>
+#include <string>
+
+namespace foundation::log {
+
+template <typename CharT> class basic_diagnostic_logger;
+
+/// A source of diagnostic records for one channel, on top of Boost.Log.
+///
+/// Every record carries the attributes "Channel" (std::string), "Severity" (std::uint32_t, one bit) and
+/// "Indent" (unsigned int). Several loggers may bear the same channel name: a host sets a mask by channel, for
+/// the loggers that exist and for those made later.
+///
+/// Threading: all operations, any thread. The library writes records on the scheduler thread, on the threads
+/// that call into it and in callback tasks; some of them while it holds its queue's mutex, so a sink may call
+/// back into the library only for what takes no queue lock.
+/// Lifetime: some loggers are namespace-scope objects: construction and destruction must work before `main`
+/// begins and after it ends.
+/// Errors: what `open_record`, `push_record` or a sink throws costs that record and nothing else.
+template <> class TOVRINHOST_API basic_diagnostic_logger<char> {
+public:
+    using char_type = char;
+
+    explicit basic_diagnostic_logger(const std::string& channel);
+    basic_diagnostic_logger(const basic_diagnostic_logger&) = delete;
+    basic_diagnostic_logger& operator=(const basic_diagnostic_logger&) = delete;
+    ~basic_diagnostic_logger();
+
+    /// Whether records of this severity bit are wanted. Called before anything is formatted, so it is a
+    /// single test.
+    bool is_enabled(std::uint32_t severity) const noexcept
+    {
+        return (m_mask.load(std::memory_order_relaxed) & severity) != 0;
+    }
+
+    std::uint32_t mask() const noexcept { return m_mask.load(std::memory_order_relaxed); }
+    void set_mask(std::uint32_t mask) noexcept { m_mask.store(mask, std::memory_order_relaxed); }
+
+    const std::string& channel() const noexcept { return m_channel; }
+
+    /// Opens a record on the Boost.Log core, with the logger's lock held exclusively.
+    /// \returns an empty record where the core's filters want none
+    boost::log::record open_record(std::uint32_t severity);
+
+    /// Gives the finished record to the core, without the logger's lock.
+    void push_record(boost::log::record&& record);
+
+    detail::indent_attribute& indent() noexcept { return m_indent; }
+
+private:
+    // Constant after construction.
+    const std::string m_channel;
+    detail::indent_attribute m_indent;
+
+    // Shared without a lock.
+    std::atomic<std::uint32_t> m_mask;
+
+    // Held while a record is opened, never while it is formatted or pushed.
+    std::shared_mutex m_lock;
+    boost::log::attribute_set m_attributes; // guarded by m_lock
+};
+
+} // namespace foundation::log

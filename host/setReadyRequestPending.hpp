@@ -1,0 +1,10 @@
+#pragma once
+
+#include "host/Export.hpp"
+
+/// Tells the host's user-interface bridge whether a request is waiting for the interpreter.
+///
+/// Called with true after a callback task was handed over, where the feature "TIMER_PPE" is off, on the thread
+/// that handed it over and with no lock held. The library never calls it with false: the host does so itself
+/// when it has looked.
+TOVRINHOST_API void setReadyRequestPending(bool pending);

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "host/Export.hpp"
+
+#include <memory>
+
+namespace usm {
+
+/// The scope that lasts as long as the process.
+struct Process;
+
+/// Owns an object, and knows how to destroy it.
+using Owner = std::unique_ptr<void, void (*)(void*)>;
+
+template <typename Scope> class Detail;
+
+/// The store of process-wide singletons.
+///
+/// Threading: any thread, several at a time. No operation is called with a lock of the library held, and
+/// `findOrInsert` may destroy an object: the store must not hold its own lock while it does.
+///
+/// Lifetime, a duty of the host: it destroys the stored objects in an orderly way, before `main` returns and
+/// before the library is unloaded, on a thread that is not the scheduler's and after the last call into the
+/// library. Destroying the scheduler waits for its thread; a static destructor, or a library's unloading, must
+/// not do so.
+template <> class TOVRINHOST_API Detail<Process> {
+public:
+    /// A new key.
+    static int getNextID();
+
+    /// \returns the object stored under the key, or null
+    static void* find(int key);
+
+    /// Stores an object, unless the key has one already: then `owner` is destroyed.
+    /// \returns the stored object
+    static void* findOrInsert(int key, Owner owner);
+};
+
+} // namespace usm

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "host/Export.hpp"
+#include "host/cmddistributor/RunOptions.hpp"
+#include "host/foundation/concurrent/future.hpp"
+#include "host/foundation/msg_svc/exchange/IDType.hpp"
+#include "host/foundation/tovrindata/Array.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace vorn {
+
+/// Tells the interpreter contexts of a process apart.
+using ContextId = std::uint64_t;
+
+/// An instance of the execution engine: it evaluates host-language code.
+///
+/// Ownership: shared. Each timer holds a share of the engine that it was created in, each pending callback
+/// task another; an instance must stay usable until the last of them has gone.
+/// Threading: every operation may be called on any thread, the engine's own included. The library holds no
+/// lock during any of these calls, so all of them may call back into it.
+class TOVRINHOST_API VORN {
+public:
+    VORN();
+    VORN(const VORN&) = delete;
+    VORN& operator=(const VORN&) = delete;
+    virtual ~VORN();
+
+    /// Evaluates a host-language function.
+    ///
+    /// The library calls it in callback tasks, always for the function "timercb" with four arguments (timer
+    /// object, callback name, an empty character array, event record), and then waits in the future's `get()`.
+    /// A host that runs tasks on the engine's own thread must therefore evaluate a request of that thread at
+    /// once, or the task would wait for itself.
+    ///
+    /// \param nargout the number of outputs wanted
+    /// \param reserved always false
+    /// \returns the outputs to come. `get()` rethrows what the evaluation raised, and the library lets that
+    ///          leave the task.
+    virtual foundation::concurrent::future<std::vector<foundation::tovrindata::Array>> feval(
+        const std::string& function, const std::vector<foundation::tovrindata::Array>& arguments,
+        std::size_t nargout, cmddistributor::RunOptions options, bool reserved,
+        foundation::msg_svc::exchange::IDType requestId)
+        = 0;
+
+    /// Queues a host-language statement, and returns without waiting for it.
+    ///
+    /// The library posts the do-nothing statement "if(1==1), end" this way each time that a timer stops
+    /// running, and drops the future. Taking it off the queue must wake host code that waits in the engine's
+    /// event loop, so that it looks at its timer again.
+    virtual foundation::concurrent::future<void> evalAsync(const std::u16string& statement,
+        cmddistributor::RunOptions options, foundation::msg_svc::exchange::IDType requestId)
+        = 0;
+
+    /// The interpreter context that this instance runs in. Constant.
+    virtual ContextId getContextId() const = 0;
+
+    /// A new identity for one evaluation request.
+    static foundation::msg_svc::exchange::IDType createRequestID();
+};
+
+} // namespace vorn

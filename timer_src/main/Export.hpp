@@ -1,0 +1,14 @@
+#pragma once
+
+/// \file
+/// Marks what the library exports; everything else stays hidden inside it.
+///
+/// The library defines `TOVRINTIMER_BUILD` while it is compiled. Nobody else does.
+
+#if defined(_WIN32) && defined(TOVRINTIMER_BUILD)
+#define TOVRINTIMER_API __declspec(dllexport)
+#elif defined(_WIN32)
+#define TOVRINTIMER_API
+#else
+#define TOVRINTIMER_API __attribute__((visibility("default")))
+#endif

@@ -1,0 +1,97 @@
+#include "timer_src/main/MonotonicTime.hpp"
+
+#include "timer_src/main/platform/Platform.hpp"
+
+#include <cmath>
+#include <cstdint>
+#include <iomanip>
+#include <limits>
+#include <ostream>
+
+namespace tovrintimer {
+
+namespace {
+
+constexpr std::int64_t nanosecondsPerMillisecond = 1'000'000;
+constexpr std::int64_t latest = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t earliest = std::numeric_limits<std::int64_t>::min();
+
+/// 100 nanoseconds: the unit in which the distance between the two clocks is taken.
+using Ticks = std::chrono::duration<std::int64_t, std::ratio<1, 10'000'000>>;
+
+std::int64_t steadyNanoseconds()
+{
+    return std::chrono::nanoseconds(SteadyClock::now().time_since_epoch()).count();
+}
+
+DueTime fromNanoseconds(std::int64_t nanoseconds)
+{
+    return DueTime(DueTime::duration(nanoseconds / nanosecondsPerMillisecond));
+}
+
+std::int64_t wholeMilliseconds(double milliseconds)
+{
+    constexpr std::int64_t limit = latest / nanosecondsPerMillisecond;
+    if (std::isnan(milliseconds)) {
+        return 0;
+    }
+    if (milliseconds >= static_cast<double>(limit)) {
+        return limit;
+    }
+    if (milliseconds <= -static_cast<double>(limit)) {
+        return -limit;
+    }
+    return static_cast<std::int64_t>(milliseconds);
+}
+
+std::int64_t saturatingSum(std::int64_t a, std::int64_t b)
+{
+    if (b > 0 && a > latest - b) {
+        return latest;
+    }
+    if (b < 0 && a < earliest - b) {
+        return earliest;
+    }
+    return a + b;
+}
+
+} // namespace
+
+DueTime now()
+{
+    return fromNanoseconds(steadyNanoseconds());
+}
+
+DueTime nowPlus(double milliseconds)
+{
+    const std::int64_t span = wholeMilliseconds(milliseconds) * nanosecondsPerMillisecond;
+    return fromNanoseconds(saturatingSum(steadyNanoseconds(), span));
+}
+
+CalendarTime toCalendarTime(DueTime moment)
+{
+    using namespace std::chrono;
+    const std::int64_t sinceEpoch = moment.time_since_epoch().count();
+    const nanoseconds distance(saturatingSum(sinceEpoch * nanosecondsPerMillisecond, -steadyNanoseconds()));
+    const auto system = duration_cast<Ticks>(SystemClock::now().time_since_epoch());
+    const auto calendar = duration_cast<seconds>(system + duration_cast<Ticks>(distance));
+    return { platform::localTime(static_cast<std::time_t>(calendar.count())),
+        static_cast<int>(sinceEpoch % 1000) };
+}
+
+std::ostream& operator<<(std::ostream& stream, ToTheSecond time)
+{
+    const CalendarTime calendar = toCalendarTime(time.moment);
+    return stream << std::put_time(&calendar.local, "%F %T");
+}
+
+std::ostream& operator<<(std::ostream& stream, ToTheMillisecond time)
+{
+    const CalendarTime calendar = toCalendarTime(time.moment);
+    const char fill = stream.fill('0');
+    stream << std::put_time(&calendar.local, "%F %T") << '.' << std::setw(3) << calendar.millisecond;
+    stream.fill(fill);
+    return stream;
+}
+
+} // namespace tovrintimer

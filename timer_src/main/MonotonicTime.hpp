@@ -1,0 +1,46 @@
+#pragma once
+
+#include "timer_src/main/Concurrency.hpp"
+
+#include <ctime>
+#include <iosfwd>
+
+namespace tovrintimer {
+
+// The only file that reads a clock.
+
+/// The steady clock, truncated to whole milliseconds.
+DueTime now();
+
+/// The moment `milliseconds` from now.
+///
+/// The span is truncated toward zero to whole milliseconds. It saturates, and so does the sum: NaN counts as 0,
+/// and what would lie beyond the clock's range gives the end of that range, which no timer lives to see.
+DueTime nowPlus(double milliseconds);
+
+/// A moment of the steady clock as local calendar time.
+///
+/// The seconds are those of the system clock; the millisecond is the steady clock's own remainder. Near the
+/// boundary of a second the two may therefore belong to neighbouring seconds.
+struct CalendarTime {
+    std::tm local;
+    int millisecond;
+};
+
+CalendarTime toCalendarTime(DueTime moment);
+
+/// Streams a moment as "2024-05-01 13:45:07".
+struct ToTheSecond {
+    DueTime moment;
+};
+
+std::ostream& operator<<(std::ostream& stream, ToTheSecond time);
+
+/// Streams a moment as "2024-05-01 13:45:07.045".
+struct ToTheMillisecond {
+    DueTime moment;
+};
+
+std::ostream& operator<<(std::ostream& stream, ToTheMillisecond time);
+
+} // namespace tovrintimer

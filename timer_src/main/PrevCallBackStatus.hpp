@@ -1,0 +1,24 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+
+namespace tovrintimer {
+
+/// How far one callback has come. A record serves one callback, and is never reset.
+///
+/// Threading: shared without a lock between the thread that runs the callback, which writes, and the scheduler
+/// thread, which reads. Neither flag guards other data.
+/// Ownership: always made by std::make_shared; shared by the callback task and the work item after it.
+class prevCallBackStatus : public std::enable_shared_from_this<prevCallBackStatus> {
+public:
+    /// Nobody sets it: it stands in the record for the contention trace, which therefore always shows 0.
+    std::atomic<bool> hasStarted { false };
+
+    /// Set once the callback has returned; never set for one that raised an error.
+    std::atomic<bool> hasCompleted { false };
+};
+
+static_assert(std::atomic<bool>::is_always_lock_free);
+
+} // namespace tovrintimer

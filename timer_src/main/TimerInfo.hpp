@@ -1,0 +1,168 @@
+#pragma once
+
+#include "host/foundation/msg_svc/exchange/IDType.hpp"
+#include "host/foundation/tovrindata/Array.hpp"
+#include "host/pelk/factory/full/StdShareable.hpp"
+#include "host/vorn/VORN.hpp"
+#include "timer_src/main/Concurrency.hpp"
+#include "timer_src/main/Export.hpp"
+
+#include <atomic>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <memory>
+
+class InterruptStateData;
+
+namespace tovrintimer {
+
+/// What follows a TimerFcn callback, and when.
+enum class ExecutionMode : std::int32_t {
+    SingleShot = 0, ///< nothing: the run ends
+    FixedSpacing = 1, ///< the next callback, one period after the end of this one
+    FixedDelay = 2, ///< the next callback, one period after this one started to run
+    FixedRate = 3, ///< the next callback, one period after this one was dispatched
+};
+
+/// What a fixed-rate timer does when a callback falls due while the one before it is still running.
+enum class BusyMode : std::int32_t {
+    Drop = 0, ///< drops the due callback, and fires as soon as the running one has ended
+    Queue = 1, ///< hands it over like any other; the host's queue grows
+    Error = 2, ///< drops it, and runs the ErrorFcn
+};
+
+/// One timer of the host: its settings, its running flag and its run statistics.
+///
+/// Threading: any operation, any thread, but for `reset`. Settings and running flag are shared without a lock,
+/// each on its own; the statistics are consistent among themselves under m_statsMutex. No host code runs under it.
+/// Ownership: always owned by std::shared_ptr, by the host. The library holds weak pointers, and strong ones
+/// only while it dispatches the timer's work or runs one of its callback tasks.
+/// Lifetime: the `std::shared_ptr` object given as `interruptData` must outlive the record.
+///
+/// Units: periods and delays are set in milliseconds; the statistics report seconds.
+class TOVRINTIMER_API TimerInfo : public pelk::factory::full::StdShareable {
+public:
+    /// A stopped single-shot timer without start delay, StartFcn, StopFcn or ErrorFcn.
+    ///
+    /// \param tovrinSideOfTimerObj the host-language timer object, passed to every callback
+    /// \param vornInstance the engine that evaluates the callbacks and is woken when the timer stops
+    /// \param interruptData kept by reference, for the host alone; see `getInterruptData`
+    TimerInfo(foundation::tovrindata::Array tovrinSideOfTimerObj, std::shared_ptr<vorn::VORN> vornInstance,
+        const std::shared_ptr<InterruptStateData>& interruptData);
+    ~TimerInfo() override;
+
+    pelk::factory::full::SharingType getSharingType() const override;
+
+    /// "StdSharedTimerInfo".
+    const char* getFullyQualifiedPelkTypeName() const override;
+
+    foundation::tovrindata::Array getTOVRINSideOfTimerObj();
+    std::shared_ptr<vorn::VORN> getVORNInstanceWhereTimerWasFirstCreated();
+    const std::shared_ptr<InterruptStateData>& getInterruptData() const;
+
+    /// The identity that all the timer's work carries. Constant.
+    foundation::msg_svc::exchange::IDType getId() const;
+
+    /// Milliseconds between callbacks, truncated toward zero where they are used. A period below 500.0 raises
+    /// the system's timer resolution as the timer starts.
+    double getPeriod() const;
+    void setPeriod(double milliseconds);
+
+    /// Milliseconds before the first callback, truncated toward zero where they are used.
+    double getStartDelay() const;
+    void setStartDelay(double milliseconds);
+
+    /// A `BusyMode`. Any value is kept in its low 32 bits, and given back sign-extended; where it names no mode,
+    /// a callback that falls due too early is lost.
+    size_t getBusyMode() const;
+    void setBusyMode(size_t busyMode);
+
+    /// An `ExecutionMode`. Any value is kept in its low 32 bits, and given back sign-extended; where it names no
+    /// mode, no TimerFcn is run.
+    size_t getExecutionMode() const;
+    void setExecutionMode(size_t executionMode);
+
+    /// The number of callbacks in a periodic run. A change while the timer runs takes effect at the next
+    /// callback, unless so many have been made already that the current one would be the last.
+    size_t getNumOfTasksToExecute() const;
+    void setNumOfTasksToExecute(size_t numOfTasks);
+
+    bool getStartFcnIsEmpty();
+    void setStartFcnIsEmpty(bool isEmpty);
+    bool getStopFcnIsEmpty();
+    void setStopFcnIsEmpty(bool isEmpty);
+    bool getErrorFcnIsEmpty();
+    void setErrorFcnIsEmpty(bool isEmpty);
+
+    bool getIsRunning() const;
+
+    /// Sets the running flag. Clearing it also posts a do-nothing statement to the engine, each time, so that
+    /// host code that waits for the timer wakes and looks.
+    ///
+    /// \throws whatever the engine's `evalAsync` throws; the flag has been set by then
+    void setActivationStatus(bool isRunning);
+
+    /// Counts one run of the TimerFcn, which starts now.
+    /// \throws std::system_error if m_statsMutex cannot be locked; nothing is counted then
+    void updateTimerFunRunStatus();
+
+    /// How many runs of the TimerFcn have started since the timer did.
+    /// \throws std::system_error if m_statsMutex cannot be locked, like the next two
+    double getTasksExecuted() const;
+
+    /// Seconds between the starts of the two latest runs; NaN before the second.
+    double getInstantPeriod() const;
+
+    /// Seconds. The second run sets it to its period; each later run n makes it
+    /// ((n - 1) * average + period) / n. NaN before the second run.
+    double getAveragePeriod() const;
+
+    /// Starts counting afresh; the times of the latest runs stay. Takes no lock: only for when no TimerFcn of
+    /// this timer is running.
+    void reset();
+
+private:
+    static void breakOutOfEventLoop(std::shared_ptr<vorn::VORN>& engine);
+
+    // Constant after construction.
+    foundation::tovrindata::Array m_tovrinSideOfTimerObj;
+    std::shared_ptr<vorn::VORN> m_vornInstanceWhereTimerWasFirstCreated;
+
+    // Shared without a lock.
+    std::atomic<double> m_period { std::numeric_limits<double>::infinity() };
+    std::atomic<double> m_startDelay { 0.0 };
+    std::atomic<bool> m_isRunning { false };
+    std::atomic<BusyMode> m_busyMode { BusyMode::Drop };
+    std::atomic<ExecutionMode> m_executionMode { ExecutionMode::SingleShot };
+    std::atomic<std::uint64_t> m_numOfTasksToExecute { 0 };
+
+    // Guarded by m_statsMutex. Atomic because `reset` writes it without the lock.
+    std::atomic<std::uint64_t> m_tasksExecuted { 0 };
+
+    // Shared without a lock.
+    std::atomic<bool> m_startFcnIsEmpty { true };
+    std::atomic<bool> m_stopFcnIsEmpty { true };
+    std::atomic<bool> m_errorFcnIsEmpty { true };
+
+    // Constant after construction.
+    const foundation::msg_svc::exchange::IDType m_id;
+
+    // Guarded by m_statsMutex: milliseconds of the steady clock, and seconds.
+    std::int64_t m_lastRunTime = std::numeric_limits<std::int64_t>::min();
+    std::int64_t m_prevRunTime = std::numeric_limits<std::int64_t>::min();
+    std::atomic<double> m_averagePeriod { std::nan("1") }; // atomic because of `reset`
+    mutable Mutex m_statsMutex;
+
+    // A reference on purpose: the record takes no share of the data.
+    const std::shared_ptr<InterruptStateData>& m_interruptData;
+};
+
+static_assert(std::atomic<double>::is_always_lock_free);
+static_assert(std::atomic<bool>::is_always_lock_free);
+static_assert(std::atomic<BusyMode>::is_always_lock_free);
+static_assert(std::atomic<ExecutionMode>::is_always_lock_free);
+static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
+
+} // namespace tovrintimer

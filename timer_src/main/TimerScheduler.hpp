@@ -1,0 +1,115 @@
+#pragma once
+
+#include "timer_src/main/Concurrency.hpp"
+#include "timer_src/main/Export.hpp"
+#include "timer_src/main/WorkItem.hpp"
+
+#include <atomic>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace tovrintimer {
+
+class Dispatcher;
+class TimerInfo;
+
+/// The scheduler of all timers of the process: one queue, and one thread that dispatches what falls due.
+///
+///     host threads                     scheduler thread                 engine's thread
+///     ------------                     ----------------                 ---------------
+///     createAndStartWork --insert-->   wait until the soonest is due
+///     forceStopWork...  --remove-->    take it, unlock, dispatch it
+///     (work that is due at once        hand the callback task over ---> run the task:
+///      is dispatched right there)      insert what follows     <------- insert what follows
+///
+/// Threading: any public operation, any thread; `cleanup` and destruction once, not on the scheduler thread.
+/// Host code never runs under m_mutex, log sinks excepted.
+/// Ownership: the host's process-wide store owns the one instance. Queued items are values, and do not keep their
+/// timers alive.
+/// Lifetime: the host destroys it before `main` returns. It starts its thread with the first item that is
+/// really queued, and never a second one.
+/// Ordering: earlier due time first; equal due times in arrival order; one item at a time.
+/// Lock order: m_mutex, then a logger's own lock. Nothing else is taken under m_mutex.
+class TOVRINTIMER_API TimerScheduler {
+public:
+    /// The scheduler of this process, made at the first call. Never null.
+    static TimerScheduler* getPerTOVRINProcessInstance();
+
+    /// An idle scheduler without a thread.
+    TimerScheduler();
+    TimerScheduler(const TimerScheduler&) = delete;
+    TimerScheduler& operator=(const TimerScheduler&) = delete;
+
+    /// Shuts down as `cleanup` does, and gives the timer resolution back if it was raised.
+    ~TimerScheduler();
+
+    /// Starts a timer. Does nothing if it has been destroyed.
+    ///
+    /// Its StartFcn, or without one its first TimerFcn if there is no start delay, is handed over on the calling
+    /// thread before this returns.
+    /// \throws std::system_error if the scheduler thread cannot be started (the next insert tries again), and
+    ///         whatever the host's operations throw
+    void createAndStartWork(std::weak_ptr<TimerInfo> timer);
+
+    /// Discards the timer's queued work and hands its ErrorFcn over; then its StopFcn, if asked for. Both happen
+    /// on the calling thread. Does nothing if the timer has been destroyed.
+    /// \throws whatever the host's operations throw
+    void forceScheduleOfErrorFcn(std::weak_ptr<TimerInfo> timer, bool alsoScheduleStopFcn);
+
+    /// Discards the timer's queued work and hands its StopFcn over, on the calling thread. Without a StopFcn the
+    /// timer stops running at once, else as the StopFcn starts. A callback that was already handed over, or is
+    /// just being dispatched, is not called back. Does nothing if the timer has been destroyed.
+    /// \throws whatever the host's operations throw
+    void forceStopWorkAndScheduleStopFcn(std::weak_ptr<TimerInfo> timer);
+
+    /// Queues an item, behind those of an equal due time, and starts the scheduler thread with the first.
+    /// \throws std::system_error if that cannot be started (the next insert tries again) or m_mutex cannot be
+    ///         locked, std::bad_alloc; the queue then holds what it held
+    void insertAscendingSorted(WorkItem<StartFcnWork> item);
+    void insertAscendingSorted(WorkItem<StopFcnWork> item);
+    void insertAscendingSorted(WorkItem<TimerFcnWork> item);
+    void insertAscendingSorted(WorkItem<ErrorFcnWork> item);
+
+    /// Discards all queued work without running it, and ends the scheduler thread after the item that it is
+    /// dispatching. What is queued later is never run.
+    /// \throws std::system_error (resource_deadlock_would_occur) on the scheduler thread itself; the queue has
+    ///         been emptied then, and the thread ends by itself
+    void cleanup();
+
+private:
+    friend class TimerSchedulerPeer; // looks into the queue, for tests
+
+    void run();
+    void startThread();
+
+    template <int kind> void requestWork(WorkItem<kind> item);
+    void insertInOrder(WorkItemVariant item);
+
+    /// The soonest item and its due time. The caller holds m_mutex, and the queue is not empty.
+    std::pair<WorkItemVariant, DueTime> getTimePointForBackOfWorkQueue() const;
+    void removeWorkMatchingId(foundation::msg_svc::exchange::IDType id);
+
+    // Dispatches at once, on the calling thread and without the queue.
+    void bypassSchedulerAndForceWork(WorkItem<StartFcnWork> item);
+    void bypassSchedulerAndForceWork(WorkItem<StopFcnWork> item);
+    void bypassSchedulerAndForceWork(WorkItem<TimerFcnWork> item);
+    void bypassSchedulerAndForceWork(WorkItem<ErrorFcnWork> item);
+    template <int kind> void forceWork(WorkItem<kind> item);
+
+    // Guarded by m_mutex: soonest last, so that taking it moves nothing.
+    std::vector<WorkItemVariant> workQueue;
+
+    // Set once under m_threadStarted, joined by `cleanup`.
+    Thread m_thread;
+
+    Mutex m_mutex;
+    ConditionVariable m_workCondition; // the scheduler thread waits here: for the queue or m_finish to change
+    ConditionVariable m_consumerCondition; // told of each dispatch; a hook that nobody waits on yet
+    std::atomic<bool> m_finish { false }; // written under m_mutex, or its wake-up could be lost
+    OnceFlag m_threadStarted;
+    std::unique_ptr<Dispatcher> m_dispatcher; // reserved: always empty, passed along with each dispatch
+    std::atomic<bool> m_timerResolutionRaised { false };
+};
+
+} // namespace tovrintimer

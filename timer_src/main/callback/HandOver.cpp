@@ -1,0 +1,34 @@
+#include "timer_src/main/callback/HandOver.hpp"
+
+#include "host/inRequestLineNoService.hpp"
+#include "host/iqm/Iqm.hpp"
+#include "host/processTovrinTimerTask.hpp"
+#include "host/setReadyRequestPending.hpp"
+#include "timer_src/main/TimerInfo.hpp"
+#include "timer_src/main/callback/WorkHandlerLog.hpp"
+
+namespace tovrintimer {
+
+HandOver::HandOver()
+    : m_timerPpe("TIMER_PPE")
+{
+}
+
+void HandOver::operator()(TimerInfo& timer, const CallbackTask& task)
+{
+    const auto engine = timer.getVORNInstanceWhereTimerWasFirstCreated();
+    processTovrinTimerTask(engine, task);
+
+    const bool ppe = m_timerPpe.get() != 0;
+    if (!m_reported.exchange(true)) {
+        trace("Timer Running on ", ppe ? "PPE" : "LineHook");
+    }
+    // Read again: the switch may have been thrown meanwhile.
+    if (m_timerPpe.get() == 0) {
+        setReadyRequestPending(true);
+        const auto queueManager = iqm::Iqm::getInstance(engine->getContextId());
+        inRequestLineNoService(queueManager->getInterruptStateData());
+    }
+}
+
+} // namespace tovrintimer

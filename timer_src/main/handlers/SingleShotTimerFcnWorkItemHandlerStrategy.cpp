@@ -1,0 +1,46 @@
+#include "timer_src/main/handlers/SingleShotTimerFcnWorkItemHandlerStrategy.hpp"
+
+#include "timer_src/main/callback/CallbackTask.hpp"
+#include "timer_src/main/callback/WorkHandlerLog.hpp"
+#include "timer_src/main/handlers/NextWorkItem.hpp"
+
+namespace tovrintimer {
+
+namespace {
+
+/// The StopFcn follows, or without one the run ends here.
+void endRun(const WorkItem<TimerFcnWork>& item)
+{
+    endRunWithoutStopFcn(item);
+    if (auto stop = makeStopFcnWorkItem(item.m_timerInfo, item.m_id)) {
+        scheduleIfTimerIsRunning(std::move(*stop));
+    } else if (const auto timer = item.m_timerInfo.lock()) {
+        // Once more, as for a timer that lost its StopFcn in between: the flag is false already, or becomes so.
+        timer->setActivationStatus(false);
+    }
+}
+
+} // namespace
+
+void SingleShotTimerFcnWorkItemHandlerStrategy::handle(WorkItem<TimerFcnWork> item) const
+{
+    static HandOver handOver;
+
+    const auto timer = item.m_timerInfo.lock();
+    if (!timer) {
+        return;
+    }
+    auto engine = timer->getVORNInstanceWhereTimerWasFirstCreated();
+    const auto only = std::make_shared<WorkItem<TimerFcnWork>>(item.m_id, item.m_executeAt, item.m_timerInfo, 1);
+    trace("Requesting SingleShot Processing");
+    const auto runTimerFcn = [current = only->shared_from_this()](TimerInfo& info, vorn::VORN& vorn) {
+        trace("Processing SingleShot Callback");
+        current->m_taskCount = 0;
+        info.updateTimerFunRunStatus();
+        evaluateTimerCallback(info, vorn, TimerFcnWork);
+        endRun(*current);
+    };
+    handOver(*timer, makeCallbackTask(std::move(item.m_timerInfo), std::move(engine), runTimerFcn));
+}
+
+} // namespace tovrintimer

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "timer_src/main/WorkItem.hpp"
+
+namespace tovrintimer {
+
+/// Hands the TimerFcn over, once whatever the number of tasks; the callback task ends the run.
+class SingleShotTimerFcnWorkItemHandlerStrategy {
+public:
+    void handle(WorkItem<TimerFcnWork> item) const;
+};
+
+} // namespace tovrintimer

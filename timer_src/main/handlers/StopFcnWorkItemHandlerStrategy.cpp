@@ -1,0 +1,32 @@
+#include "timer_src/main/handlers/StopFcnWorkItemHandlerStrategy.hpp"
+
+#include "timer_src/main/callback/CallbackTask.hpp"
+#include "timer_src/main/callback/WorkHandlerLog.hpp"
+
+namespace tovrintimer {
+
+void StopFcnWorkItemHandlerStrategy::handle(WorkItem<StopFcnWork> item) const
+{
+    static HandOver handOver;
+
+    const auto timer = item.m_timerInfo.lock();
+    if (!timer) {
+        return;
+    }
+    if (timer->getStopFcnIsEmpty()) {
+        timer->setActivationStatus(false);
+        trace("Skipping StopFcn scheduling, since it's empty");
+        return;
+    }
+    auto engine = timer->getVORNInstanceWhereTimerWasFirstCreated();
+    const auto copy = std::make_shared<WorkItem<StopFcnWork>>(item.m_executeAt, item.m_id, item.m_timerInfo);
+    trace("Requesting StopFcn Processing");
+    // The task keeps its item until it has run.
+    const auto runStopFcn = [kept = copy->shared_from_this()](TimerInfo& info, vorn::VORN& vorn) {
+        info.setActivationStatus(false);
+        evaluateTimerCallback(info, vorn, StopFcnWork);
+    };
+    handOver(*timer, makeCallbackTask(std::move(item.m_timerInfo), std::move(engine), runStopFcn));
+}
+
+} // namespace tovrintimer
