@@ -15,7 +15,7 @@ install(FILES
   timer_src/main/WorkItem.hpp
   timer_src/main/WorkKind.hpp
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tovrintimer/timer_src/main)
-if(TOVRINTIMER_BUILD_EMBEDDED_HOST)
+if(TARGET tovrin)
   install(TARGETS tovrinhost tovrin)
 endif()
 
