@@ -10,13 +10,16 @@ namespace tovrinhost {
 //
 //     2024-05-01 13:45:07.045123 [tovrintimer::workHandler] 0x04 Requesting StartFcn Processing
 //
-// Time is local; a record inside a traced scope is indented by two blanks. Each line is written as a whole.
+// Time is local; a record inside a traced scope is indented by two blanks. Each line is written as a whole,
+// and control characters in it are written out (\n, \x1b): no text can pass for a record. A line that cannot be
+// written is lost.
 // Threading: the three operations, one thread; the records, any thread.
 
+/// Nothing more happens if it is so already.
 TOVRINHOST_API void logToStandardError();
 
-/// Appends to a file.
-/// \throws std::system_error, naming the file, if it cannot be opened for writing
+/// Appends to a file, in the place of the file of an earlier call.
+/// \throws std::system_error, naming the file, if it cannot be opened for writing; nothing has changed then
 TOVRINHOST_API void logToFile(const std::string& path);
 
 /// Flushes and removes what the operations above have put in place; records go nowhere then.

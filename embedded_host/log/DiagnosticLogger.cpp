@@ -1,0 +1,46 @@
+#include "embedded_host/log/LoggerRegistry.hpp"
+#include "host/foundation/log/basic_diagnostic_logger.hpp"
+
+#include <boost/log/attributes/constant.hpp>
+#include <boost/log/attributes/function.hpp>
+#include <boost/log/core/core.hpp>
+#include <boost/log/sources/severity_feature.hpp>
+
+#include <mutex>
+#include <utility>
+
+namespace foundation::log {
+
+using boost::log::sources::aux::get_severity_level;
+
+basic_diagnostic_logger<char>::basic_diagnostic_logger(const std::string& channel)
+    : m_channel(channel)
+    , m_mask(0)
+{
+    m_attributes.insert("Channel", boost::log::attributes::constant<std::string>(m_channel));
+    // Read as the record opens: a record that is written while this one is being formatted does not change it.
+    m_attributes.insert("Severity",
+        boost::log::attributes::make_function([] { return static_cast<std::uint32_t>(get_severity_level()); }));
+    m_attributes.insert("Indent", m_indent);
+    // Last, since from here on others may set the mask.
+    tovrinhost::LoggerRegistry::instance().add(*this);
+}
+
+basic_diagnostic_logger<char>::~basic_diagnostic_logger()
+{
+    tovrinhost::LoggerRegistry::instance().remove(*this);
+}
+
+boost::log::record basic_diagnostic_logger<char>::open_record(std::uint32_t severity)
+{
+    const std::lock_guard lock(m_lock);
+    get_severity_level() = severity;
+    return boost::log::core::get()->open_record(m_attributes);
+}
+
+void basic_diagnostic_logger<char>::push_record(boost::log::record&& record)
+{
+    boost::log::core::get()->push_record(std::move(record));
+}
+
+} // namespace foundation::log
