@@ -1,0 +1,171 @@
+#include "Services.hpp"
+
+#include "host/cmddistributor/RunOptions.hpp"
+#include "host/fl/i18n/to_string.hpp"
+#include "host/foundation/feature/Feature.hpp"
+#include "host/foundation/msg_svc/exchange/IDType.hpp"
+#include "host/pelk/factory/full/StdShareable.hpp"
+#include "host/setCurrentThreadName.hpp"
+#include "host/usm/Detail.hpp"
+
+#include <atomic>
+#include <iterator>
+#include <map>
+#include <mutex>
+#include <ostream>
+#include <utility>
+
+namespace {
+
+std::atomic<int> retracted { 0 };
+std::mutex storeMutex;
+std::map<int, usm::Owner> store; // guarded by storeMutex
+
+} // namespace
+
+namespace external_host {
+
+void destroyProcessScope()
+{
+    std::unique_lock lock(storeMutex);
+    while (!store.empty()) {
+        auto last = store.extract(std::prev(store.end()));
+        lock.unlock();
+        last = {};
+        lock.lock();
+    }
+}
+
+int retractedObjects()
+{
+    return retracted;
+}
+
+} // namespace external_host
+
+namespace usm {
+
+int Detail<Process>::getNextID()
+{
+    static std::atomic<int> latest { 0 };
+    return ++latest;
+}
+
+void* Detail<Process>::find(int key)
+{
+    const std::lock_guard lock(storeMutex);
+    const auto found = store.find(key);
+    return found == store.end() ? nullptr : found->second.get();
+}
+
+void* Detail<Process>::findOrInsert(int key, Owner owner)
+{
+    const std::lock_guard lock(storeMutex);
+    // An owner that finds its place taken stays in the parameter, which outlives the lock.
+    return store.try_emplace(key, std::move(owner)).first->second.get();
+}
+
+} // namespace usm
+
+namespace foundation::msg_svc::exchange {
+
+IDType::IDType()
+    : first(0)
+{
+    static std::atomic<std::int64_t> latest { 0 };
+    second = ++latest;
+}
+
+std::ostream& operator<<(std::ostream& stream, const IDType& id)
+{
+    return stream << id.first << '-' << id.second;
+}
+
+} // namespace foundation::msg_svc::exchange
+
+namespace foundation::feature {
+
+IFeature::~IFeature() = default;
+
+Feature::Feature(const char* name)
+    : m_name(name)
+{
+}
+
+Feature::~Feature() = default;
+
+// All switches are off, so that the library goes through everything that a host has to offer.
+int Feature::get() const
+{
+    return 0;
+}
+
+} // namespace foundation::feature
+
+namespace pelk::factory::full {
+
+Wrappable::Wrappable() = default;
+
+Wrappable::~Wrappable()
+{
+    retract(this);
+}
+
+StdShareable::StdShareable() = default;
+StdShareable::~StdShareable() = default;
+
+void retract(Wrappable* /*object*/)
+{
+    ++retracted;
+}
+
+} // namespace pelk::factory::full
+
+namespace cmddistributor {
+
+RunOptions::RunOptions()
+    : RunOptions(WhenToDequeue::WhenIdle, boost::none)
+{
+}
+
+RunOptions::RunOptions(WhenToDequeue when, boost::optional<std::u16string> queueName)
+    : m_when(when)
+    , m_queueName(std::move(queueName))
+{
+}
+
+WhenToDequeue RunOptions::getWhenToDequeue() const noexcept
+{
+    return m_when;
+}
+
+const boost::optional<std::u16string>& RunOptions::getQueueName() const noexcept
+{
+    return m_queueName;
+}
+
+void RunOptions::setQueueName(std::u16string name)
+{
+    m_queueName = std::move(name);
+}
+
+} // namespace cmddistributor
+
+namespace fl::i18n {
+
+// The library converts the names of its callbacks, and those are ASCII.
+std::string to_string(const std::wstring& wide)
+{
+    std::string narrow;
+    for (const wchar_t character : wide) {
+        narrow += static_cast<char>(character);
+    }
+    return narrow;
+}
+
+} // namespace fl::i18n
+
+// A host need not name its threads.
+void setCurrentThreadName(const std::string& /*name*/)
+{
+}
