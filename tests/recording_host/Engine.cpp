@@ -64,8 +64,11 @@ Engine::Engine(vorn::ContextId context)
 
 Engine::~Engine()
 {
-    const std::lock_guard lock(liveMutex);
-    liveContexts().erase(liveContexts().find(m_context));
+    {
+        const std::lock_guard lock(liveMutex);
+        liveContexts().erase(liveContexts().find(m_context));
+    }
+    journal().add({ Kind::Detail, "~Engine" });
 }
 
 future<std::vector<Array>> Engine::feval(const std::string& function, const std::vector<Array>& arguments,

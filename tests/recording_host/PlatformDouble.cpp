@@ -1,5 +1,6 @@
 #include "tests/recording_host/PlatformDouble.hpp"
 
+#include "tests/recording_host/Journal.hpp"
 #include "timer_src/main/platform/Platform.hpp"
 
 #include <atomic>
@@ -18,11 +19,13 @@ namespace tovrintimer::platform {
 void beginTimerResolution()
 {
     ++begins;
+    recording::journal().add({ recording::Kind::Detail, "beginTimerResolution" });
 }
 
 void endTimerResolution()
 {
     ++ends;
+    recording::journal().add({ recording::Kind::Detail, "endTimerResolution" });
 }
 
 void adoptTimerResolution() noexcept

@@ -4,7 +4,8 @@
 
 namespace recording {
 
-// What the library asked the operating system for. Any thread.
+// What the library asked the operating system for. The first two are events as well, "beginTimerResolution" and
+// "endTimerResolution", in detail. Any thread.
 
 std::size_t timerResolutionBegins();
 std::size_t timerResolutionEnds();

@@ -80,7 +80,8 @@ std::vector<std::string> RecordingHostTest::logs(const std::string& channel, std
 {
     std::vector<std::string> texts;
     for (const Event& event : journal().events()) {
-        if (event.kind == Kind::Log && (channel.empty() || channel == event.channel)
+        const bool oncePerProcess = event.text.starts_with("Timer Running on ");
+        if (event.kind == Kind::Log && !oncePerProcess && (channel.empty() || channel == event.channel)
             && (thread == std::thread::id() || thread == event.thread)) {
             texts.push_back(plain(event.text));
         }
@@ -92,7 +93,8 @@ std::vector<std::string> RecordingHostTest::story(std::thread::id thread) const
 {
     std::vector<std::string> texts;
     for (const Event& event : journal().events()) {
-        if (event.kind != Kind::Detail && event.thread == thread) {
+        const bool oncePerProcess = event.text.starts_with("Timer Running on ");
+        if (event.kind != Kind::Detail && event.thread == thread && !oncePerProcess) {
             texts.push_back(event.kind == Kind::Log ? plain(event.text) : event.text);
         }
     }

@@ -45,10 +45,10 @@ protected:
     std::vector<std::string> calls() const;
 
     /// The log texts in order: of all channels or one, of all threads or one; identities replaced by timers'
-    /// names, times by "<time>".
+    /// names, times by "<time>". Without the record "Timer Running on ...", which appears once in a process.
     std::vector<std::string> logs(const std::string& channel = "", std::thread::id thread = {}) const;
 
-    /// Calls and log texts, as they followed each other on one thread.
+    /// Calls and log texts, as they followed each other on one thread; without the same record.
     std::vector<std::string> story(std::thread::id thread = std::this_thread::get_id()) const;
 
     /// The thread that named itself as the scheduler's.

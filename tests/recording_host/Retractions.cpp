@@ -1,5 +1,7 @@
 #include "tests/recording_host/Retractions.hpp"
 
+#include "tests/recording_host/Journal.hpp"
+
 #include <mutex>
 #include <set>
 
@@ -39,7 +41,10 @@ std::size_t recording::retractions()
 
 void pelk::factory::full::retract(Wrappable* object)
 {
-    const std::lock_guard lock(known().mutex);
-    known().objects.erase(object);
-    ++known().retractions;
+    {
+        const std::lock_guard lock(known().mutex);
+        known().objects.erase(object);
+        ++known().retractions;
+    }
+    recording::journal().add({ recording::Kind::Detail, "retract" });
 }

@@ -6,7 +6,8 @@
 
 namespace recording {
 
-// The class system's view of an object: known from `expectObject` on, until it is retracted. Any thread.
+// The class system's view of an object: known from `expectObject` on, until it is retracted. A retraction is
+// the event "retract", in detail. Any thread.
 
 void expectObject(const pelk::factory::full::Wrappable* object);
 

@@ -1,0 +1,70 @@
+#include "tests/library/LibraryTest.hpp"
+
+#include "embedded_host/process/ProcessScope.hpp"
+
+#include <barrier>
+#include <set>
+#include <thread>
+
+namespace tovrintimer {
+
+namespace {
+
+class ProcessInstanceTest : public LibraryTest { };
+
+TEST_F(ProcessInstanceTest, EveryThreadGetsTheSameScheduler)
+{
+    TimerScheduler* const first = TimerScheduler::getPerTOVRINProcessInstance();
+    TimerScheduler* onAnotherThread = nullptr;
+
+    std::jthread([&] { onAnotherThread = TimerScheduler::getPerTOVRINProcessInstance(); }).join();
+
+    EXPECT_NE(first, nullptr);
+    EXPECT_EQ(TimerScheduler::getPerTOVRINProcessInstance(), first);
+    EXPECT_EQ(onAnotherThread, first);
+}
+
+TEST_F(ProcessInstanceTest, RacingFirstCallsYieldOneScheduler)
+{
+    constexpr int rounds = 100;
+    constexpr std::size_t racers = 4;
+    for (int round = 0; round < rounds; ++round) {
+        tovrinhost::destroyProcessScope();
+        std::vector<TimerScheduler*> got(racers, nullptr);
+        std::barrier start(static_cast<std::ptrdiff_t>(racers));
+        {
+            std::vector<std::jthread> threads;
+            for (std::size_t racer = 0; racer < racers; ++racer) {
+                threads.emplace_back([&, racer] {
+                    start.arrive_and_wait();
+                    got[racer] = TimerScheduler::getPerTOVRINProcessInstance();
+                });
+            }
+        }
+        const std::set<TimerScheduler*> distinct(got.begin(), got.end());
+        ASSERT_EQ(distinct.size(), 1U);
+        ASSERT_EQ(*distinct.begin(), TimerScheduler::getPerTOVRINProcessInstance());
+        ASSERT_NE(*distinct.begin(), nullptr);
+    }
+}
+
+TEST_F(ProcessInstanceTest, MakingItStartsNoThreadAndWritesNothing)
+{
+    TimerScheduler* const made = TimerScheduler::getPerTOVRINProcessInstance();
+
+    EXPECT_FALSE(TimerSchedulerPeer::hasThread(*made));
+    EXPECT_TRUE(journal().events().empty());
+}
+
+TEST_F(ProcessInstanceTest, TheStoreOwnsItToTheEndOfTheProcessScope)
+{
+    static_cast<void>(TimerScheduler::getPerTOVRINProcessInstance());
+
+    tovrinhost::destroyProcessScope();
+
+    EXPECT_EQ(journal().count("Successful thread join"), 1U);
+}
+
+} // namespace
+
+} // namespace tovrintimer

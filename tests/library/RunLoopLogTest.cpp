@@ -1,0 +1,268 @@
+#include "tests/library/LibraryTest.hpp"
+
+namespace tovrintimer {
+
+namespace {
+
+class RunLoopLogTest : public LibraryTest {
+protected:
+    std::vector<std::string> threadsStory() const { return story(m_thread); }
+
+    void startAndNoteThread()
+    {
+        journal().once("setCurrentThreadName TimerScheduler", [this] { m_thread = std::this_thread::get_id(); });
+        startThread();
+    }
+
+    std::thread::id m_thread;
+};
+
+constexpr auto looksAndSleeps = "@wait_until got notified and doesBackOfQueueHaveSmallerWork then intended ? 0";
+constexpr auto looksAnew = "@wait_until got notified and doesBackOfQueueHaveSmallerWork then intended ? 1";
+
+TEST_F(RunLoopLogTest, TheThreadSaysWhatItDoesFromItsStartToItsEnd)
+{
+    journal().once("setCurrentThreadName TimerScheduler", [this] { m_thread = std::this_thread::get_id(); });
+    journal().once("Requesting lk @insertAscendingSorted", [this] { waitUntilAsleepWithoutWork(); });
+    const auto timer = makeTimer();
+    scheduler().insertAscendingSorted(timerFcn(timer, past()));
+    waitUntilAsleepWithoutWork(2);
+    scheduler().cleanup();
+
+    const std::string run = "void __cdecl tovrintimer::TimerScheduler::run(void)";
+    EXPECT_THAT(threadsStory(),
+        testing::ElementsAreArray<std::string>({
+            run,
+            "setCurrentThreadName TimerScheduler",
+            "Requesting lk @run",
+            "waiting forever/large timeout at to execute @<time>",
+            " @wait_until workQueue.empty() status 1",
+            // the insert
+            looksAnew,
+            "Finished @wait_until condvar",
+            "Requesting lk @run",
+            "Found Work on WorkQueue Waiting @wait_until condvar",
+            looksAndSleeps,
+            looksAndSleeps,
+            "Finished @wait_until condvar",
+            "workQueue size 1",
+            "Do you own lock 1",
+            "Unlocking lk @run with work_until",
+            "Transfering WorkItem callback, with ID <A>",
+            "Requesting SingleShot Processing",
+            "processTovrinTimerTask",
+            "Consumer got a chance to poke at queue",
+            "Requesting lk @run",
+            "waiting forever/large timeout at to execute @<time>",
+            " @wait_until workQueue.empty() status 1",
+            // the cleanup
+            "@wait_until returning true on m_finish",
+            "Finished @wait_until condvar",
+            "Requesting lk @run",
+            run,
+        }));
+}
+
+TEST_F(RunLoopLogTest, AnEarlierInsertIsLookedAtAnew)
+{
+    startAndNoteThread();
+    const auto late = makeTimer("late");
+    const auto soon = makeTimer("soon");
+    scheduler().insertAscendingSorted(timerFcn(late, farOff(1min)));
+    waitUntilAsleepWithWork();
+    journal().clearEvents();
+
+    scheduler().insertAscendingSorted(timerFcn(soon, farOff()));
+    waitUntilAsleepWithWork();
+
+    EXPECT_THAT(threadsStory(),
+        ElementsAre(looksAnew, "Finished @wait_until condvar", "Requesting lk @run",
+            "Found Work on WorkQueue Waiting @wait_until condvar", looksAndSleeps));
+}
+
+TEST_F(RunLoopLogTest, RemovingTheItemThatIsWaitedForIsLookedAtAnew)
+{
+    startAndNoteThread();
+    const auto first = makeTimer("first");
+    const auto second = makeTimer("second");
+    scheduler().insertAscendingSorted(timerFcn(second, farOff(1min)));
+    waitUntilAsleepWithWork();
+    scheduler().insertAscendingSorted(timerFcn(first, farOff()));
+    waitUntilAsleepWithWork(2);
+    journal().clearEvents();
+
+    TimerSchedulerPeer::remove(scheduler(), first->getId());
+    waitUntilAsleepWithWork();
+
+    EXPECT_THAT(threadsStory(),
+        ElementsAre(looksAnew, "Finished @wait_until condvar", "Requesting lk @run",
+            "Found Work on WorkQueue Waiting @wait_until condvar", looksAndSleeps));
+}
+
+TEST_F(RunLoopLogTest, RemovingTheOnlyItemLetsTheThreadSleepOutItsWait)
+{
+    startAndNoteThread();
+    const auto timer = makeTimer();
+    scheduler().insertAscendingSorted(timerFcn(timer, farOff()));
+    waitUntilAsleepWithWork();
+    journal().clearEvents();
+
+    TimerSchedulerPeer::remove(scheduler(), timer->getId());
+    journal().waitFor(" @wait_until workQueue.empty() status 1");
+    const Lock lock = TimerSchedulerPeer::lock(scheduler());
+
+    EXPECT_THAT(threadsStory(), ElementsAre(" @wait_until workQueue.empty() status 1"));
+}
+
+TEST_F(RunLoopLogTest, TheFarDeadlineIsAFixedMomentOfTheSteadyClock)
+{
+    const auto timer = makeTimer();
+    std::ostringstream before;
+    before << ToTheSecond { DueTime(DueTime::duration(32'400'000'000)) };
+
+    scheduler().insertAscendingSorted(timerFcn(timer, past()));
+    waitForDispatches();
+    waitUntilAsleepWithoutWork();
+
+    std::ostringstream after;
+    after << ToTheSecond { DueTime(DueTime::duration(32'400'000'000)) };
+    const std::string beginning = "waiting forever/large timeout at to execute @";
+    for (const auto& event : journal().events()) {
+        if (event.text.starts_with(beginning)) {
+            EXPECT_THAT(event.text, testing::AnyOf(beginning + before.str(), beginning + after.str()));
+        }
+    }
+}
+
+TEST_F(RunLoopLogTest, TheNumberOfQueuedItemsCountsTheOneThatIsTaken)
+{
+    startThread();
+    const auto a = makeTimer("A");
+    const auto b = makeTimer("B");
+    scheduler().insertAscendingSorted(timerFcn(b, farOff()));
+    scheduler().insertAscendingSorted(timerFcn(b, farOff()));
+
+    scheduler().insertAscendingSorted(timerFcn(a, past()));
+    waitForDispatches();
+
+    EXPECT_EQ(journal().count("workQueue size 3"), 1U);
+}
+
+TEST_F(RunLoopLogTest, WithOnlyDetailsOnTheOrdinaryRecordsAreMissing)
+{
+    startAndNoteThread();
+    setLogMasks(16);
+    const auto timer = makeTimer();
+
+    scheduler().insertAscendingSorted(timerFcn(timer, past()));
+    waitUntilAsleepWithoutWork();
+
+    EXPECT_THAT(logs("", m_thread),
+        ElementsAre(looksAnew, "Finished @wait_until condvar", looksAndSleeps, looksAndSleeps,
+            "Finished @wait_until condvar", "workQueue size 1", "Do you own lock 1",
+            "Unlocking lk @run with work_until", "waiting forever/large timeout at to execute @<time>",
+            " @wait_until workQueue.empty() status 1"));
+}
+
+TEST_F(RunLoopLogTest, WithOnlyOrdinaryRecordsOnTheDetailsAreMissing)
+{
+    startAndNoteThread();
+    setLogMasks(4);
+    const auto timer = makeTimer();
+
+    scheduler().insertAscendingSorted(timerFcn(timer, past()));
+    journal().waitFor("Requesting lk @run", 2);
+
+    EXPECT_THAT(logs("", m_thread),
+        ElementsAre("Requesting lk @run", "Found Work on WorkQueue Waiting @wait_until condvar",
+            "Transfering WorkItem callback, with ID <A>", "Requesting SingleShot Processing",
+            "Consumer got a chance to poke at queue", "Requesting lk @run"));
+}
+
+TEST_F(RunLoopLogTest, WithAMaskOfZeroThereIsNoRecord)
+{
+    startThread();
+    setLogMasks(0);
+    const auto timer = makeTimer();
+
+    scheduler().insertAscendingSorted(timerFcn(timer, past()));
+    journal().waitFor("processTovrinTimerTask");
+    scheduler().cleanup();
+
+    EXPECT_THAT(logs(), IsEmpty());
+}
+
+TEST_F(RunLoopLogTest, EachRecordOfTheThreadHasTheSeverityOfItsUse)
+{
+    startAndNoteThread();
+    const auto timer = makeTimer();
+    scheduler().insertAscendingSorted(timerFcn(timer, past()));
+    waitUntilAsleepWithoutWork();
+    scheduler().cleanup();
+
+    std::vector<std::uint32_t> severities;
+    for (const auto& event : journal().events()) {
+        if (event.thread == m_thread && event.channel == "tovrintimer::TimerScheduler") {
+            severities.push_back(event.severity);
+        }
+    }
+    EXPECT_THAT(severities,
+        testing::ElementsAreArray<std::uint32_t>(
+            { 16, 16, 4, 4, 16, 16, 16, 16, 16, 16, 4, 4, 4, 16, 16, 16, 16, 4, 64 }));
+}
+
+TEST_F(RunLoopLogTest, TheRunIsATracedScopeThatIndentsItsRecords)
+{
+    startAndNoteThread();
+    scheduler().cleanup();
+
+    const auto events = journal().events();
+    const auto& exit = events.back();
+    EXPECT_EQ(exit.text, "void __cdecl tovrintimer::TimerScheduler::run(void)");
+    EXPECT_EQ(exit.severity, 64U);
+    EXPECT_EQ(exit.file, "timer_src/main/TimerScheduler");
+    EXPECT_EQ(exit.line, 352);
+    EXPECT_EQ(exit.indent, 0U);
+    for (const auto& event : events) {
+        if (event.thread == m_thread && &event != &exit) {
+            EXPECT_EQ(event.indent, 1U) << event.text;
+        }
+    }
+}
+
+TEST_F(RunLoopLogTest, TheRecordsOfOtherThreadsAreNotIndented)
+{
+    startThread();
+    const auto timer = makeTimer();
+
+    scheduler().insertAscendingSorted(timerFcn(timer, farOff()));
+
+    for (const auto& event : journal().events()) {
+        if (event.thread == std::this_thread::get_id()) {
+            EXPECT_EQ(event.indent, 0U) << event.text;
+        }
+    }
+}
+
+TEST_F(RunLoopLogTest, TheEntryRecordNamesTheScopeAndStandsOutside)
+{
+    const auto timer = makeTimer();
+
+    scheduler().insertAscendingSorted(timerFcn(timer, past()));
+    waitForDispatches();
+
+    for (const auto& event : journal().events()) {
+        if (event.severity == 32) {
+            EXPECT_EQ(event.text, "void __cdecl tovrintimer::TimerScheduler::run(void)");
+            EXPECT_EQ(event.file, "timer_src/main/TimerScheduler");
+            EXPECT_EQ(event.line, 352);
+            EXPECT_EQ(event.indent, 0U);
+            return;
+        }
+    }
+    FAIL() << "there is no entry record";
+}
+
+} // namespace
+
+} // namespace tovrintimer
