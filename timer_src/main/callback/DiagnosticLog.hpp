@@ -6,6 +6,7 @@
 #include <boost/log/sources/record_ostream.hpp>
 
 #include <cstdint>
+#include <ios>
 
 namespace tovrintimer {
 
@@ -42,7 +43,8 @@ void writeRecord(DiagnosticLogger& logger, Severity severity, const Pieces... pi
         if (boost::log::record record = logger.open_record(static_cast<std::uint32_t>(severity))) {
             // As it is destroyed, the pump pushes the record, unless an exception is on its way.
             const auto pump = boost::log::aux::make_record_pump(logger, record);
-            static_cast<void>((pump.stream() << ... << pieces));
+            // Flags are shown as 0 and 1; record streams would spell them out.
+            static_cast<void>((pump.stream() << std::noboolalpha << ... << pieces));
         }
     } catch (...) {
         // The record is lost, and nothing else.

@@ -1,0 +1,150 @@
+#include "embedded_host/engine/Engine.hpp"
+
+#include "embedded_host/engine/InterpreterThread.hpp"
+#include "embedded_host/engine/RequestLine.hpp"
+#include "host/setCurrentThreadName.hpp"
+
+#include <boost/locale/encoding_utf.hpp>
+
+#include <atomic>
+#include <iostream>
+#include <utility>
+
+namespace vorn {
+
+VORN::VORN() = default;
+VORN::~VORN() = default;
+
+foundation::msg_svc::exchange::IDType VORN::createRequestID()
+{
+    return {};
+}
+
+} // namespace vorn
+
+namespace tovrinhost {
+
+namespace {
+
+/// Does nothing. Taking it off the queue is what it is for.
+constexpr std::u16string_view wakeUpStatement = u"if(1==1), end";
+
+vorn::ContextId nextContextId()
+{
+    static std::atomic<vorn::ContextId> last { 0 };
+    return ++last;
+}
+
+EventLoop::When whenOf(const cmddistributor::RunOptions& options)
+{
+    switch (options.getWhenToDequeue()) {
+    case cmddistributor::WhenToDequeue::WhenIdle:
+        return EventLoop::When::Idle;
+    case cmddistributor::WhenToDequeue::AtEventLoop:
+        return EventLoop::When::AtEventLoop;
+    }
+    return EventLoop::When::Idle;
+}
+
+/// Evaluates at once on the interpreter thread, else queues.
+template <typename Result>
+foundation::concurrent::future<Result> request(
+    EventLoop& loop, EventLoop::When when, std::function<Result()> evaluate)
+{
+    const auto task = std::make_shared<boost::packaged_task<Result()>>(std::move(evaluate));
+    auto result = task->get_future();
+    if (isInterpreterThread(loop)) {
+        (*task)();
+    } else {
+        loop.post(when, [task] { (*task)(); });
+    }
+    return result;
+}
+
+/// The owner of a task that belongs to no timer.
+class NoTimer final : public TaskOwner {
+public:
+    void taskBegins() noexcept override { }
+
+    void taskEnds(const std::exception_ptr& error) noexcept override
+    {
+        try {
+            if (error) {
+                std::rethrow_exception(error);
+            }
+        } catch (const std::exception& known) {
+            std::cerr << "tovrin: error in a callback task: " << known.what() << '\n';
+        } catch (...) {
+            std::cerr << "tovrin: error in a callback task\n";
+        }
+    }
+};
+
+} // namespace
+
+std::shared_ptr<Engine> Engine::start()
+{
+    const std::shared_ptr<Engine> engine(new Engine);
+    engine->m_queueManager = makeQueueManager(engine);
+    engine->m_thread = std::thread([raw = engine.get()] { raw->serve(); });
+    // From here on the interpreter exists.
+    engine->run([](Interpreter&) {});
+    return engine;
+}
+
+Engine::Engine()
+    : m_contextId(nextContextId())
+{
+}
+
+Engine::~Engine()
+{
+    shutDown();
+}
+
+void Engine::shutDown()
+{
+    m_loop.stop();
+    if (m_thread.joinable()) {
+        m_thread.join();
+    }
+}
+
+void Engine::serve()
+{
+    setCurrentThreadName("interpreter");
+    const InterpreterThread here(m_loop);
+    m_interpreter = std::make_unique<Interpreter>(m_loop);
+    m_loop.runUntilStopped();
+    m_interpreter.reset();
+}
+
+foundation::concurrent::future<std::vector<foundation::tovrindata::Array>> Engine::feval(
+    const std::string& function, const std::vector<foundation::tovrindata::Array>& arguments, std::size_t nargout,
+    cmddistributor::RunOptions options, bool /*reserved*/, foundation::msg_svc::exchange::IDType /*requestId*/)
+{
+    return request<std::vector<foundation::tovrindata::Array>>(m_loop, whenOf(options),
+        [this, function, arguments, nargout] { return m_interpreter->call(function, arguments, nargout); });
+}
+
+foundation::concurrent::future<void> Engine::evalAsync(const std::u16string& statement,
+    cmddistributor::RunOptions options, foundation::msg_svc::exchange::IDType /*requestId*/)
+{
+    return request<void>(m_loop, whenOf(options), [this, statement] {
+        if (statement != wakeUpStatement) {
+            m_interpreter->execute(boost::locale::conv::utf_to_utf<char>(statement), "=statement");
+        }
+    });
+}
+
+void Engine::submit(const std::function<void()>& task)
+{
+    m_loop.submit(std::make_shared<NoTimer>(), task, wakesInterpreter());
+}
+
+void Engine::run(const std::function<void(Interpreter&)>& work)
+{
+    request<void>(m_loop, EventLoop::When::Idle, [this, &work] { work(*m_interpreter); }).get();
+}
+
+} // namespace tovrinhost

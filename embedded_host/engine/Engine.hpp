@@ -1,0 +1,66 @@
+#pragma once
+
+#include "embedded_host/engine/EventLoop.hpp"
+#include "embedded_host/engine/Interpreter.hpp"
+#include "embedded_host/engine/TaskSink.hpp"
+#include "host/vorn/VORN.hpp"
+
+#include <memory>
+#include <thread>
+
+namespace iqm {
+class Iqm;
+}
+
+namespace tovrinhost {
+
+/// The engine: one interpreter thread, and the queue that it works off.
+///
+/// Threading: any operation, any thread, but for `interpreter`. What is asked for on the interpreter thread itself
+/// is evaluated at once.
+/// Ownership: made by `start`. Whoever starts an engine shuts it down, not on the interpreter thread; shares that
+/// are left over afterwards stay valid, and what is asked of them fails.
+class TOVRINHOST_API Engine final : public vorn::VORN,
+                                    public TaskSink,
+                                    public std::enable_shared_from_this<Engine> {
+public:
+    static std::shared_ptr<Engine> start();
+    ~Engine() override;
+
+    /// Ends the interpreter thread after the code that it is running. What still waits is dropped.
+    void shutDown();
+
+    foundation::concurrent::future<std::vector<foundation::tovrindata::Array>> feval(const std::string& function,
+        const std::vector<foundation::tovrindata::Array>& arguments, std::size_t nargout,
+        cmddistributor::RunOptions options, bool reserved,
+        foundation::msg_svc::exchange::IDType requestId) override;
+
+    foundation::concurrent::future<void> evalAsync(const std::u16string& statement,
+        cmddistributor::RunOptions options, foundation::msg_svc::exchange::IDType requestId) override;
+
+    vorn::ContextId getContextId() const override { return m_contextId; }
+
+    /// Queues a callback task that belongs to no timer. What leaves the task is written to standard error.
+    void submit(const std::function<void()>& task) override;
+
+    EventLoop& loop() { return m_loop; }
+
+    /// Only for the interpreter thread.
+    Interpreter& interpreter() { return *m_interpreter; }
+
+    /// Does something on the interpreter thread, once it is idle, and waits.
+    /// \throws what `work` throws
+    void run(const std::function<void(Interpreter&)>& work);
+
+private:
+    Engine();
+    void serve();
+
+    const vorn::ContextId m_contextId;
+    EventLoop m_loop;
+    std::unique_ptr<Interpreter> m_interpreter; // made and destroyed on the interpreter thread
+    std::shared_ptr<iqm::Iqm> m_queueManager;
+    std::thread m_thread;
+};
+
+} // namespace tovrinhost

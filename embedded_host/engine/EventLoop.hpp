@@ -1,0 +1,137 @@
+#pragma once
+
+#include "host/Export.hpp"
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <stdexcept>
+
+namespace tovrinhost {
+
+/// Why running code is to be given up.
+enum class Interruption {
+    None,
+    User, ///< somebody pressed Ctrl-C
+    Exit, ///< the script called os.exit
+};
+
+/// Leaves a pumping call while an interruption is on.
+class Interrupted : public std::runtime_error {
+public:
+    Interrupted()
+        : std::runtime_error("interrupted")
+    {
+    }
+};
+
+/// On whose behalf callback tasks are queued. Two tasks of one owner never run nested in each other, unless
+/// `runPending` asks for it.
+///
+/// Threading: everything here belongs to the interpreter thread.
+class TOVRINHOST_API TaskOwner {
+public:
+    virtual ~TaskOwner();
+
+    /// Whether one of the tasks is running, that is: whether this is called from within it.
+    bool isInTask() const noexcept { return m_depth > 0; }
+
+    virtual void taskBegins() noexcept = 0;
+
+    /// \param error what left the task, null if nothing did
+    virtual void taskEnds(const std::exception_ptr& error) noexcept = 0;
+
+private:
+    friend class EventLoop;
+
+    // Guarded by the event loop's mutex.
+    std::size_t m_pending = 0;
+    bool m_closed = false;
+
+    int m_depth = 0; // only for the interpreter thread
+};
+
+/// The interpreter thread's queue: requests, and callback tasks of timers, in the order in which they came.
+///
+/// Threading: `post`, `submit`, `wake`, `interrupt`: any thread. Everything else: the interpreter thread.
+/// Ownership: owns what is queued; an entry is destroyed without the lock held.
+/// Ordering: arrival order. While the interpreter is not idle but pumps, requests that want it idle stay behind,
+/// and so do the tasks of an owner whose task is running. Lock order: m_mutex is taken alone.
+class TOVRINHOST_API EventLoop {
+public:
+    using Work = std::function<void()>;
+    using Clock = std::chrono::steady_clock;
+    using Deadline = std::optional<Clock::time_point>;
+
+    enum class When { Idle, AtEventLoop };
+
+    /// How the interpreter stands when it looks for work.
+    enum class State { Idle, Pumping };
+
+    /// Queues a request, which must not throw, and wakes the interpreter. Dropped once the loop has stopped.
+    void post(When when, Work request);
+
+    /// Queues a callback task. It wakes the interpreter itself only if `wakes`.
+    /// \returns how many tasks of the owner are waiting now; 0 if its doors were closed and the task was dropped
+    std::size_t submit(const std::shared_ptr<TaskOwner>& owner, Work task, bool wakes);
+
+    /// Makes the interpreter look for work.
+    void wake();
+
+    /// Drops the owner's waiting tasks but for the first `keep`, and from now on whatever other threads submit.
+    void close(TaskOwner& owner, std::size_t keep);
+    void open(TaskOwner& owner);
+
+    std::size_t pending(const TaskOwner& owner) const;
+
+    /// Runs the owner's waiting tasks at once, out of turn.
+    void runPending(const std::shared_ptr<TaskOwner>& owner);
+
+    /// Runs one task, and tells its owner how it ended.
+    static void runTask(TaskOwner& owner, const Work& task);
+
+    /// Runs what comes, until `done` or the deadline.
+    /// \returns whether `done` holds
+    /// \throws Interrupted
+    bool runUntil(State state, const std::function<bool()>& done, const Deadline& deadline = std::nullopt);
+
+    /// The body of the interpreter thread.
+    void runUntilStopped();
+
+    /// Ends `runUntilStopped`. Waiting entries are dropped, and so is whatever comes later.
+    void stop();
+
+    /// Makes the code that runs, and each pumping call, give up, until it is cleared.
+    void interrupt(Interruption why);
+    void clearInterruption() { m_interruption = Interruption::None; }
+    Interruption interruption() const { return m_interruption; }
+
+private:
+    struct Entry {
+        When when;
+        Work work;
+        std::shared_ptr<TaskOwner> owner; ///< null for a request
+    };
+
+    bool runNext(State state);
+    void waitForAttention(const Deadline& deadline);
+    void raiseAttention(std::unique_lock<std::mutex> lock);
+
+    mutable std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::deque<Entry> m_queue; // guarded by m_mutex, like the next two
+    bool m_attention = false;
+    bool m_stopped = false;
+
+    // Shared without a lock.
+    std::atomic<Interruption> m_interruption { Interruption::None };
+};
+
+} // namespace tovrinhost

@@ -1,0 +1,19 @@
+#pragma once
+
+namespace tovrinhost {
+
+class EventLoop;
+
+/// Whether the calling thread is the interpreter thread of this loop.
+bool isInterpreterThread(const EventLoop& loop) noexcept;
+
+/// Makes the calling thread the interpreter thread of a loop, for as long as this object lives.
+class InterpreterThread {
+public:
+    explicit InterpreterThread(const EventLoop& loop) noexcept;
+    InterpreterThread(const InterpreterThread&) = delete;
+    InterpreterThread& operator=(const InterpreterThread&) = delete;
+    ~InterpreterThread();
+};
+
+} // namespace tovrinhost

@@ -1,0 +1,137 @@
+#include "embedded_host/engine/LuaArrays.hpp"
+
+#include "embedded_host/data/ObjectArray.hpp"
+#include "host/foundation/tovrindata/ArrayFactory.hpp"
+
+#include <lauxlib.h>
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace tovrinhost {
+
+using foundation::tovrindata::Array;
+using foundation::tovrindata::ArrayFactory;
+using foundation::tovrindata::ArrayType;
+using foundation::tovrindata::CharArray;
+using foundation::tovrindata::StructArray;
+using foundation::tovrindata::TypedArray;
+
+namespace {
+
+/// The registry entry that holds the objects by number.
+constexpr const char* objectsKey = "tovrinhost.objects";
+
+/// Pushes what `pushOne(index)` pushes for a single element, or a sequence of them.
+template <typename PushOne> void pushElements(lua_State* state, std::size_t count, PushOne pushOne)
+{
+    if (count == 1) {
+        pushOne(0);
+        return;
+    }
+    lua_createtable(state, static_cast<int>(count), 0);
+    for (std::size_t i = 0; i < count; ++i) {
+        pushOne(i);
+        lua_rawseti(state, -2, static_cast<lua_Integer>(i) + 1);
+    }
+}
+
+void pushRecord(lua_State* state, const StructArray& records, std::size_t index)
+{
+    lua_newtable(state);
+    for (const std::string& field : records.getFieldNames()) {
+        pushArray(state, records.getField(index, field));
+        lua_setfield(state, -2, field.c_str());
+    }
+}
+
+std::vector<double> numbersAt(lua_State* state, int index)
+{
+    std::vector<double> numbers;
+    const auto count = static_cast<lua_Integer>(lua_rawlen(state, index));
+    for (lua_Integer i = 1; i <= count; ++i) {
+        lua_rawgeti(state, index, i);
+        const bool isNumber = lua_type(state, -1) == LUA_TNUMBER;
+        numbers.push_back(lua_tonumber(state, -1));
+        lua_pop(state, 1);
+        if (!isNumber) {
+            throw std::invalid_argument("element " + std::to_string(i)
+                + " of a table is not a number: only sequences of numbers are values");
+        }
+    }
+    return numbers;
+}
+
+} // namespace
+
+void pushArray(lua_State* state, const Array& array)
+{
+    luaL_checkstack(state, 4, "too deep a value");
+    switch (array.getType()) {
+    case ArrayType::Empty:
+        lua_pushnil(state);
+        return;
+    case ArrayType::Char: {
+        const std::string text = CharArray(array).toUTF8();
+        lua_pushlstring(state, text.data(), text.size());
+        return;
+    }
+    case ArrayType::Double: {
+        const TypedArray<double> numbers(array);
+        pushElements(
+            state, array.getNumberOfElements(), [&](std::size_t i) { lua_pushnumber(state, numbers.at(i)); });
+        return;
+    }
+    case ArrayType::Struct: {
+        const StructArray records(array);
+        pushElements(state, array.getNumberOfElements(), [&](std::size_t i) { pushRecord(state, records, i); });
+        return;
+    }
+    case ArrayType::Object:
+        pushLuaObject(state, static_cast<lua_Integer>(getObject(array)));
+        return;
+    }
+}
+
+Array toArray(lua_State* state, int index)
+{
+    ArrayFactory factory;
+    switch (lua_type(state, index)) {
+    case LUA_TNIL:
+        return Array();
+    case LUA_TBOOLEAN:
+        return factory.createDoubleArray({ 1, 1 }, { lua_toboolean(state, index) != 0 ? 1.0 : 0.0 });
+    case LUA_TNUMBER:
+        return factory.createDoubleArray({ 1, 1 }, { lua_tonumber(state, index) });
+    case LUA_TSTRING: {
+        std::size_t length = 0;
+        const char* text = lua_tolstring(state, index, &length);
+        return factory.createCharArray(std::string(text, length));
+    }
+    case LUA_TTABLE: {
+        const std::vector<double> numbers = numbersAt(state, lua_absindex(state, index));
+        return factory.createDoubleArray({ 1, numbers.size() }, numbers);
+    }
+    default:
+        throw std::invalid_argument(std::string("a ") + luaL_typename(state, index)
+            + " is not a value: only nil, booleans, numbers, strings and sequences of numbers are");
+    }
+}
+
+void setLuaObject(lua_State* state, lua_Integer number)
+{
+    luaL_getsubtable(state, LUA_REGISTRYINDEX, objectsKey);
+    lua_insert(state, -2);
+    lua_rawseti(state, -2, number);
+    lua_pop(state, 1);
+}
+
+void pushLuaObject(lua_State* state, lua_Integer number)
+{
+    luaL_getsubtable(state, LUA_REGISTRYINDEX, objectsKey);
+    lua_rawgeti(state, -1, number);
+    lua_remove(state, -2);
+}
+
+} // namespace tovrinhost

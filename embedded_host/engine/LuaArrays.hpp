@@ -1,0 +1,27 @@
+#pragma once
+
+#include "host/foundation/tovrindata/Array.hpp"
+
+#include <lua.h>
+
+namespace tovrinhost {
+
+// Host values to and from script values.
+//
+// characters: a string; numbers: a number, or a sequence of them where there is not exactly one; a record: a table
+// by field name; several records: a sequence of such tables; an object: whatever was registered under its number;
+// an empty array: nil.
+
+/// Pushes one value.
+void pushArray(lua_State* state, const foundation::tovrindata::Array& array);
+
+/// \throws std::invalid_argument for a value that has no counterpart
+foundation::tovrindata::Array toArray(lua_State* state, int index);
+
+/// Registers the value on top of the stack as the object with this number, and pops it. nil takes it out again.
+TOVRINHOST_API void setLuaObject(lua_State* state, lua_Integer number);
+
+/// Pushes the object with this number; nil where there is none.
+TOVRINHOST_API void pushLuaObject(lua_State* state, lua_Integer number);
+
+} // namespace tovrinhost

@@ -1,0 +1,102 @@
+#include "embedded_host/engine/RequestLine.hpp"
+
+#include "embedded_host/engine/Engine.hpp"
+#include "host/inRequestLineNoService.hpp"
+#include "host/setReadyRequestPending.hpp"
+
+#include <atomic>
+#include <map>
+#include <mutex>
+#include <utility>
+
+/// Leads from a queue manager to its interpreter.
+class InterruptStateData {
+public:
+    explicit InterruptStateData(std::weak_ptr<tovrinhost::Engine> engine)
+        : m_engine(std::move(engine))
+    {
+    }
+
+    void wakeInterpreter() const
+    {
+        if (const auto engine = m_engine.lock()) {
+            engine->loop().wake();
+        }
+    }
+
+private:
+    const std::weak_ptr<tovrinhost::Engine> m_engine;
+};
+
+namespace {
+
+/// Set by whoever has a request, cleared by whoever then makes an interpreter look.
+std::atomic<bool> readyRequestPending { false };
+
+class QueueManager final : public iqm::Iqm {
+public:
+    explicit QueueManager(const std::shared_ptr<tovrinhost::Engine>& engine)
+        : m_interruptState(std::make_shared<InterruptStateData>(engine))
+    {
+    }
+
+    std::shared_ptr<InterruptStateData> getInterruptStateData() const override { return m_interruptState; }
+
+private:
+    const std::shared_ptr<InterruptStateData> m_interruptState;
+};
+
+/// The queue managers of the process, by context.
+struct QueueManagers {
+    std::mutex mutex;
+    std::map<vorn::ContextId, std::weak_ptr<iqm::Iqm>> byContext; // guarded by mutex
+};
+
+QueueManagers& queueManagers()
+{
+    static QueueManagers managers;
+    return managers;
+}
+
+} // namespace
+
+namespace tovrinhost {
+
+std::shared_ptr<iqm::Iqm> makeQueueManager(const std::shared_ptr<Engine>& engine)
+{
+    auto manager = std::make_shared<QueueManager>(engine);
+    QueueManagers& managers = queueManagers();
+    const std::lock_guard lock(managers.mutex);
+    std::erase_if(managers.byContext, [](const auto& entry) { return entry.second.expired(); });
+    managers.byContext[engine->getContextId()] = manager;
+    return manager;
+}
+
+} // namespace tovrinhost
+
+namespace iqm {
+
+Iqm::Iqm() = default;
+Iqm::~Iqm() = default;
+
+std::shared_ptr<Iqm> Iqm::getInstance(vorn::ContextId context)
+{
+    QueueManagers& managers = queueManagers();
+    const std::lock_guard lock(managers.mutex);
+    const auto found = managers.byContext.find(context);
+    return found == managers.byContext.end() ? nullptr : found->second.lock();
+}
+
+} // namespace iqm
+
+void setReadyRequestPending(bool pending)
+{
+    readyRequestPending = pending;
+}
+
+void inRequestLineNoService(const std::shared_ptr<InterruptStateData>& interruptState)
+{
+    if (readyRequestPending.exchange(false)) {
+        interruptState->wakeInterpreter();
+    }
+}

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "embedded_host/engine/EventLoop.hpp"
+#include "embedded_host/engine/TaskSink.hpp"
+#include "host/vorn/VORN.hpp"
+
+#include <cstddef>
+#include <exception>
+#include <memory>
+#include <string>
+
+namespace tovrinhost {
+
+class Engine;
+
+/// What becomes of a timer's callbacks. All notifications come on the interpreter thread.
+class TOVRINHOST_API TimerTaskListener {
+public:
+    virtual ~TimerTaskListener();
+
+    /// A callback of this name is about to be evaluated.
+    virtual void callbackBegins(const std::string& callback) = 0;
+
+    /// A callback task has ended.
+    /// \param callback the latest callback that it began, empty if it began none
+    /// \param error what left the task, null if nothing did
+    virtual void taskEnds(const std::string& callback, const std::exception_ptr& error) noexcept = 0;
+};
+
+/// The engine, as one timer sees it: it evaluates everything in the engine, and knows whose tasks it is handed.
+///
+/// The library gets it in place of the engine, as the engine instance in which the timer was created.
+///
+/// Threading: the operations of vorn::VORN and `submit`, any thread; everything else, the interpreter thread.
+/// Ownership: shared by the timer and its pending tasks; may outlive the listener, which is then taken out.
+class TOVRINHOST_API TimerEngine final : public vorn::VORN,
+                                         public TaskSink,
+                                         public TaskOwner,
+                                         public std::enable_shared_from_this<TimerEngine> {
+public:
+    TimerEngine(std::shared_ptr<Engine> engine, TimerTaskListener& listener);
+    ~TimerEngine() override;
+
+    foundation::concurrent::future<std::vector<foundation::tovrindata::Array>> feval(const std::string& function,
+        const std::vector<foundation::tovrindata::Array>& arguments, std::size_t nargout,
+        cmddistributor::RunOptions options, bool reserved,
+        foundation::msg_svc::exchange::IDType requestId) override;
+    foundation::concurrent::future<void> evalAsync(const std::u16string& statement,
+        cmddistributor::RunOptions options, foundation::msg_svc::exchange::IDType requestId) override;
+    vorn::ContextId getContextId() const override;
+
+    void submit(const std::function<void()>& task) override;
+
+    void forget() noexcept { m_listener = nullptr; }
+
+    /// Accepts tasks again.
+    void open();
+
+    /// Drops the waiting tasks but for the first `keep`, and what other threads hand over from now on. Tasks that
+    /// the interpreter thread hands over are still taken.
+    void close(std::size_t keep);
+
+    std::size_t pending() const;
+
+    /// Runs the waiting tasks at once, out of turn.
+    void runPending();
+
+private:
+    void taskBegins() noexcept override;
+    void taskEnds(const std::exception_ptr& error) noexcept override;
+
+    const std::shared_ptr<Engine> m_engine;
+
+    // Only for the interpreter thread.
+    TimerTaskListener* m_listener;
+    std::string m_callback;
+};
+
+} // namespace tovrinhost

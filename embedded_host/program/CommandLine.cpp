@@ -1,0 +1,140 @@
+#include "embedded_host/program/CommandLine.hpp"
+
+#include "embedded_host/process/Features.hpp"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <iostream>
+#include <utility>
+
+namespace tovrinhost {
+
+namespace {
+
+constexpr int wrongUsage = 2;
+
+constexpr std::array<const char*, 3> channels {
+    "tovrintimer::TimerScheduler",
+    "tovrintimer::WorkItem",
+    "tovrintimer::workHandler",
+};
+
+template <typename Names> std::string commaSeparated(const Names& names)
+{
+    std::string text;
+    for (const auto& name : names) {
+        text += (text.empty() ? "" : ", ") + std::string(name);
+    }
+    return text;
+}
+
+[[noreturn]] void fail(const std::string& option, const std::string& value, const std::string& allowed)
+{
+    throw CLI::ValidationError(option, "\"" + value + "\" is not allowed: " + allowed);
+}
+
+/// Splits "NAME=VALUE".
+std::pair<std::string, std::string> split(const std::string& option, const std::string& text, const char* form)
+{
+    const std::size_t sign = text.find('=');
+    if (sign == std::string::npos || sign == 0) {
+        fail(option, text, std::string("it must have the form ") + form);
+    }
+    return { text.substr(0, sign), text.substr(sign + 1) };
+}
+
+void addFeature(RunCommand& command, const std::string& text)
+{
+    const auto [name, value] = split("--feature", text, "NAME=on or NAME=off");
+    const auto known = featureNames();
+    if (std::find(known.begin(), known.end(), name) == known.end()) {
+        fail("--feature", text, "the features are " + commaSeparated(known));
+    }
+    if (value != "on" && value != "off") {
+        fail("--feature", text, "a feature is on or off");
+    }
+    command.features[name] = value == "on";
+}
+
+std::uint32_t toMask(const std::string& text, const std::string& digits)
+{
+    const bool isHex = digits.starts_with("0x") || digits.starts_with("0X");
+    const char* const first = digits.data() + (isHex ? 2 : 0);
+    const char* const last = digits.data() + digits.size();
+    std::uint32_t mask = 0;
+    const auto [end, error] = std::from_chars(first, last, mask, isHex ? 16 : 10);
+    if (error != std::errc() || end != last) {
+        fail(
+            "--log", text, "a mask is a number from 0 to 4294967295 (0xffffffff), decimal or hexadecimal with 0x");
+    }
+    return mask;
+}
+
+void addLogMask(RunCommand& command, const std::string& text)
+{
+    const auto [channel, digits] = split("--log", text, "CHANNEL=MASK");
+    if (std::find(channels.begin(), channels.end(), channel) == channels.end()) {
+        fail("--log", text, "the channels are " + commaSeparated(channels));
+    }
+    command.logMasks[channel] = toMask(text, digits);
+}
+
+} // namespace
+
+std::variant<RunCommand, Leave> parseCommandLine(int argc, const char* const* argv)
+{
+    RunCommand command;
+    std::string logFile;
+
+    CLI::App app("Runs scripts whose timers are driven by the timer engine.", "tovrin");
+    app.require_subcommand(1);
+    CLI::App* run = app.add_subcommand("run", "Run a script, and serve its timers until none runs any more");
+    run->add_option("FILE", command.file, "The script, in Lua")->required();
+    run->add_option(
+        "ARG", command.arguments, "What the script finds in 'arg'; put -- before the first if it begins with -");
+    run->add_option_function<std::vector<std::string>>(
+           "--feature",
+           [&](const std::vector<std::string>& texts) {
+               for (const auto& text : texts) {
+                   addFeature(command, text);
+               }
+           },
+           "Switch a feature of the host: TIMER_PPE=on (default) or TIMER_PPE=off")
+        ->allow_extra_args(false)
+        ->type_name("NAME=on|off");
+    run->add_option_function<std::vector<std::string>>(
+           "--log",
+           [&](const std::vector<std::string>& texts) {
+               for (const auto& text : texts) {
+                   addLogMask(command, text);
+               }
+           },
+           "Write the diagnostic records of a channel whose severity bit is in the mask: 4 trace, 16 detail, 32 "
+           "and 64 "
+           "scopes. The channels are "
+               + commaSeparated(channels))
+        ->allow_extra_args(false)
+        ->type_name("CHANNEL=MASK");
+    run->add_option("--log-file", logFile, "Where diagnostic records go, instead of standard error")
+        ->type_name("FILE");
+    run->footer(
+        "Exit status: 0 success, 1 the script or a callback failed, 2 wrong usage, 130 interrupted by Ctrl-C.");
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& help) {
+        return Leave { app.exit(help) };
+    } catch (const CLI::ParseError& error) {
+        std::cerr << "tovrin: " << error.what() << "\nTry 'tovrin run --help'.\n";
+        return Leave { wrongUsage };
+    }
+    if (!logFile.empty()) {
+        command.logFile = logFile;
+    }
+    return command;
+}
+
+} // namespace tovrinhost

@@ -1,0 +1,73 @@
+#include "embedded_host/log/LogMasks.hpp"
+#include "embedded_host/log/LogSinks.hpp"
+#include "embedded_host/process/Features.hpp"
+#include "embedded_host/program/CommandLine.hpp"
+#include "embedded_host/program/platform/Platform.hpp"
+#include "embedded_host/script/ScriptRunner.hpp"
+
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+
+namespace tovrinhost {
+
+namespace {
+
+constexpr int interruptedStatus = 130;
+
+void configure(const RunCommand& command)
+{
+    for (const auto& [feature, on] : command.features) {
+        setFeature(feature, on);
+    }
+    for (const auto& [channel, mask] : command.logMasks) {
+        setLogMask(channel, mask);
+    }
+    if (command.logFile) {
+        logToFile(*command.logFile);
+    } else if (!command.logMasks.empty()) {
+        logToStandardError();
+    }
+}
+
+int run(const RunCommand& command)
+{
+    ScriptRunner runner;
+    const platform::InterruptWatcher watcher([&runner, again = false]() mutable {
+        if (again) {
+            // What Ctrl-C could not stop the first time, a StopFcn perhaps, is not waited for.
+            std::cerr << "tovrin: interrupted again, leaving at once\n";
+            std::_Exit(interruptedStatus);
+        }
+        again = true;
+        runner.interrupt();
+    });
+    return runner.run(command.file, command.arguments);
+}
+
+int runProgram(int argc, const char* const* argv)
+{
+    const auto command = parseCommandLine(argc, argv);
+    if (const auto* leave = std::get_if<Leave>(&command)) {
+        return leave->status;
+    }
+    platform::setUpStandardOutput();
+    configure(std::get<RunCommand>(command));
+    const int status = run(std::get<RunCommand>(command));
+    stopLogging();
+    return status;
+}
+
+} // namespace
+
+} // namespace tovrinhost
+
+int main(int argc, char** argv)
+{
+    try {
+        return tovrinhost::runProgram(argc, argv);
+    } catch (const std::exception& error) {
+        std::cerr << "tovrin: " << error.what() << '\n';
+        return EXIT_FAILURE;
+    }
+}

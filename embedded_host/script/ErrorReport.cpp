@@ -1,0 +1,32 @@
+#include "embedded_host/script/ErrorReport.hpp"
+
+#include "embedded_host/engine/ScriptError.hpp"
+
+#include <iostream>
+
+namespace tovrinhost {
+
+std::string ErrorReport::report(const std::string& where, const std::exception_ptr& error)
+{
+    try {
+        std::rethrow_exception(error);
+    } catch (const std::exception& known) {
+        return report(where, known);
+    } catch (...) {
+        return report(where, std::runtime_error("an error of an unknown kind"));
+    }
+}
+
+std::string ErrorReport::report(const std::string& where, const std::exception& error)
+{
+    m_hasErrors = true;
+    std::string lines = "tovrin: error in " + where + ": " + error.what() + '\n';
+    const auto* script = dynamic_cast<const ScriptError*>(&error);
+    if (script != nullptr && !script->traceback().empty()) {
+        lines += script->traceback() + '\n';
+    }
+    std::cerr << lines << std::flush;
+    return error.what();
+}
+
+} // namespace tovrinhost

@@ -1,0 +1,90 @@
+#include "embedded_host/script/TimerLibrary.hpp"
+
+#include "embedded_host/engine/LuaArrays.hpp"
+#include "embedded_host/engine/LuaFunction.hpp"
+#include "embedded_host/script/TimerObject.hpp"
+
+#include <lauxlib.h>
+
+#include <cstdlib>
+
+namespace tovrinhost {
+
+namespace {
+
+/// What the library has the engine evaluate for each callback: finds the function and calls it.
+constexpr const char* timercb = R"lua(
+function timercb(object, callback, _, event)
+  local fcn = object[callback]
+  if fcn then
+    fcn(object, event)
+  end
+end
+)lua";
+
+/// timers()
+int liveTimers(lua_State* state)
+{
+    const auto& timers = timersOf(state).all();
+    lua_createtable(state, static_cast<int>(timers.size()), 0);
+    lua_Integer place = 0;
+    for (const auto& timer : timers) {
+        pushLuaObject(state, static_cast<lua_Integer>(timer->number()));
+        lua_rawseti(state, -2, ++place);
+    }
+    return 1;
+}
+
+/// pause(seconds)
+int pause(lua_State* state)
+{
+    const EventLoop::Deadline deadline = deadlineArgument(state, 1, "pause: the time");
+    const Interpreter::Nested nested(state);
+    timersOf(state).engine().loop().runUntil(
+        EventLoop::State::Pumping, [] { return false; }, deadline);
+    return 0;
+}
+
+/// now()
+int monotonicSeconds(lua_State* state)
+{
+    // Counted from the first call, so that the seconds have many digits behind the point.
+    static const auto start = EventLoop::Clock::now();
+    lua_pushnumber(state, std::chrono::duration<double>(EventLoop::Clock::now() - start).count());
+    return 1;
+}
+
+/// os.exit([code]). Upvalue: where the code goes.
+int leave(lua_State* state)
+{
+    auto* exitCode = static_cast<int*>(lua_touserdata(state, lua_upvalueindex(1)));
+    if (lua_isboolean(state, 1)) {
+        *exitCode = lua_toboolean(state, 1) != 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    } else {
+        *exitCode = static_cast<int>(luaL_optinteger(state, 1, EXIT_SUCCESS));
+    }
+    timersOf(state).engine().loop().interrupt(Interruption::Exit);
+    throw Interrupted();
+}
+
+} // namespace
+
+void openTimerLibrary(Interpreter& interpreter, TimerSet& timers, int& exitCode)
+{
+    lua_State* state = interpreter.state();
+    openTimerObjects(state, timers);
+    lua_register(state, "timer", luaFunction<newTimerObject>);
+    lua_register(state, "timers", luaFunction<liveTimers>);
+    lua_register(state, "pause", luaFunction<pause>);
+    lua_register(state, "now", luaFunction<monotonicSeconds>);
+
+    lua_getglobal(state, "os");
+    lua_pushlightuserdata(state, &exitCode);
+    lua_pushcclosure(state, luaFunction<leave>, 1);
+    lua_setfield(state, -2, "exit");
+    lua_pop(state, 1);
+
+    interpreter.execute(timercb, "=timercb");
+}
+
+} // namespace tovrinhost

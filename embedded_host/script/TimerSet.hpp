@@ -1,0 +1,45 @@
+#pragma once
+
+#include "embedded_host/script/ScriptTimer.hpp"
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace tovrinhost {
+
+/// The timers of a script, from their creation until they are deleted.
+///
+/// Threading: the interpreter thread only.
+class TimerSet {
+public:
+    TimerSet(std::shared_ptr<Engine> engine, ErrorReport& errors);
+
+    /// Makes a timer. One without a name is called "timer-1", "timer-2", ...
+    std::shared_ptr<ScriptTimer> create(TimerSettings settings);
+
+    /// Deletes a timer, with its StopFcn run before this returns if it was running.
+    void destroy(ScriptTimer& timer);
+
+    /// In the order of their creation.
+    const std::vector<std::shared_ptr<ScriptTimer>>& all() const { return m_timers; }
+
+    /// Serves until no timer runs and no callback is to come.
+    /// \throws Interrupted
+    void runUntilQuiet();
+
+    /// Stops all running timers, and serves until their callbacks have run.
+    /// \throws Interrupted
+    void stopAll();
+
+    Engine& engine() { return *m_engine; }
+
+private:
+    const std::shared_ptr<Engine> m_engine;
+    ErrorReport& m_errors;
+    std::vector<std::shared_ptr<ScriptTimer>> m_timers;
+    std::uint64_t m_created = 0;
+    std::uint64_t m_unnamed = 0;
+};
+
+} // namespace tovrinhost

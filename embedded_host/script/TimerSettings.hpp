@@ -1,0 +1,30 @@
+#pragma once
+
+#include "timer_src/main/TimerInfo.hpp"
+
+#include <limits>
+#include <string>
+
+namespace tovrinhost {
+
+/// What a script sets of a timer, in the script's units.
+struct TimerSettings {
+    std::string name;
+    tovrintimer::ExecutionMode executionMode = tovrintimer::ExecutionMode::SingleShot;
+    tovrintimer::BusyMode busyMode = tovrintimer::BusyMode::Drop;
+    double periodSeconds = 1.0;
+    double startDelaySeconds = 0.0;
+    double tasksToExecute = std::numeric_limits<double>::infinity();
+    bool hasStartFcn = false;
+    bool hasStopFcn = false;
+    bool hasErrorFcn = false;
+
+    /// Hands the settings to the library, in the library's units.
+    ///
+    /// The library keeps time in whole milliseconds and drops what is beyond them. A start delay is a promise not
+    /// to be early by any clock, so it is rounded up, with one millisecond for the part that has already passed of
+    /// the one in which the timer starts.
+    void applyTo(tovrintimer::TimerInfo& timer) const;
+};
+
+} // namespace tovrinhost
