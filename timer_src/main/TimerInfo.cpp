@@ -1,5 +1,6 @@
 #include "timer_src/main/TimerInfo.hpp"
 
+#include "host/vorn/VORN.hpp"
 #include "timer_src/main/MonotonicTime.hpp"
 
 namespace tovrintimer {

@@ -3,7 +3,6 @@
 #include "host/foundation/msg_svc/exchange/IDType.hpp"
 #include "host/foundation/tovrindata/Array.hpp"
 #include "host/pelk/factory/full/StdShareable.hpp"
-#include "host/vorn/VORN.hpp"
 #include "timer_src/main/Concurrency.hpp"
 #include "timer_src/main/Export.hpp"
 
@@ -15,6 +14,10 @@
 #include <memory>
 
 class InterruptStateData;
+
+namespace vorn {
+class VORN;
+}
 
 namespace tovrintimer {
 

@@ -2,6 +2,7 @@
 
 #include "host/fl/i18n/to_string.hpp"
 #include "host/foundation/tovrindata/ArrayFactory.hpp"
+#include "host/vorn/VORN.hpp"
 #include "timer_src/main/MonotonicTime.hpp"
 
 #include <string>

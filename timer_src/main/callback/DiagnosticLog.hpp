@@ -2,11 +2,9 @@
 
 #include "host/foundation/log/basic_diagnostic_logger.hpp"
 
-#include <boost/log/core/core.hpp>
-#include <boost/log/sources/record_ostream.hpp>
-
 #include <cstdint>
-#include <ios>
+#include <ostream>
+#include <tuple>
 
 namespace tovrintimer {
 
@@ -25,29 +23,53 @@ inline bool isEnabled(const DiagnosticLogger& logger, Severity severity) noexcep
     return logger.is_enabled(static_cast<std::uint32_t>(severity));
 }
 
-/// Writes one record, the pieces streamed one after the other.
+/// What a traced scope is called in the records.
+struct SourceLocation {
+    const char* function;
+    const char* file;
+    int line;
+};
+
+/// Writes the text of a record that is wanted.
+class RecordText {
+public:
+    virtual void writeTo(std::ostream& stream) const = 0;
+
+protected:
+    ~RecordText() = default;
+};
+
+/// The part of `writeRecord` that is not passed over.
+/// \param location goes into the attributes "File" and "Line"; may be null
+void writeEnabledRecord(
+    DiagnosticLogger& logger, Severity severity, const RecordText& text, const SourceLocation* location) noexcept;
+
+template <typename... Pieces> class PiecesText final : public RecordText {
+public:
+    explicit PiecesText(const Pieces&... pieces)
+        : m_pieces(pieces...)
+    {
+    }
+
+    void writeTo(std::ostream& stream) const override
+    {
+        std::apply([&](const auto&... piece) { static_cast<void>((stream << ... << piece)); }, m_pieces);
+    }
+
+private:
+    const std::tuple<const Pieces&...> m_pieces;
+};
+
+/// Writes one record, the pieces streamed one after the other, flags as 0 and 1.
 ///
 /// A record that is not wanted costs one bit test, and formats nothing. A record whose formatting or sink throws
 /// is dropped, and nothing of it leaves this call: logging never changes the flow of the code that logs.
 /// Threading: any thread. Sinks are host code: what is logged under a lock must not make them need that lock.
 template <typename... Pieces>
-void writeRecord(DiagnosticLogger& logger, Severity severity, const Pieces... pieces) noexcept
+void writeRecord(DiagnosticLogger& logger, Severity severity, Pieces... pieces) noexcept
 {
-    if (!isEnabled(logger, severity)) {
-        return;
-    }
-    try {
-        if (!boost::log::core::get()->get_logging_enabled()) {
-            return;
-        }
-        if (boost::log::record record = logger.open_record(static_cast<std::uint32_t>(severity))) {
-            // As it is destroyed, the pump pushes the record, unless an exception is on its way.
-            const auto pump = boost::log::aux::make_record_pump(logger, record);
-            // Flags are shown as 0 and 1; record streams would spell them out.
-            static_cast<void>((pump.stream() << std::noboolalpha << ... << pieces));
-        }
-    } catch (...) {
-        // The record is lost, and nothing else.
+    if (isEnabled(logger, severity)) {
+        writeEnabledRecord(logger, severity, PiecesText<Pieces...>(pieces...), nullptr);
     }
 }
 

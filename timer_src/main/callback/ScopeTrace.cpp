@@ -1,11 +1,21 @@
 #include "timer_src/main/callback/ScopeTrace.hpp"
 
-#include <boost/log/attributes/attribute_value_impl.hpp>
-#include <boost/log/utility/manipulators/add_value.hpp>
-
 #include <exception>
 
 namespace tovrintimer {
+
+namespace {
+
+template <typename... Pieces>
+void writeScopeRecord(
+    DiagnosticLogger& logger, Severity severity, const SourceLocation& location, Pieces... pieces) noexcept
+{
+    if (isEnabled(logger, severity)) {
+        writeEnabledRecord(logger, severity, PiecesText<Pieces...>(pieces...), &location);
+    }
+}
+
+} // namespace
 
 ScopeTrace::ScopeTrace(DiagnosticLogger& logger, const SourceLocation& location)
     : m_logger(logger)
@@ -14,8 +24,7 @@ ScopeTrace::ScopeTrace(DiagnosticLogger& logger, const SourceLocation& location)
     , m_exceptionsOnEntry(std::uncaught_exceptions())
 {
     if (m_enabled) {
-        writeRecord(m_logger, Severity::ScopeEntry, boost::log::add_value("File", m_location.file),
-            boost::log::add_value("Line", m_location.line), m_location.function);
+        writeScopeRecord(m_logger, Severity::ScopeEntry, m_location, m_location.function);
         m_logger.indent().increase();
     }
 }
@@ -25,8 +34,8 @@ ScopeTrace::~ScopeTrace()
     if (m_enabled) {
         m_logger.indent().decrease();
         const bool throwing = std::uncaught_exceptions() > m_exceptionsOnEntry;
-        writeRecord(m_logger, Severity::ScopeExit, boost::log::add_value("File", m_location.file),
-            boost::log::add_value("Line", m_location.line), m_location.function, throwing ? " [throw]" : "");
+        writeScopeRecord(
+            m_logger, Severity::ScopeExit, m_location, m_location.function, throwing ? " [throw]" : "");
     }
 }
 

@@ -4,17 +4,10 @@
 
 namespace tovrintimer {
 
-/// What a traced scope is called in the records.
-struct SourceLocation {
-    const char* function;
-    const char* file;
-    int line;
-};
-
 /// Traces a scope: a record on entry, a record on exit, and what the thread logs in between is indented.
 ///
-/// Both records bear the attributes "File" and "Line". The exit record says " [throw]" where an exception is
-/// leaving the scope; it is written only where the entry was enabled.
+/// The exit record says " [throw]" where an exception is leaving the scope; it is written only where the entry was
+/// enabled.
 class ScopeTrace {
 public:
     ScopeTrace(DiagnosticLogger& logger, const SourceLocation& location);
