@@ -34,6 +34,7 @@ LoggerRegistry& LoggerRegistry::instance()
 
 LoggerRegistry::LoggerRegistry()
 {
+    // The core is made here, if not earlier, and so before any logger: each can still write as it is destroyed.
     boost::log::core::get()->add_sink(boost::make_shared<NoRecords>());
 }
 
