@@ -94,4 +94,9 @@ std::ostream& operator<<(std::ostream& stream, ToTheMillisecond time)
     return stream;
 }
 
+std::ostream& operator<<(std::ostream& stream, RightNow /*time*/)
+{
+    return stream << ToTheMillisecond { now() };
+}
+
 } // namespace tovrintimer

@@ -43,4 +43,9 @@ struct ToTheMillisecond {
 
 std::ostream& operator<<(std::ostream& stream, ToTheMillisecond time);
 
+/// Streams the moment at which it is streamed, to the millisecond.
+struct RightNow { };
+
+std::ostream& operator<<(std::ostream& stream, RightNow time);
+
 } // namespace tovrintimer

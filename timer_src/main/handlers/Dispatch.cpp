@@ -2,6 +2,9 @@
 
 #include "timer_src/main/TimerInfo.hpp"
 #include "timer_src/main/handlers/ErrorFcnWorkItemHandlerStrategy.hpp"
+#include "timer_src/main/handlers/FixedDelayTimerFcnWorkItemHandlerStrategy.hpp"
+#include "timer_src/main/handlers/FixedRateTimerFcnWorkItemHandlerStrategy.hpp"
+#include "timer_src/main/handlers/FixedSpacingTimerFcnWorkItemHandlerStrategy.hpp"
 #include "timer_src/main/handlers/SingleShotTimerFcnWorkItemHandlerStrategy.hpp"
 #include "timer_src/main/handlers/StartFcnWorkItemHandlerStrategy.hpp"
 #include "timer_src/main/handlers/StopFcnWorkItemHandlerStrategy.hpp"
@@ -30,8 +33,13 @@ void dispatch(WorkItem<TimerFcnWork> item, Dispatcher* /*dispatcher*/)
         SingleShotTimerFcnWorkItemHandlerStrategy().handle(std::move(item));
         return;
     case ExecutionMode::FixedSpacing:
+        FixedSpacingTimerFcnWorkItemHandlerStrategy().handle(std::move(item));
+        return;
     case ExecutionMode::FixedDelay:
+        FixedDelayTimerFcnWorkItemHandlerStrategy().handle(std::move(item));
+        return;
     case ExecutionMode::FixedRate:
+        FixedRateTimerFcnWorkItemHandlerStrategy().handle(std::move(item));
         return;
     }
     // Any other number names no mode: the item is dropped.

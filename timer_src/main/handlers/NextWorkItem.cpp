@@ -3,6 +3,7 @@
 #include "timer_src/main/MonotonicTime.hpp"
 #include "timer_src/main/TimerInfo.hpp"
 #include "timer_src/main/TimerScheduler.hpp"
+#include "timer_src/main/handlers/TaskCounting.hpp"
 
 namespace tovrintimer {
 
@@ -54,6 +55,12 @@ WorkItem<TimerFcnWork> makeFirstTimerFcnWorkItem(
         tasks };
 }
 
+std::shared_ptr<WorkItem<TimerFcnWork>> makeCurrentWorkItem(const WorkItem<TimerFcnWork>& due)
+{
+    return std::make_shared<WorkItem<TimerFcnWork>>(
+        due.m_id, due.m_executeAt, due.m_timerInfo, due.m_sharedTaskCounter, due.m_taskCount);
+}
+
 boost::optional<WorkItem<StopFcnWork>> makeStopFcnWorkItem(std::weak_ptr<TimerInfo> timer, IDType id)
 {
     const auto info = timer.lock();
@@ -61,6 +68,42 @@ boost::optional<WorkItem<StopFcnWork>> makeStopFcnWorkItem(std::weak_ptr<TimerIn
         return boost::none;
     }
     return WorkItem<StopFcnWork>(now(), id, std::move(timer));
+}
+
+boost::optional<WorkItem<ErrorFcnWork>> makeErrorFcnWorkItem(IDType id, std::weak_ptr<TimerInfo> timer)
+{
+    const auto info = timer.lock();
+    if (!info || info->getErrorFcnIsEmpty()) {
+        return boost::none;
+    }
+    return WorkItem<ErrorFcnWork>(now(), id, std::move(timer));
+}
+
+NextWorkItem makeNextWorkItem(std::weak_ptr<TimerInfo> timer, std::shared_ptr<prevCallBackStatus> status,
+    bool fireImmediately, IDType id, std::shared_ptr<std::uint64_t> counter, std::uint64_t taskCount)
+{
+    NextWorkItem next;
+    const auto info = timer.lock();
+    if (!info) {
+        return next;
+    }
+    if (taskCount == 0) {
+        if (auto stop = makeStopFcnWorkItem(std::move(timer), id)) {
+            next = std::move(*stop);
+        }
+        return next;
+    }
+    const DueTime due = fireImmediately ? now() : nowPlus(info->getPeriod());
+    next = WorkItem<TimerFcnWork>(id, due, std::move(timer), std::move(counter), taskCount, std::move(status));
+    return next;
+}
+
+void countAndScheduleNext(
+    WorkItem<TimerFcnWork>& current, const TimerInfo& timer, std::shared_ptr<prevCallBackStatus> status)
+{
+    countCallback(current, timer);
+    scheduleNextWorkItem(makeNextWorkItem(current.m_timerInfo, std::move(status), false, current.m_id,
+        current.m_sharedTaskCounter, current.m_taskCount));
 }
 
 void endRunWithoutStopFcn(const WorkItem<TimerFcnWork>& last)

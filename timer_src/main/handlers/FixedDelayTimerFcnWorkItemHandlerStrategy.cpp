@@ -1,0 +1,26 @@
+#include "timer_src/main/handlers/FixedDelayTimerFcnWorkItemHandlerStrategy.hpp"
+
+#include "timer_src/main/callback/CallbackTask.hpp"
+#include "timer_src/main/handlers/NextWorkItem.hpp"
+
+namespace tovrintimer {
+
+void FixedDelayTimerFcnWorkItemHandlerStrategy::handle(WorkItem<TimerFcnWork> item) const
+{
+    static HandOver handOver;
+
+    const auto timer = item.m_timerInfo.lock();
+    if (!timer) {
+        return;
+    }
+    auto engine = timer->getVORNInstanceWhereTimerWasFirstCreated();
+    const auto runTimerFcn = [current = makeCurrentWorkItem(item)](TimerInfo& info, vorn::VORN& vorn) {
+        info.updateTimerFunRunStatus();
+        countAndScheduleNext(*current, info, std::make_shared<prevCallBackStatus>());
+        evaluateTimerCallback(info, vorn, TimerFcnWork);
+        endRunWithoutStopFcn(*current);
+    };
+    handOver(*timer, makeCallbackTask(std::move(item.m_timerInfo), std::move(engine), runTimerFcn));
+}
+
+} // namespace tovrintimer

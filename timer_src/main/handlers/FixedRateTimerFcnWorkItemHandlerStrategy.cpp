@@ -1,0 +1,115 @@
+#include "timer_src/main/handlers/FixedRateTimerFcnWorkItemHandlerStrategy.hpp"
+
+#include "timer_src/main/MonotonicTime.hpp"
+#include "timer_src/main/TimerScheduler.hpp"
+#include "timer_src/main/callback/CallbackTask.hpp"
+#include "timer_src/main/callback/WorkHandlerLog.hpp"
+#include "timer_src/main/handlers/FixedRateItem.hpp"
+#include "timer_src/main/handlers/NextWorkItem.hpp"
+
+namespace tovrintimer {
+
+namespace {
+
+BusyMode busyMode(const TimerInfo& timer)
+{
+    return static_cast<BusyMode>(timer.getBusyMode());
+}
+
+/// The item keeps its task count and its record: a dropped firing is not a firing, and the callback that it waits
+/// for is still the same. Due at once, it is taken again and again until that callback has ended.
+void fireAgain(WorkItem<TimerFcnWork> item)
+{
+    scheduleNextWorkItem(makeNextWorkItem(std::move(item.m_timerInfo), std::move(item.m_prevCallBackStatus), true,
+        item.m_id, std::move(item.m_sharedTaskCounter), item.m_taskCount));
+}
+
+/// The run ends. The StopFcn comes first, and the ErrorFcn even where the timer has stopped by then.
+void failRun(TimerInfo& timer, const WorkItem<TimerFcnWork>& item)
+{
+    if (auto stop = makeStopFcnWorkItem(item.m_timerInfo, item.m_id)) {
+        scheduleIfTimerIsRunning(std::move(*stop));
+    } else {
+        timer.setActivationStatus(false);
+    }
+    if (auto error = makeErrorFcnWorkItem(item.m_id, item.m_timerInfo)) {
+        TimerScheduler::getPerTOVRINProcessInstance()->insertAscendingSorted(std::move(*error));
+    }
+}
+
+} // namespace
+
+void FixedRateTimerFcnWorkItemHandlerStrategy::handle(WorkItem<TimerFcnWork> item) const
+{
+    const auto timer = item.m_timerInfo.lock();
+    if (!timer) {
+        return;
+    }
+    if (busyMode(*timer) != BusyMode::Queue && isPreviousCallbackStillRunning(item)) {
+        handleFixedRateTimerFcnWithContention(std::move(item));
+    } else {
+        handleFixedRateTimerFcnWithNoContention(std::move(item));
+    }
+}
+
+bool FixedRateTimerFcnWorkItemHandlerStrategy::isPreviousCallbackStillRunning(
+    const WorkItem<TimerFcnWork>& item) const
+{
+    const bool isFirstOfRun = *item.m_sharedTaskCounter == item.m_taskCount;
+    if (isFirstOfRun) {
+        return false;
+    }
+    const prevCallBackStatus& previous = *item.m_prevCallBackStatus;
+    const bool hasCompleted = previous.hasCompleted;
+    trace("fetching m_prevCallBackStatus->hasStarted, which is ", previous.hasStarted.load(),
+        " and m_prevCallBackStatus->hasCompleted, which is ", hasCompleted, " @", RightNow());
+    return !hasCompleted;
+}
+
+void FixedRateTimerFcnWorkItemHandlerStrategy::handleFixedRateTimerFcnWithNoContention(
+    WorkItem<TimerFcnWork> item) const
+{
+    static HandOver handOver;
+
+    const auto timer = item.m_timerInfo.lock();
+    if (!timer) {
+        return;
+    }
+    auto engine = timer->getVORNInstanceWhereTimerWasFirstCreated();
+    const auto current = std::make_shared<FixedRateItem>(item);
+    const auto record = std::make_shared<prevCallBackStatus>();
+    const auto runTimerFcn = [current, record](TimerInfo& info, vorn::VORN& vorn) {
+        info.updateTimerFunRunStatus();
+        evaluateTimerCallback(info, vorn, TimerFcnWork);
+        record->hasCompleted = true;
+        current->callbackReturned();
+    };
+    handOver(*timer, makeCallbackTask(std::move(item.m_timerInfo), std::move(engine), runTimerFcn));
+    countAndScheduleNext(*current, *timer, record);
+    current->callbackCounted();
+}
+
+void FixedRateTimerFcnWorkItemHandlerStrategy::handleFixedRateTimerFcnWithContention(
+    WorkItem<TimerFcnWork> item) const
+{
+    const auto timer = item.m_timerInfo.lock();
+    if (!timer) {
+        return;
+    }
+    switch (busyMode(*timer)) {
+    case BusyMode::Drop:
+        trace("Contention With previous timerFcn callback,", " dropping current TimerFcn, and setting next",
+            " TimerFcn to fire immediately");
+        fireAgain(std::move(item));
+        return;
+    case BusyMode::Error:
+        trace("Contention With previous timerFcn callback,",
+            " dropping current TimerFcn, and setting errorFcn to fire immediately");
+        failRun(*timer, item);
+        return;
+    case BusyMode::Queue:
+        return; // the mode has changed since it was asked about: lost like under a mode that does not exist
+    }
+}
+
+} // namespace tovrintimer
