@@ -23,6 +23,13 @@ std::ostream& operator<<(std::ostream& stream, const Queued& queued)
                   << " ms";
 }
 
+void LibraryTest::SetUp()
+{
+    // Tests have threads, and a process that was forked from them would not.
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    RecordingHostTest::SetUp();
+}
+
 WorkItem<StartFcnWork> LibraryTest::startFcn(const std::shared_ptr<TimerInfo>& timer, DueTime due)
 {
     return { due, timer->getId(), timer };
@@ -68,6 +75,17 @@ std::vector<Queued> LibraryTest::queue() const
         seen.push_back({ kindOf(work), plain(timer.str()), due });
     }
     return seen;
+}
+
+std::vector<std::string> LibraryTest::everything() const
+{
+    std::vector<std::string> texts;
+    for (const auto& event : journal().events()) {
+        if (!event.text.starts_with("Timer Running on ")) {
+            texts.push_back(plain(event.text));
+        }
+    }
+    return texts;
 }
 
 void LibraryTest::startThread() const

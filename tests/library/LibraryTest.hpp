@@ -37,6 +37,8 @@ class LibraryTest : public recording::RecordingHostTest {
 protected:
     static constexpr auto aLongTime = 1h;
 
+    void SetUp() override;
+
     /// A moment that no test lives to see, and one that has passed long ago.
     static DueTime farOff(std::chrono::milliseconds more = 0ms) { return now() + aLongTime + more; }
     static DueTime past(std::chrono::milliseconds before = 0ms) { return now() - 10s - before; }
@@ -54,6 +56,9 @@ protected:
 
     /// The queue, the item that is due last first.
     std::vector<Queued> queue() const;
+
+    /// Calls, details and log texts, as they followed each other on all threads; without "Timer Running on ...".
+    std::vector<std::string> everything() const;
 
     /// Has the thread run, and sleep without work. The journal is empty afterwards.
     void startThread() const;

@@ -131,8 +131,7 @@ TEST_F(SchedulerThreadTest, ASchedulerWhoseThreadCouldNotBeStartedShutsDown)
 // What the process says as it ends: its records go to standard error.
 void sayRecordsOfTheThread()
 {
-    journal().when("void __cdecl", [] {
-        const auto event = journal().events().back();
+    journal().when("void __cdecl", [](const recording::Event& event) {
         std::cerr << "record " << event.severity << ": " << event.text << std::endl;
     });
 }

@@ -74,15 +74,18 @@ Engine::~Engine()
 future<std::vector<Array>> Engine::feval(const std::string& function, const std::vector<Array>& arguments,
     std::size_t nargout, cmddistributor::RunOptions options, bool reserved, IDType requestId)
 {
+    boost::promise<Outputs> promise;
+    auto answer = promise.get_future();
     {
         const std::lock_guard lock(m_mutex);
         m_evaluations.push_back({ function, arguments, nargout, options, reserved, requestId });
+        if (m_outcome == Outcome::Later) {
+            m_waiting.push_back(std::move(promise));
+        }
     }
     journal().add({ Kind::Call, "feval " + function + callbackName(arguments) });
 
     const std::lock_guard lock(m_mutex);
-    boost::promise<Outputs> promise;
-    auto answer = promise.get_future();
     switch (m_outcome) {
     case Outcome::Ready:
         promise.set_value({});
@@ -93,7 +96,6 @@ future<std::vector<Array>> Engine::feval(const std::string& function, const std:
     case Outcome::NoState:
         return {};
     case Outcome::Later:
-        m_waiting.push_back(std::move(promise));
         return answer;
     case Outcome::Throw:
         throw CallbackError("the engine takes no request");

@@ -27,7 +27,8 @@ struct CallbackError : std::runtime_error {
 /// An engine that evaluates nothing: it records what is asked of it, and answers as the test says.
 ///
 /// Its events: "feval FUNCTION CALLBACKNAME", "evalAsync STATEMENT"; in detail, "createRequestID",
-/// "getContextId" and "~Engine". Actions set for them run before the engine answers.
+/// "getContextId" and "~Engine". Actions set for them run before the engine answers; they may change its mind, but
+/// not to or from Later.
 /// Threading: all operations, any thread.
 class Engine : public vorn::VORN {
 public:

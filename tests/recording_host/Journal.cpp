@@ -20,9 +20,9 @@ Journal& journal()
     return instance;
 }
 
-void Journal::add(Event event)
+void Journal::add(const Event& event)
 {
-    std::vector<std::function<void()>> actions;
+    std::vector<Action> actions;
     {
         const std::lock_guard lock(m_mutex);
         for (auto hook = m_hooks.begin(); hook != m_hooks.end();) {
@@ -34,11 +34,11 @@ void Journal::add(Event event)
                 }
             }
         }
-        m_events.push_back(std::move(event));
+        m_events.push_back(event);
     }
     m_added.notify_all();
     for (const auto& action : actions) {
-        action();
+        action(event);
     }
 }
 
@@ -83,16 +83,6 @@ void Journal::clearEvents()
 {
     const std::lock_guard lock(m_mutex);
     m_events.clear();
-}
-
-void Journal::when(std::string beginning, std::function<void()> action)
-{
-    hook({ std::move(beginning), std::move(action), false });
-}
-
-void Journal::once(std::string beginning, std::function<void()> action)
-{
-    hook({ std::move(beginning), std::move(action), true });
 }
 
 void Journal::hook(Hook hook)

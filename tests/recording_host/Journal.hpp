@@ -8,6 +8,8 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace recording {
@@ -40,7 +42,7 @@ class Journal {
 public:
     /// Appends the event, then runs the actions set for it.
     /// \throws what an action throws
-    void add(Event event);
+    void add(const Event& event);
 
     std::vector<Event> events() const;
 
@@ -55,11 +57,19 @@ public:
     /// Forgets the events only.
     void clearEvents();
 
-    /// Has the action run each time that such an event occurs.
-    void when(std::string beginning, std::function<void()> action);
+    using Action = std::function<void(const Event&)>;
+
+    /// Has the action, which may take the event, run each time that such an event occurs.
+    template <typename Function> void when(std::string beginning, Function action)
+    {
+        hook({ std::move(beginning), withEvent(std::move(action)), false });
+    }
 
     /// Has it run at the first such event from now on.
-    void once(std::string beginning, std::function<void()> action);
+    template <typename Function> void once(std::string beginning, Function action)
+    {
+        hook({ std::move(beginning), withEvent(std::move(action)), true });
+    }
 
     /// Waits until such an event has occurred so many times.
     /// \throws std::runtime_error, listing all events, if it does not within the time limit
@@ -68,9 +78,18 @@ public:
 private:
     struct Hook {
         std::string beginning;
-        std::function<void()> action;
+        Action action;
         bool once;
     };
+
+    template <typename Function> static Action withEvent(Function action)
+    {
+        if constexpr (std::is_invocable_v<Function, const Event&>) {
+            return action;
+        } else {
+            return [action = std::move(action)](const Event&) { action(); };
+        }
+    }
 
     std::size_t countLocked(const std::string& beginning) const;
     void hook(Hook hook);

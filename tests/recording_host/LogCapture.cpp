@@ -21,14 +21,13 @@ public:
     void consume(const boost::log::record_view& record)
     {
         using boost::log::extract_or_default;
-        const char* const none = "";
         journal().add({
             .kind = Kind::Log,
             .text = extract_or_default<std::string>("Message", record, std::string()),
             .channel = extract_or_default<std::string>("Channel", record, std::string()),
             .severity = extract_or_default<std::uint32_t>("Severity", record, std::uint32_t { 0 }),
             .indent = extract_or_default<unsigned int>("Indent", record, 0U),
-            .file = extract_or_default<const char*>("File", record, none),
+            .file = extract_or_default<std::string>("File", record, std::string()),
             .line = extract_or_default<int>("Line", record, 0),
         });
     }

@@ -1,0 +1,147 @@
+#include "host/foundation/tovrindata/ArrayFactory.hpp"
+#include "host/processTovrinTimerTask.hpp"
+#include "tests/conformance/HostUnderTest.hpp"
+
+#include <thread>
+
+namespace conformance {
+
+namespace {
+
+using foundation::concurrent::future;
+using foundation::tovrindata::Array;
+using Outputs = std::vector<Array>;
+
+constexpr auto patience = boost::chrono::seconds(30);
+
+class EngineTest : public HostTest {
+protected:
+    future<Outputs> evaluate(const std::string& function)
+    {
+        foundation::tovrindata::ArrayFactory factory;
+        return m_host->engine()->feval(
+            function, { factory.createCharArray("argument") }, 0, {}, false, vorn::VORN::createRequestID());
+    }
+
+    future<void> wakeUp()
+    {
+        cmddistributor::RunOptions options(cmddistributor::WhenToDequeue::AtEventLoop, boost::none);
+        options.setQueueName(u"TIMER_WAKE_UP_VORN");
+        return m_host->engine()->evalAsync(u"if(1==1), end", options, vorn::VORN::createRequestID());
+    }
+};
+
+TEST_F(EngineTest, AnEvaluationEndsWithItsOutputs)
+{
+    auto outputs = evaluate(m_host->succeedingFunction());
+    ASSERT_TRUE(outputs.valid());
+    m_host->runPending();
+
+    ASSERT_EQ(outputs.wait_for(patience), boost::future_status::ready);
+    EXPECT_THAT(outputs.get(), testing::IsEmpty());
+}
+
+TEST_F(EngineTest, WhatTheEvaluationRaisesComesOutOfTheFuture)
+{
+    auto outputs = evaluate(m_host->failingFunction());
+    ASSERT_TRUE(outputs.valid());
+    m_host->runPending();
+
+    ASSERT_EQ(outputs.wait_for(patience), boost::future_status::ready);
+    EXPECT_THROW(outputs.get(), std::exception);
+}
+
+TEST_F(EngineTest, AfterAFailureTheEngineGoesOn)
+{
+    auto failed = evaluate(m_host->failingFunction());
+    auto outputs = evaluate(m_host->succeedingFunction());
+    m_host->runPending();
+
+    EXPECT_THROW(failed.get(), std::exception);
+    EXPECT_NO_THROW(outputs.get());
+}
+
+TEST_F(EngineTest, EvaluationsAreAskedForOnAnyThread)
+{
+    {
+        std::vector<std::jthread> threads;
+        for (int thread = 0; thread < 4; ++thread) {
+            threads.emplace_back([&] { EXPECT_NO_THROW(evaluate(m_host->succeedingFunction()).get()); });
+        }
+    }
+}
+
+TEST_F(EngineTest, ADroppedFutureNeitherWaitsNorCancels)
+{
+    static_cast<void>(evaluate(m_host->succeedingFunction()));
+    static_cast<void>(wakeUp());
+    m_host->runPending();
+
+    EXPECT_NO_THROW(evaluate(m_host->succeedingFunction()).get());
+}
+
+TEST_F(EngineTest, TheWakeUpStatementIsTakenOffTheQueue)
+{
+    auto done = wakeUp();
+    ASSERT_TRUE(done.valid());
+    m_host->runPending();
+
+    ASSERT_EQ(done.wait_for(patience), boost::future_status::ready);
+    EXPECT_NO_THROW(done.get());
+}
+
+TEST_F(EngineTest, StatementsArePostedOnAnyThreadAtOnce)
+{
+    {
+        std::vector<std::jthread> threads;
+        for (int thread = 0; thread < 4; ++thread) {
+            threads.emplace_back([&] {
+                for (int i = 0; i < 50; ++i) {
+                    static_cast<void>(wakeUp());
+                }
+            });
+        }
+    }
+    m_host->runPending();
+
+    EXPECT_NO_THROW(evaluate(m_host->succeedingFunction()).get());
+}
+
+TEST_F(EngineTest, TheContextIsConstantOnWhateverThread)
+{
+    const auto context = m_host->engine()->getContextId();
+    vorn::ContextId elsewhere = context + 1;
+
+    std::jthread([&] { elsewhere = m_host->engine()->getContextId(); }).join();
+
+    EXPECT_EQ(m_host->engine()->getContextId(), context);
+    EXPECT_EQ(elsewhere, context);
+}
+
+TEST_F(EngineTest, ATaskEvaluatesInItsOwnEngineAndWaitsForTheEnd)
+{
+    bool evaluated = false;
+    processTovrinTimerTask(m_host->engine(), [&] {
+        evaluate(m_host->succeedingFunction()).get();
+        evaluated = true;
+    });
+    m_host->runPending();
+
+    EXPECT_TRUE(evaluated);
+}
+
+TEST_F(EngineTest, ATaskPostsAStatementAndGoesOn)
+{
+    bool posted = false;
+    processTovrinTimerTask(m_host->engine(), [&] {
+        static_cast<void>(wakeUp());
+        posted = true;
+    });
+    m_host->runPending();
+
+    EXPECT_TRUE(posted);
+}
+
+} // namespace
+
+} // namespace conformance

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "host/pelk/factory/full/StdShareable.hpp"
+#include "host/vorn/VORN.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace conformance {
+
+/// What the suite needs of a host that `host/` leaves to it.
+class HostUnderTest {
+public:
+    virtual ~HostUnderTest() = default;
+
+    /// An engine of this host, the same at each call.
+    virtual std::shared_ptr<vorn::VORN> engine() = 0;
+
+    /// Has the engine do all that it was asked for before this call, callback tasks included; then returns.
+    virtual void runPending() = 0;
+
+    /// Names of host-language functions that take any arguments: one gives nothing, one raises an error.
+    virtual std::string succeedingFunction() = 0;
+    virtual std::string failingFunction() = 0;
+
+    virtual void setTimerPpe(bool on) = 0;
+
+    virtual void setLogMask(const std::string& channel, std::uint32_t mask) = 0;
+
+    /// Gives an object to the object system, which forgets it as it is retracted.
+    virtual void giveToObjectSystem(const std::shared_ptr<pelk::factory::full::StdShareable>& object) = 0;
+    virtual std::size_t objectsInObjectSystem() = 0;
+
+    virtual void destroyProcessScope() = 0;
+};
+
+/// Each host's own source defines it.
+std::unique_ptr<HostUnderTest> makeHost();
+
+class HostTest : public testing::Test {
+protected:
+    const std::unique_ptr<HostUnderTest> m_host = makeHost();
+};
+
+} // namespace conformance

@@ -1,0 +1,117 @@
+#include "host/usm/Detail.hpp"
+#include "tests/conformance/HostUnderTest.hpp"
+
+#include <atomic>
+#include <barrier>
+#include <set>
+#include <thread>
+#include <vector>
+
+namespace conformance {
+
+namespace {
+
+using Store = usm::Detail<usm::Process>;
+
+std::atomic<int> alive { 0 };
+
+struct Stored {
+    Stored() { ++alive; }
+    ~Stored() { --alive; }
+};
+
+usm::Owner makeOwner()
+{
+    return { new Stored, [](void* object) { delete static_cast<Stored*>(object); } };
+}
+
+class ProcessStoreTest : public HostTest {
+protected:
+    ~ProcessStoreTest() override { m_host->destroyProcessScope(); }
+};
+
+TEST_F(ProcessStoreTest, KeysAreNewEachTime)
+{
+    std::set<int> keys;
+    for (int i = 0; i < 100; ++i) {
+        keys.insert(Store::getNextID());
+    }
+
+    EXPECT_EQ(keys.size(), 100U);
+}
+
+TEST_F(ProcessStoreTest, UnderANewKeyThereIsNothing)
+{
+    EXPECT_EQ(Store::find(Store::getNextID()), nullptr);
+}
+
+TEST_F(ProcessStoreTest, WhatIsInsertedIsFound)
+{
+    const int key = Store::getNextID();
+    auto owner = makeOwner();
+    void* const object = owner.get();
+
+    EXPECT_EQ(Store::findOrInsert(key, std::move(owner)), object);
+    EXPECT_EQ(Store::find(key), object);
+    EXPECT_EQ(alive, 1);
+}
+
+TEST_F(ProcessStoreTest, ASecondObjectUnderOneKeyIsDestroyedAndTheFirstGivenBack)
+{
+    const int key = Store::getNextID();
+    void* const first = Store::findOrInsert(key, makeOwner());
+
+    EXPECT_EQ(Store::findOrInsert(key, makeOwner()), first);
+    EXPECT_EQ(alive, 1);
+}
+
+TEST_F(ProcessStoreTest, OfRacingInsertsOneObjectIsLeft)
+{
+    const int key = Store::getNextID();
+    std::vector<void*> got(4, nullptr);
+    std::barrier start(4);
+    {
+        std::vector<std::jthread> threads;
+        for (std::size_t i = 0; i < got.size(); ++i) {
+            threads.emplace_back([&, i] {
+                start.arrive_and_wait();
+                got[i] = Store::findOrInsert(key, makeOwner());
+            });
+        }
+    }
+
+    EXPECT_EQ(std::set<void*>(got.begin(), got.end()).size(), 1U);
+    EXPECT_EQ(got[0], Store::find(key));
+    EXPECT_EQ(alive, 1);
+}
+
+TEST_F(ProcessStoreTest, AnObjectMayUseTheStoreAsTheLoserOfARaceIsDestroyed)
+{
+    static int key = 0;
+    static void* seen = nullptr;
+    key = Store::getNextID();
+    seen = nullptr;
+    void* const first = Store::findOrInsert(key, makeOwner());
+
+    Store::findOrInsert(key, usm::Owner(&seen, [](void*) { seen = Store::find(key); }));
+
+    EXPECT_EQ(seen, first);
+}
+
+TEST_F(ProcessStoreTest, AtTheEndOfTheScopeEverythingIsDestroyed)
+{
+    const int first = Store::getNextID();
+    const int second = Store::getNextID();
+    Store::findOrInsert(first, makeOwner());
+    Store::findOrInsert(second, makeOwner());
+
+    m_host->destroyProcessScope();
+
+    EXPECT_EQ(alive, 0);
+    EXPECT_EQ(Store::find(first), nullptr);
+    EXPECT_EQ(Store::find(second), nullptr);
+}
+
+} // namespace
+
+} // namespace conformance

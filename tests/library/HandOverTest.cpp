@@ -1,0 +1,207 @@
+#include "tests/library/LibraryTest.hpp"
+
+#include "timer_src/main/callback/HandOver.hpp"
+
+#include <iostream>
+#include <thread>
+
+namespace tovrintimer {
+
+namespace {
+
+class HandOverTest : public LibraryTest {
+protected:
+    HandOver m_handOver;
+};
+using HandOverDeathTest = HandOverTest;
+
+TEST_F(HandOverTest, WithTheFeatureOnTheTaskIsHandedOverAndNothingMore)
+{
+    const auto timer = makeTimer();
+
+    m_handOver(*timer, [] {});
+    m_handOver(*timer, [] {});
+
+    EXPECT_THAT(everything(),
+        ElementsAre("processTovrinTimerTask", "Feature::get TIMER_PPE", "Feature::get TIMER_PPE",
+            "processTovrinTimerTask", "Feature::get TIMER_PPE", "Feature::get TIMER_PPE"));
+}
+
+TEST_F(HandOverTest, WithTheFeatureOffEachHandOverWakesTheRequestLineOnce)
+{
+    recording::setTimerPpe(false);
+    const auto timer = makeTimer();
+
+    m_handOver(*timer, [] {});
+    m_handOver(*timer, [] {});
+
+    EXPECT_THAT(calls(),
+        ElementsAre("processTovrinTimerTask", "setReadyRequestPending true", "Iqm::getInstance 1",
+            "inRequestLineNoService 1", "processTovrinTimerTask", "setReadyRequestPending true",
+            "Iqm::getInstance 1", "inRequestLineNoService 1"));
+}
+
+TEST_F(HandOverTest, TheRequestLineIsThatOfTheTimersOwnEngine)
+{
+    recording::setTimerPpe(false);
+    m_engine = std::make_shared<recording::Engine>(42);
+    const auto timer = makeTimer();
+
+    m_handOver(*timer, [] {});
+
+    EXPECT_THAT(everything(),
+        ElementsAre("processTovrinTimerTask", "Feature::get TIMER_PPE", "Feature::get TIMER_PPE",
+            "setReadyRequestPending true", "getContextId", "Iqm::getInstance 42", "inRequestLineNoService 42"));
+}
+
+TEST_F(HandOverTest, ASwitchThatIsThrownBetweenTheReadsCounts)
+{
+    const auto timer = makeTimer();
+    // Off as it is read the first time, on as it is read again; and the other way round.
+    recording::setTimerPpe(false);
+    journal().once("Feature::get", [] { journal().once("Feature::get", [] { recording::setTimerPpe(true); }); });
+    m_handOver(*timer, [] {});
+    EXPECT_THAT(calls(), ElementsAre("processTovrinTimerTask"));
+
+    journal().clearEvents();
+    journal().once("Feature::get", [] { journal().once("Feature::get", [] { recording::setTimerPpe(false); }); });
+    m_handOver(*timer, [] {});
+    EXPECT_THAT(calls(),
+        ElementsAre("processTovrinTimerTask", "setReadyRequestPending true", "Iqm::getInstance 1",
+            "inRequestLineNoService 1"));
+}
+
+TEST_F(HandOverTest, TheTaskGoesToTheEngineThatTheTimerWasMadeIn)
+{
+    const auto timer = makeTimer();
+
+    m_handOver(*timer, [] {});
+
+    ASSERT_EQ(timerTasks().engines().size(), 1U);
+    EXPECT_EQ(timerTasks().engines()[0].lock(), m_engine);
+}
+
+TEST_F(HandOverTest, TheHandlersOwnTaskIsGoneWhenTheHandOverHasEnded)
+{
+    const auto timer = makeFullTimer();
+    const auto captured = std::make_shared<int>(0);
+
+    m_handOver(*timer, [captured] {});
+    EXPECT_EQ(captured.use_count(), 2); // the host's copy
+
+    timerTasks().reset();
+    EXPECT_EQ(captured.use_count(), 1);
+}
+
+TEST_F(HandOverTest, AHostThatRefusesTheTaskIsToldNothingMore)
+{
+    recording::setTimerPpe(false);
+    timerTasks().setRun(TaskRun::Refuse);
+    const auto timer = makeTimer();
+
+    EXPECT_THROW(m_handOver(*timer, [] {}), recording::HandOverError);
+
+    EXPECT_THAT(everything(), ElementsAre("processTovrinTimerTask"));
+}
+
+TEST_F(HandOverTest, ATaskMayRunInsideTheHandOver)
+{
+    timerTasks().setRun(TaskRun::Inline);
+    recording::setTimerPpe(false);
+    const auto timer = makeTimer();
+
+    scheduler().createAndStartWork(timer);
+
+    EXPECT_THAT(calls(),
+        ElementsAre("processTovrinTimerTask", "feval timercb TimerFcn", "evalAsync if(1==1), end",
+            "evalAsync if(1==1), end", "setReadyRequestPending true", "Iqm::getInstance 1",
+            "inRequestLineNoService 1"));
+    EXPECT_FALSE(timer->getIsRunning());
+}
+
+TEST_F(HandOverTest, ATaskMayRunOnAnotherThreadBeforeTheHandOverReturns)
+{
+    timerTasks().setRun(TaskRun::OtherThread);
+    const auto timer = makeFullTimer();
+    timer->setStartFcnIsEmpty(true);
+
+    scheduler().createAndStartWork(timer);
+    waitForDispatches(); // the StopFcn
+
+    EXPECT_FALSE(timer->getIsRunning());
+    EXPECT_THAT(timerTasks().errors(), IsEmpty());
+    EXPECT_EQ(journal().count("feval timercb StopFcn"), 1U);
+}
+
+TEST_F(HandOverTest, EachObjectReportsItsWayOnceEvenWhereManyThreadsComeFirst)
+{
+    const auto timer = makeTimer();
+    {
+        std::vector<std::jthread> threads;
+        for (int thread = 0; thread < 8; ++thread) {
+            threads.emplace_back([&] { m_handOver(*timer, [] {}); });
+        }
+    }
+    EXPECT_EQ(journal().count("Timer Running on PPE"), 1U);
+
+    HandOver other;
+    recording::setTimerPpe(false);
+    other(*timer, [] {});
+    other(*timer, [] {});
+    EXPECT_EQ(journal().count("Timer Running on LineHook"), 1U);
+}
+
+TEST_F(HandOverTest, TheReportStandsBetweenTheTwoReadsOfTheSwitch)
+{
+    const auto timer = makeTimer();
+
+    m_handOver(*timer, [] {});
+
+    std::vector<std::string> all;
+    for (const auto& event : journal().events()) {
+        all.push_back(event.text);
+    }
+    EXPECT_THAT(all,
+        ElementsAre(
+            "processTovrinTimerTask", "Feature::get TIMER_PPE", "Timer Running on PPE", "Feature::get TIMER_PPE"));
+    EXPECT_EQ(journal().events()[2].channel, "tovrintimer::workHandler");
+    EXPECT_EQ(journal().events()[2].severity, 4U);
+}
+
+// Once in a process: so in a process of its own.
+TEST_F(HandOverDeathTest, EachKindOfHandlerReportsOnceInTheProcess)
+{
+    const auto report = [this](bool ppe) {
+        recording::setTimerPpe(ppe);
+        const auto timer = makeFullTimer();
+        for (int round = 0; round < 3; ++round) {
+            TimerSchedulerPeer::bypass(scheduler(), startFcn(timer));
+            TimerSchedulerPeer::bypass(scheduler(), stopFcn(timer));
+            TimerSchedulerPeer::bypass(scheduler(), timerFcn(timer));
+            TimerSchedulerPeer::bypass(scheduler(), errorFcn(timer));
+            std::cerr << journal().count("Timer Running on PPE") << " PPE, "
+                      << journal().count("Timer Running on LineHook") << " LineHook\n";
+        }
+        std::_Exit(0);
+    };
+
+    EXPECT_EXIT(
+        report(true), testing::ExitedWithCode(0), "4 PPE, 0 LineHook\n4 PPE, 0 LineHook\n4 PPE, 0 LineHook\n");
+    EXPECT_EXIT(
+        report(false), testing::ExitedWithCode(0), "0 PPE, 4 LineHook\n0 PPE, 4 LineHook\n0 PPE, 4 LineHook\n");
+}
+
+TEST_F(HandOverTest, TheHandlersReportAtMostOnceInTheProcess)
+{
+    const auto timer = makeFullTimer();
+
+    for (int round = 0; round < 3; ++round) {
+        TimerSchedulerPeer::bypass(scheduler(), stopFcn(timer));
+    }
+
+    EXPECT_LE(journal().count("Timer Running on "), 1U);
+}
+
+} // namespace
+
+} // namespace tovrintimer

@@ -1,0 +1,143 @@
+#include "timer_src/main/MonotonicTime.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <iomanip>
+#include <limits>
+#include <sstream>
+
+namespace tovrintimer {
+
+namespace {
+
+using namespace std::chrono_literals;
+using Limits = std::numeric_limits<double>;
+
+constexpr std::int64_t lastMillisecond = std::numeric_limits<std::int64_t>::max() / 1'000'000;
+constexpr std::int64_t firstMillisecond = std::numeric_limits<std::int64_t>::min() / 1'000'000;
+
+/// What "%F %T" makes of a moment of the system clock.
+std::string localText(std::chrono::system_clock::time_point moment)
+{
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(moment);
+    std::ostringstream text;
+    text << std::put_time(std::localtime(&seconds), "%Y-%m-%d %H:%M:%S");
+    return text.str();
+}
+
+template <typename Streamed> std::string textOf(const Streamed& streamed)
+{
+    std::ostringstream text;
+    text << streamed;
+    return text.str();
+}
+
+void expectNowPlus(double span, std::chrono::milliseconds whole)
+{
+    const DueTime before = now();
+    const DueTime moment = nowPlus(span);
+    const DueTime after = now();
+    EXPECT_GE(moment, before + whole) << span;
+    EXPECT_LE(moment, after + whole) << span;
+}
+
+TEST(MonotonicTimeTest, NowIsTheSteadyClockTruncatedToMilliseconds)
+{
+    const auto before = std::chrono::time_point_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now());
+    const DueTime moment = now();
+    const auto after = std::chrono::time_point_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now());
+
+    EXPECT_GE(moment, before);
+    EXPECT_LE(moment, after);
+}
+
+TEST(MonotonicTimeTest, ASpanIsTruncatedTowardZero)
+{
+    expectNowPlus(2.9, 2ms);
+    expectNowPlus(0.999, 0ms);
+    expectNowPlus(-0.999, 0ms);
+    expectNowPlus(-2.9, -2ms);
+    expectNowPlus(1000.0, 1000ms);
+}
+
+TEST(MonotonicTimeTest, ASpanThatIsNoNumberCountsAsNone)
+{
+    expectNowPlus(Limits::quiet_NaN(), 0ms);
+    expectNowPlus(-Limits::quiet_NaN(), 0ms);
+}
+
+TEST(MonotonicTimeTest, ASpanBeyondTheClocksRangeGivesTheEndOfTheRange)
+{
+    for (const double span : { Limits::infinity(), Limits::max(), 1e300, 9.3e18, 9.3e12 }) {
+        EXPECT_EQ(nowPlus(span).time_since_epoch().count(), lastMillisecond) << span;
+    }
+}
+
+TEST(MonotonicTimeTest, ANegativeSpanBeyondTheClocksRangeIsLongAgo)
+{
+    for (const double span : { -Limits::infinity(), Limits::lowest(), -1e300, -9.3e18 }) {
+        EXPECT_LT(nowPlus(span).time_since_epoch().count(), 0) << span;
+        EXPECT_GE(nowPlus(span).time_since_epoch().count(), firstMillisecond) << span;
+    }
+}
+
+TEST(MonotonicTimeTest, TheLongestSpanThatFitsIsExact)
+{
+    expectNowPlus(9e12, std::chrono::milliseconds(9'000'000'000'000));
+}
+
+TEST(MonotonicTimeTest, ATimeStampIsTheSystemClocksAtTheSameDistance)
+{
+    for (const auto distance : { 0ms, 1h + 0ms, -1h + 0ms, 24h * 400 + 0ms }) {
+        const DueTime moment = now() + distance;
+        const auto before = std::chrono::system_clock::now();
+        const std::string text = textOf(ToTheSecond { moment });
+        const auto after = std::chrono::system_clock::now();
+
+        // The moment is a whole millisecond, and may lie that much before.
+        EXPECT_THAT(text,
+            testing::AnyOf(
+                localText(before + distance - 1ms), localText(before + distance), localText(after + distance)));
+    }
+}
+
+TEST(MonotonicTimeTest, MillisecondsAreTheSteadyClocksInThreeDigits)
+{
+    const DueTime second = std::chrono::floor<std::chrono::seconds>(now());
+
+    EXPECT_THAT(textOf(ToTheMillisecond { second + 45ms }), testing::EndsWith(".045"));
+    EXPECT_THAT(textOf(ToTheMillisecond { second + 7ms }), testing::EndsWith(".007"));
+    EXPECT_THAT(textOf(ToTheMillisecond { second + 999ms }), testing::EndsWith(".999"));
+    EXPECT_THAT(textOf(ToTheMillisecond { second }), testing::EndsWith(".000"));
+    EXPECT_THAT(textOf(ToTheMillisecond { second + 45ms }),
+        testing::MatchesRegex("[0-9]+-[0-9][0-9]-[0-9][0-9] [0-9][0-9]:[0-9][0-9]:[0-9][0-9]\\.[0-9]+"));
+}
+
+TEST(MonotonicTimeTest, StreamsKeepTheirFillCharacter)
+{
+    std::ostringstream stream;
+    stream << std::setfill('*') << ToTheMillisecond { now() };
+    stream.str("");
+
+    stream << std::setw(3) << 1;
+
+    EXPECT_EQ(stream.str(), "**1");
+}
+
+TEST(MonotonicTimeTest, CalendarTimeOfTheEndsOfTheRangeDoesNotOverflow)
+{
+    for (const std::int64_t end : { lastMillisecond, firstMillisecond }) {
+        const DueTime moment { DueTime::duration(end) };
+        const CalendarTime calendar = toCalendarTime(moment);
+
+        EXPECT_EQ(calendar.millisecond, end % 1000);
+        EXPECT_FALSE(textOf(ToTheSecond { moment }).empty());
+    }
+    EXPECT_GT(toCalendarTime(DueTime(DueTime::duration(lastMillisecond))).local.tm_year, 200);
+}
+
+} // namespace
+
+} // namespace tovrintimer
