@@ -15,7 +15,11 @@ install(FILES
   timer_src/main/WorkItem.hpp
   timer_src/main/WorkKind.hpp
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tovrintimer/timer_src/main)
-if(TARGET tovrin)
+if(TOVRINTIMER_BUILD_EMBEDDED_HOST)
+  # The installed program finds the libraries beside it, wherever that is.
+  file(RELATIVE_PATH libraryPath /${CMAKE_INSTALL_FULL_BINDIR} /${CMAKE_INSTALL_FULL_LIBDIR})
+  set_target_properties(tovrin PROPERTIES INSTALL_RPATH "$ORIGIN/${libraryPath}")
+  set_target_properties(tovrinhost PROPERTIES INSTALL_RPATH "$ORIGIN")
   install(TARGETS tovrinhost tovrin)
 endif()
 
