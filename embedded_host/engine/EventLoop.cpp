@@ -19,18 +19,30 @@ void EventLoop::post(When when, Work request)
     raiseAttention(std::move(lock));
 }
 
-std::size_t EventLoop::submit(const std::shared_ptr<TaskOwner>& owner, Work task, bool wakes)
+void EventLoop::postUrgent(Work request)
 {
     std::unique_lock lock(m_mutex);
-    if (m_stopped || (owner->m_closed && !isInterpreterThread(*this))) {
-        return 0;
+    if (m_stopped) {
+        return;
+    }
+    m_queue.push_front({ When::AtEventLoop, std::move(request), nullptr });
+    raiseAttention(std::move(lock));
+}
+
+bool EventLoop::submit(const std::shared_ptr<TaskOwner>& owner, Work task, bool wakes, std::size_t limit)
+{
+    const bool isOther = !isInterpreterThread(*this);
+    std::unique_lock lock(m_mutex);
+    if (m_stopped || (owner->m_closed && isOther)) {
+        return false;
     }
     m_queue.push_back({ When::AtEventLoop, std::move(task), owner });
-    const std::size_t waiting = ++owner->m_pending;
+    const bool exceeds = ++owner->m_pending > limit && isOther;
+    owner->m_closed = owner->m_closed || exceeds;
     if (wakes) {
         raiseAttention(std::move(lock));
     }
-    return waiting;
+    return exceeds;
 }
 
 void EventLoop::wake()

@@ -9,6 +9,7 @@
 #include <deque>
 #include <exception>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -78,9 +79,16 @@ public:
     /// Queues a request, which must not throw, and wakes the interpreter. Dropped once the loop has stopped.
     void post(When when, Work request);
 
-    /// Queues a callback task. It wakes the interpreter itself only if `wakes`.
-    /// \returns how many tasks of the owner are waiting now; 0 if its doors were closed and the task was dropped
-    std::size_t submit(const std::shared_ptr<TaskOwner>& owner, Work task, bool wakes);
+    /// Like `post`, but before everything that waits.
+    void postUrgent(Work request);
+
+    /// Queues a callback task. It wakes the interpreter itself only if `wakes`. Dropped if the owner's doors are
+    /// closed to the calling thread.
+    ///
+    /// Where another thread than the interpreter's brings more waiting tasks than `limit`, the doors close behind
+    /// it. \returns whether that happened
+    bool submit(const std::shared_ptr<TaskOwner>& owner, Work task, bool wakes,
+        std::size_t limit = std::numeric_limits<std::size_t>::max());
 
     /// Makes the interpreter look for work.
     void wake();

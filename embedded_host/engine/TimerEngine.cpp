@@ -9,8 +9,9 @@ namespace tovrinhost {
 
 TimerTaskListener::~TimerTaskListener() = default;
 
-TimerEngine::TimerEngine(std::shared_ptr<Engine> engine, TimerTaskListener& listener)
+TimerEngine::TimerEngine(std::shared_ptr<Engine> engine, TimerTaskListener& listener, std::size_t maxBacklog)
     : m_engine(std::move(engine))
+    , m_maxBacklog(maxBacklog)
     , m_listener(&listener)
 {
 }
@@ -45,7 +46,14 @@ vorn::ContextId TimerEngine::getContextId() const
 
 void TimerEngine::submit(const std::function<void()>& task)
 {
-    m_engine->loop().submit(shared_from_this(), task, wakesInterpreter());
+    const bool exceeds = m_engine->loop().submit(shared_from_this(), task, wakesInterpreter(), m_maxBacklog);
+    if (exceeds) {
+        m_engine->loop().postUrgent([self = shared_from_this()] {
+            if (self->m_listener != nullptr) {
+                self->m_listener->backlogExceeded();
+            }
+        });
+    }
 }
 
 void TimerEngine::open()

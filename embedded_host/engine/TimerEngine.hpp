@@ -25,6 +25,9 @@ public:
     /// \param callback the latest callback that it began, empty if it began none
     /// \param error what left the task, null if nothing did
     virtual void taskEnds(const std::string& callback, const std::exception_ptr& error) noexcept = 0;
+
+    /// More callbacks wait than may. No further one is taken from other threads until `open` is called.
+    virtual void backlogExceeded() noexcept = 0;
 };
 
 /// The engine, as one timer sees it: it evaluates everything in the engine, and knows whose tasks it is handed.
@@ -38,7 +41,8 @@ class TOVRINHOST_API TimerEngine final : public vorn::VORN,
                                          public TaskOwner,
                                          public std::enable_shared_from_this<TimerEngine> {
 public:
-    TimerEngine(std::shared_ptr<Engine> engine, TimerTaskListener& listener);
+    /// \param maxBacklog how many of the timer's callbacks may wait at most
+    TimerEngine(std::shared_ptr<Engine> engine, TimerTaskListener& listener, std::size_t maxBacklog);
     ~TimerEngine() override;
 
     foundation::concurrent::future<std::vector<foundation::tovrindata::Array>> feval(const std::string& function,
@@ -70,6 +74,7 @@ private:
     void taskEnds(const std::exception_ptr& error) noexcept override;
 
     const std::shared_ptr<Engine> m_engine;
+    const std::size_t m_maxBacklog;
 
     // Only for the interpreter thread.
     TimerTaskListener* m_listener;

@@ -120,6 +120,11 @@ std::variant<RunCommand, Leave> parseCommandLine(int argc, const char* const* ar
         ->type_name("CHANNEL=MASK");
     run->add_option("--log-file", logFile, "Where diagnostic records go, instead of standard error")
         ->type_name("FILE");
+    run->add_option("--max-backlog", command.maxBacklog,
+           "How many callbacks of one timer may wait to be run; one more is an error of the timer")
+        ->capture_default_str()
+        ->check(CLI::PositiveNumber)
+        ->type_name("N");
     run->footer(
         "Exit status: 0 success, 1 the script or a callback failed, 2 wrong usage, 130 interrupted by Ctrl-C.");
 

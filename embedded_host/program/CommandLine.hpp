@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -16,6 +17,7 @@ struct RunCommand {
     std::map<std::string, bool> features;
     std::map<std::string, std::uint32_t> logMasks; ///< by channel
     std::optional<std::string> logFile;
+    std::size_t maxBacklog = 10'000; ///< how many callbacks of one timer may wait
 };
 
 /// The program ends here, with this status: help was shown, or the usage was wrong.

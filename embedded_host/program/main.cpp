@@ -32,7 +32,7 @@ void configure(const RunCommand& command)
 
 int run(const RunCommand& command)
 {
-    ScriptRunner runner;
+    ScriptRunner runner(command.maxBacklog);
     const platform::InterruptWatcher watcher([&runner, again = false]() mutable {
         if (again) {
             // What Ctrl-C could not stop the first time, a StopFcn perhaps, is not waited for.

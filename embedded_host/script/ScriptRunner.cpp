@@ -13,9 +13,9 @@ constexpr int interruptedStatus = 130;
 
 } // namespace
 
-ScriptRunner::ScriptRunner()
+ScriptRunner::ScriptRunner(std::size_t maxBacklog)
     : m_engine(Engine::start())
-    , m_timers(m_engine, m_errors)
+    , m_timers(m_engine, m_errors, maxBacklog)
 {
     m_engine->run([this](Interpreter& interpreter) { openTimerLibrary(interpreter, m_timers, m_exitCode); });
 }

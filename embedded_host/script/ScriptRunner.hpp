@@ -15,7 +15,8 @@ namespace tovrinhost {
 /// Threading: `interrupt`, any thread. Everything else, one thread, which is not the interpreter's.
 class ScriptRunner {
 public:
-    ScriptRunner();
+    /// \param maxBacklog how many callbacks of one timer may wait at most
+    explicit ScriptRunner(std::size_t maxBacklog);
     ScriptRunner(const ScriptRunner&) = delete;
     ScriptRunner& operator=(const ScriptRunner&) = delete;
 

@@ -12,13 +12,14 @@ namespace tovrinhost {
 using tovrintimer::TimerInfo;
 using tovrintimer::TimerScheduler;
 
-ScriptTimer::ScriptTimer(
-    std::shared_ptr<Engine> engine, ErrorReport& errors, std::uint64_t number, TimerSettings settings)
+ScriptTimer::ScriptTimer(std::shared_ptr<Engine> engine, ErrorReport& errors, std::size_t maxBacklog,
+    std::uint64_t number, TimerSettings settings)
     : m_engine(std::move(engine))
     , m_errors(errors)
+    , m_maxBacklog(maxBacklog)
     , m_number(number)
     , m_settings(std::move(settings))
-    , m_timerEngine(std::make_shared<TimerEngine>(m_engine, *this))
+    , m_timerEngine(std::make_shared<TimerEngine>(m_engine, *this, maxBacklog))
     , m_info(std::make_shared<TimerInfo>(makeObjectArray(number), m_timerEngine, m_interruptState))
 {
     m_settings.applyTo(*m_info);
@@ -53,6 +54,9 @@ void ScriptTimer::beginRun()
     m_startsAgain = false;
     m_startFcnWaits = m_settings.hasStartFcn;
     m_timerEngine->open();
+    if (m_settings.executionMode == tovrintimer::ExecutionMode::FixedRate) {
+        m_barrier.emplace(m_engine);
+    }
     try {
         TimerScheduler::getPerTOVRINProcessInstance()->createAndStartWork(m_info);
     } catch (...) {
@@ -73,6 +77,7 @@ void ScriptTimer::stop()
 
 void ScriptTimer::endRun()
 {
+    m_barrier.reset();
     // A started timer has its StartFcn run before its StopFcn, however soon it is stopped.
     m_timerEngine->close(m_startFcnWaits ? 1 : 0);
     TimerScheduler::getPerTOVRINProcessInstance()->forceStopWorkAndScheduleStopFcn(m_info);
@@ -102,9 +107,21 @@ bool ScriptTimer::isRunning() const
     return m_startsAgain || m_info->getIsRunning();
 }
 
-bool ScriptTimer::isQuiet() const
+bool ScriptTimer::isQuiet()
 {
-    return !isRunning() && !m_timerEngine->isInTask() && m_timerEngine->pending() == 0;
+    const auto isSilent
+        = [this] { return !isRunning() && !m_timerEngine->isInTask() && m_timerEngine->pending() == 0; };
+    if (!isSilent()) {
+        return false;
+    }
+    if (m_barrier) {
+        // A fixed-rate run that fails of itself brings its ErrorFcn after it has stopped running.
+        if (!m_barrier->isPassed()) {
+            return false;
+        }
+        m_barrier.reset();
+    }
+    return isSilent();
 }
 
 void ScriptTimer::callbackBegins(const std::string& callback)
@@ -118,26 +135,44 @@ void ScriptTimer::taskEnds(const std::string& callback, const std::exception_ptr
 {
     try {
         if (error) {
-            fail(callback, error);
+            failCallback(callback, error);
         } else if (m_startsAgain && !m_timerEngine->isInTask()) {
             beginRun();
         }
     } catch (const std::exception& problem) {
-        m_errors.report("timer \"" + m_settings.name + "\"", problem);
+        m_errors.report(label(), problem);
     }
 }
 
-void ScriptTimer::fail(const std::string& callback, const std::exception_ptr& error)
+void ScriptTimer::backlogExceeded() noexcept
+{
+    try {
+        m_lastError = m_errors.report(label(),
+            std::runtime_error("more than " + std::to_string(m_maxBacklog)
+                + " of its callbacks are waiting to run (the limit is set by --max-backlog); the timer is "
+                  "stopped"));
+        failRun();
+    } catch (const std::exception& problem) {
+        m_errors.report(label(), problem);
+    }
+}
+
+void ScriptTimer::failCallback(const std::string& callback, const std::exception_ptr& error)
 {
     if (m_engine->loop().interruption() != Interruption::None) {
         return; // the callback was given up, and the timer is about to be stopped
     }
     m_startsAgain = false;
-    m_lastError = m_errors.report(callback + " of timer \"" + m_settings.name + "\"", error);
-    if (callback == "ErrorFcn" || callback == "StopFcn") {
-        return;
+    m_lastError = m_errors.report(callback + " of " + label(), error);
+    if (callback != "ErrorFcn" && callback != "StopFcn") {
+        failRun();
     }
+}
+
+void ScriptTimer::failRun()
+{
     const bool wasRunning = m_info->getIsRunning();
+    m_barrier.reset();
     m_timerEngine->close(0);
     TimerScheduler::getPerTOVRINProcessInstance()->forceScheduleOfErrorFcn(m_info, wasRunning);
 }

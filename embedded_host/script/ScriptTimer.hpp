@@ -2,6 +2,7 @@
 
 #include "embedded_host/engine/Engine.hpp"
 #include "embedded_host/engine/TimerEngine.hpp"
+#include "embedded_host/script/SchedulerBarrier.hpp"
 #include "embedded_host/script/TimerSettings.hpp"
 
 #include <cstdint>
@@ -21,12 +22,16 @@ class ErrorReport;
 /// run.
 /// - A start from within one of the timer's own callbacks begins the new run once that callback has ended.
 ///
+/// - More waiting callbacks than the backlog may hold are an error like one in a callback.
+///
 /// Threading: the interpreter thread only.
 /// Lifetime: a deleted timer is an empty shell that tells so.
 class ScriptTimer final : public TimerTaskListener {
 public:
     /// \param number by which the engine finds the script's object
-    ScriptTimer(std::shared_ptr<Engine> engine, ErrorReport& errors, std::uint64_t number, TimerSettings settings);
+    /// \param maxBacklog how many of its callbacks may wait at most
+    ScriptTimer(std::shared_ptr<Engine> engine, ErrorReport& errors, std::size_t maxBacklog, std::uint64_t number,
+        TimerSettings settings);
     ~ScriptTimer() override;
 
     const TimerSettings& settings() const { return m_settings; }
@@ -54,7 +59,7 @@ public:
     bool isRunning() const;
 
     /// Whether it neither runs nor has a callback to come.
-    bool isQuiet() const;
+    bool isQuiet();
 
     double tasksExecuted() const { return m_info->getTasksExecuted(); }
     double instantPeriod() const { return m_info->getInstantPeriod(); }
@@ -64,13 +69,17 @@ public:
 private:
     void callbackBegins(const std::string& callback) override;
     void taskEnds(const std::string& callback, const std::exception_ptr& error) noexcept override;
+    void backlogExceeded() noexcept override;
 
+    std::string label() const { return "timer \"" + m_settings.name + "\""; }
     void beginRun();
     void endRun();
-    void fail(const std::string& callback, const std::exception_ptr& error);
+    void failCallback(const std::string& callback, const std::exception_ptr& error);
+    void failRun();
 
     const std::shared_ptr<Engine> m_engine;
     ErrorReport& m_errors;
+    const std::size_t m_maxBacklog;
     const std::uint64_t m_number;
     TimerSettings m_settings;
 
@@ -83,6 +92,7 @@ private:
     std::optional<std::string> m_lastError;
     bool m_startFcnWaits = false; // handed over, and not begun
     bool m_startsAgain = false; // as soon as the callback that asked for it has ended
+    std::optional<SchedulerBarrier> m_barrier; // set while the scheduler may bring more than the flag tells of
 };
 
 } // namespace tovrinhost

@@ -5,9 +5,10 @@
 
 namespace tovrinhost {
 
-TimerSet::TimerSet(std::shared_ptr<Engine> engine, ErrorReport& errors)
+TimerSet::TimerSet(std::shared_ptr<Engine> engine, ErrorReport& errors, std::size_t maxBacklog)
     : m_engine(std::move(engine))
     , m_errors(errors)
+    , m_maxBacklog(maxBacklog)
 {
 }
 
@@ -16,7 +17,7 @@ std::shared_ptr<ScriptTimer> TimerSet::create(TimerSettings settings)
     if (settings.name.empty()) {
         settings.name = "timer-" + std::to_string(++m_unnamed);
     }
-    auto timer = std::make_shared<ScriptTimer>(m_engine, m_errors, ++m_created, std::move(settings));
+    auto timer = std::make_shared<ScriptTimer>(m_engine, m_errors, m_maxBacklog, ++m_created, std::move(settings));
     m_timers.push_back(timer);
     return timer;
 }

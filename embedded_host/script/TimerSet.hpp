@@ -13,7 +13,8 @@ namespace tovrinhost {
 /// Threading: the interpreter thread only.
 class TimerSet {
 public:
-    TimerSet(std::shared_ptr<Engine> engine, ErrorReport& errors);
+    /// \param maxBacklog how many callbacks of one timer may wait at most
+    TimerSet(std::shared_ptr<Engine> engine, ErrorReport& errors, std::size_t maxBacklog);
 
     /// Makes a timer. One without a name is called "timer-1", "timer-2", ...
     std::shared_ptr<ScriptTimer> create(TimerSettings settings);
@@ -37,6 +38,7 @@ public:
 private:
     const std::shared_ptr<Engine> m_engine;
     ErrorReport& m_errors;
+    const std::size_t m_maxBacklog;
     std::vector<std::shared_ptr<ScriptTimer>> m_timers;
     std::uint64_t m_created = 0;
     std::uint64_t m_unnamed = 0;
