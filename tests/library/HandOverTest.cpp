@@ -46,6 +46,7 @@ TEST_F(HandOverTest, TheRequestLineIsThatOfTheTimersOwnEngine)
     recording::setTimerPpe(false);
     m_engine = std::make_shared<recording::Engine>(42);
     const auto timer = makeTimer();
+    journal().clearEvents();
 
     m_handOver(*timer, [] {});
 

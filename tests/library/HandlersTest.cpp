@@ -23,9 +23,9 @@ protected:
         keepQueueStill();
     }
 
-    const StartFcnWorkItemHandlerStrategy m_start;
-    const StopFcnWorkItemHandlerStrategy m_stop;
-    const ErrorFcnWorkItemHandlerStrategy m_error;
+    const StartFcnWorkItemHandlerStrategy m_start {};
+    const StopFcnWorkItemHandlerStrategy m_stop {};
+    const ErrorFcnWorkItemHandlerStrategy m_error {};
 };
 
 TEST_F(HandlersTest, AStartFcnIsHandedOverBeforeTheFirstTimerFcnIsQueued)
@@ -112,7 +112,7 @@ TEST_F(HandlersTest, AStopFcnEndsTheRunRightBeforeItsCallback)
     timerTasks().runNext();
 
     EXPECT_FALSE(runningAtCallback);
-    EXPECT_THAT(story(), ElementsAre("evalAsync if(1==1), end"));
+    EXPECT_THAT(story(), ElementsAre("evalAsync if(1==1), end", "feval timercb StopFcn"));
     EXPECT_THAT(queue(), IsEmpty());
 }
 

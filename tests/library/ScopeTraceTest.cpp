@@ -77,13 +77,19 @@ TEST_F(ScopeTraceTest, AScopeThatIsLeftByAnExceptionSaysSo)
 TEST_F(ScopeTraceTest, AScopeThatEndsWhileAnOlderExceptionPropagatesDoesNot)
 {
     struct Cleaner {
-        ~Cleaner() { const ScopeTrace scope(test.m_logger, test.m_location); }
-        ScopeTraceTest& test;
+        Cleaner(DiagnosticLogger& ownLogger, const SourceLocation& ownLocation)
+            : logger(ownLogger)
+            , location(ownLocation)
+        {
+        }
+        ~Cleaner() { const ScopeTrace scope(logger, location); }
+        DiagnosticLogger& logger;
+        const SourceLocation& location;
     };
 
     EXPECT_THROW(
         {
-            const Cleaner cleaner { *this };
+            const Cleaner cleaner(m_logger, m_location);
             throw std::runtime_error("out");
         },
         std::runtime_error);

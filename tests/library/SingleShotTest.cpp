@@ -14,7 +14,7 @@ protected:
     static constexpr auto processing = "Processing SingleShot Callback";
     static constexpr auto wakeUp = "evalAsync if(1==1), end";
 
-    const SingleShotTimerFcnWorkItemHandlerStrategy m_handler;
+    const SingleShotTimerFcnWorkItemHandlerStrategy m_handler {};
 };
 
 TEST_F(SingleShotTest, TheHandlerHandsTheCallbackOverAndQueuesNothing)

@@ -36,7 +36,12 @@ public:
     }
 
     /// Wakes the scheduler thread with nothing changed, as the system may at any time.
-    static void wake(TimerScheduler& scheduler) { scheduler.m_workCondition.notify_one(); }
+    static void wake(TimerScheduler& scheduler)
+    {
+        // A thread that is only going to sleep would not hear it.
+        lock(scheduler).unlock();
+        scheduler.m_workCondition.notify_one();
+    }
 
     /// While it is held, the scheduler thread is either in its wait or outside the queue.
     static Lock lock(TimerScheduler& scheduler) { return Lock(scheduler.m_mutex); }

@@ -22,7 +22,6 @@ TimerTasks& timerTasks()
 
 void TimerTasks::handOver(const std::shared_ptr<vorn::VORN>& engine, const Task& task)
 {
-    journal().add({ Kind::Call, "processTovrinTimerTask" });
     TaskRun run;
     {
         const std::lock_guard lock(m_mutex);
@@ -32,6 +31,8 @@ void TimerTasks::handOver(const std::shared_ptr<vorn::VORN>& engine, const Task&
             m_kept.push_back(task);
         }
     }
+    // Last, so that who waited for the event finds the task.
+    journal().add({ Kind::Call, "processTovrinTimerTask" });
     switch (run) {
     case TaskRun::Keep:
         return;

@@ -1,0 +1,64 @@
+#include "tests/conformance/HostUnderTest.hpp"
+
+#include "embedded_host/class_system/ObjectSystem.hpp"
+#include "embedded_host/engine/Engine.hpp"
+#include "embedded_host/log/LogMasks.hpp"
+#include "embedded_host/process/Features.hpp"
+#include "embedded_host/process/ProcessScope.hpp"
+
+namespace conformance {
+
+namespace {
+
+class EmbeddedHost : public HostUnderTest {
+public:
+    EmbeddedHost()
+    {
+        m_engine->run([](tovrinhost::Interpreter& interpreter) {
+            interpreter.execute("function succeed() end function fail() error('failed as asked') end", "=functions");
+        });
+    }
+
+    ~EmbeddedHost() override
+    {
+        m_engine->shutDown();
+        tovrinhost::setFeature("TIMER_PPE", true);
+    }
+
+    std::shared_ptr<vorn::VORN> engine() override { return m_engine; }
+
+    // The interpreter thread works off its queue in order, so what was asked for before has been done by then.
+    void runPending() override
+    {
+        m_engine->run([](tovrinhost::Interpreter&) {});
+    }
+
+    std::string succeedingFunction() override { return "succeed"; }
+    std::string failingFunction() override { return "fail"; }
+    void setTimerPpe(bool on) override { tovrinhost::setFeature("TIMER_PPE", on); }
+
+    void setLogMask(const std::string& channel, std::uint32_t mask) override
+    {
+        tovrinhost::setLogMask(channel, mask);
+    }
+
+    void giveToObjectSystem(const std::shared_ptr<pelk::factory::full::StdShareable>& object) override
+    {
+        tovrinhost::wrap(object);
+    }
+
+    std::size_t objectsInObjectSystem() override { return tovrinhost::wrappedObjects(); }
+    void destroyProcessScope() override { tovrinhost::destroyProcessScope(); }
+
+private:
+    const std::shared_ptr<tovrinhost::Engine> m_engine = tovrinhost::Engine::start();
+};
+
+} // namespace
+
+std::unique_ptr<HostUnderTest> makeHost()
+{
+    return std::make_unique<EmbeddedHost>();
+}
+
+} // namespace conformance
