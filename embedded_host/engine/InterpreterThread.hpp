@@ -1,14 +1,16 @@
 #pragma once
 
+#include "host/Export.hpp"
+
 namespace tovrinhost {
 
 class EventLoop;
 
 /// Whether the calling thread is the interpreter thread of this loop.
-bool isInterpreterThread(const EventLoop& loop) noexcept;
+TOVRINHOST_API bool isInterpreterThread(const EventLoop& loop) noexcept;
 
 /// Makes the calling thread the interpreter thread of a loop, for as long as this object lives.
-class InterpreterThread {
+class TOVRINHOST_API InterpreterThread {
 public:
     explicit InterpreterThread(const EventLoop& loop) noexcept;
     InterpreterThread(const InterpreterThread&) = delete;

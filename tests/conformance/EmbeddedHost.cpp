@@ -15,7 +15,8 @@ public:
     EmbeddedHost()
     {
         m_engine->run([](tovrinhost::Interpreter& interpreter) {
-            interpreter.execute("function succeed() end function fail() error('failed as asked') end", "=functions");
+            interpreter.execute(
+                "function succeed() end function fail() error('failed as asked') end", "=functions");
         });
     }
 

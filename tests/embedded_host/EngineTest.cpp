@@ -1,0 +1,185 @@
+#include "embedded_host/engine/Engine.hpp"
+
+#include "embedded_host/data/ObjectArray.hpp"
+#include "embedded_host/engine/LuaArrays.hpp"
+#include "embedded_host/engine/ScriptError.hpp"
+#include "host/foundation/tovrindata/ArrayFactory.hpp"
+#include "host/processTovrinTimerTask.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <future>
+#include <limits>
+
+namespace tovrinhost {
+
+namespace {
+
+using foundation::tovrindata::Array;
+using foundation::tovrindata::ArrayFactory;
+using foundation::tovrindata::ArrayType;
+using foundation::tovrindata::CharArray;
+using foundation::tovrindata::TypedArray;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class EngineTest : public testing::Test {
+protected:
+    ~EngineTest() override { m_engine->shutDown(); }
+
+    void execute(const std::string& statements)
+    {
+        m_engine->run([&](Interpreter& interpreter) { interpreter.execute(statements, "=test"); });
+    }
+
+    std::vector<Array> call(const std::string& function, const std::vector<Array>& arguments, std::size_t outputs)
+    {
+        return m_engine->feval(function, arguments, outputs, {}, false, {}).get();
+    }
+
+    std::string text(const Array& array) { return CharArray(array).toUTF8(); }
+
+    ArrayFactory m_factory;
+    const std::shared_ptr<Engine> m_engine = Engine::start();
+};
+
+TEST_F(EngineTest, ValuesReachScriptsAndComeBack)
+{
+    execute("function identity(...) return ... end");
+
+    const auto outputs = call("identity",
+        { m_factory.createCharArray("text"), m_factory.createDoubleArray({ 1, 1 }, { 2.5 }),
+            m_factory.createDoubleArray({ 1, 3 }, { 1, 2, 3 }), Array(), m_factory.createCharArray("") },
+        5);
+
+    EXPECT_EQ(text(outputs.at(0)), "text");
+    EXPECT_EQ(TypedArray<double>(outputs.at(1)).at(0), 2.5);
+    EXPECT_THAT(outputs.at(2).getDimensions(), ElementsAre(1, 3));
+    EXPECT_EQ(TypedArray<double>(outputs.at(2)).at(2), 3.0);
+    EXPECT_EQ(outputs.at(3).getType(), ArrayType::Empty);
+    EXPECT_EQ(text(outputs.at(4)), "");
+}
+
+TEST_F(EngineTest, RecordsReachScriptsAsTables)
+{
+    execute("function describe(r) return r.Type .. ' ' .. #r.Data .. ' ' .. r.Data[2] end");
+    auto record = m_factory.createStructArray({ 1, 1 }, { "Type", "Data" });
+    record.setField(0, "Type", m_factory.createCharArray("TimerFcn"));
+    record.setField(0, "Data", m_factory.createDoubleArray({ 1, 2 }, { 1.0, 7.0 }));
+
+    EXPECT_EQ(text(call("describe", { record }, 1).at(0)), "TimerFcn 2 7.0");
+}
+
+TEST_F(EngineTest, ObjectsReachScriptsAsWhatWasRegistered)
+{
+    m_engine->run([](Interpreter& interpreter) {
+        lua_pushliteral(interpreter.state(), "the object");
+        setLuaObject(interpreter.state(), 42);
+    });
+    execute("function describe(object) return tostring(object) end");
+
+    EXPECT_EQ(text(call("describe", { makeObjectArray(42) }, 1).at(0)), "the object");
+    EXPECT_EQ(text(call("describe", { makeObjectArray(43) }, 1).at(0)), "nil");
+}
+
+TEST_F(EngineTest, AnOutputThatIsNoValueIsAnErrorThatSaysSo)
+{
+    execute("function give() return print end function mixed() return { 1, 'two' } end");
+
+    EXPECT_THAT([&] { call("give", {}, 1); },
+        testing::ThrowsMessage<std::exception>(
+            "a function is not a value: only nil, booleans, numbers, strings and sequences of numbers are"));
+    EXPECT_THAT([&] { call("mixed", {}, 1); },
+        testing::ThrowsMessage<std::exception>(
+            "element 2 of a table is not a number: only sequences of numbers are values"));
+}
+
+TEST_F(EngineTest, AnErrorOfAScriptKeepsItsTracebackOnTheWayThroughTheFuture)
+{
+    execute("function inner() error('boom') end\nfunction outer() inner() end");
+    try {
+        call("outer", {}, 0);
+        FAIL() << "no error";
+    } catch (const ScriptError& error) {
+        EXPECT_STREQ(error.what(), "test:1: boom");
+        EXPECT_THAT(error.traceback(), StartsWith("stack traceback:\n"));
+        EXPECT_THAT(error.traceback(), HasSubstr("in function 'outer'"));
+    }
+}
+
+TEST_F(EngineTest, ErrorValuesOfAnyTypeHaveAText)
+{
+    execute("function nothing() error(nil) end function table() error(setmetatable({}, "
+            "{ __tostring = function() return 'told' end })) end");
+
+    EXPECT_THAT([&] { call("nothing", {}, 0); }, testing::ThrowsMessage<ScriptError>("nil"));
+    EXPECT_THAT([&] { call("table", {}, 0); }, testing::ThrowsMessage<ScriptError>("told"));
+}
+
+TEST_F(EngineTest, AFunctionThatDoesNotExistIsAnError)
+{
+    EXPECT_THAT([&] { call("nowhere", {}, 0); },
+        testing::ThrowsMessage<ScriptError>(HasSubstr("attempt to call a nil value")));
+}
+
+TEST_F(EngineTest, AStatementIsEvaluatedAndItsErrorComesOutOfTheFuture)
+{
+    m_engine->evalAsync(u"answer = 42", {}, {}).get();
+    execute("assert(answer == 42)");
+
+    auto failed = m_engine->evalAsync(u"no statement", {}, {});
+    EXPECT_THAT([&] { failed.get(); }, testing::ThrowsMessage<ScriptError>(HasSubstr("syntax error")));
+}
+
+TEST_F(EngineTest, OnTheInterpreterThreadEvaluationIsAtOnce)
+{
+    execute("function answer() return 42 end");
+    double answer = 0;
+    m_engine->run([&](Interpreter&) {
+        auto outputs = m_engine->feval("answer", {}, 1, {}, false, {});
+        ASSERT_TRUE(outputs.is_ready());
+        answer = TypedArray<double>(outputs.get().at(0)).at(0);
+    });
+
+    EXPECT_EQ(answer, 42.0);
+}
+
+TEST_F(EngineTest, AnInterruptionGivesUpRunningCodeAlsoInProtectedCalls)
+{
+    auto loop = m_engine->evalAsync(u"while true do pcall(function() while true do end end) end", {}, {});
+    m_engine->loop().interrupt(Interruption::User);
+
+    EXPECT_THAT([&] { loop.get(); }, testing::ThrowsMessage<ScriptError>(HasSubstr("interrupted")));
+    m_engine->loop().clearInterruption();
+    execute("for i = 1, 100000 do end");
+}
+
+TEST_F(EngineTest, AnEngineThatHasBeenShutDownRefusesFurtherWork)
+{
+    m_engine->shutDown();
+
+    EXPECT_THROW(call("print", {}, 0), boost::broken_promise);
+    EXPECT_NO_THROW(processTovrinTimerTask(m_engine, [] { FAIL() << "run after the end"; }));
+}
+
+TEST_F(EngineTest, AnEngineOfAnotherHostIsRefused)
+{
+    EXPECT_THAT([] { processTovrinTimerTask(nullptr, [] {}); },
+        testing::ThrowsMessage<std::invalid_argument>(
+            "processTovrinTimerTask: the engine instance is not one of this host"));
+}
+
+TEST_F(EngineTest, ContextsOfTwoEnginesDiffer)
+{
+    const auto other = Engine::start();
+
+    EXPECT_NE(other->getContextId(), m_engine->getContextId());
+    other->shutDown();
+}
+
+} // namespace
+
+} // namespace tovrinhost

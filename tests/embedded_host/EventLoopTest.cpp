@@ -1,0 +1,231 @@
+#include "embedded_host/engine/EventLoop.hpp"
+#include "embedded_host/engine/InterpreterThread.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace tovrinhost {
+
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using When = EventLoop::When;
+using State = EventLoop::State;
+
+class Owner : public TaskOwner {
+public:
+    void taskBegins() noexcept override { }
+    void taskEnds(const std::exception_ptr& error) noexcept override { m_errors += error ? 1 : 0; }
+
+    int m_errors = 0;
+};
+
+/// The test's own thread is the interpreter thread.
+class EventLoopTest : public testing::Test {
+protected:
+    std::function<void()> note(const std::string& what)
+    {
+        return [this, what] { m_done.push_back(what); };
+    }
+
+    void onOtherThread(const std::function<void()>& action) { std::thread(action).join(); }
+
+    /// Runs what can be run without waiting.
+    void drain(State state)
+    {
+        EXPECT_FALSE(m_loop.runUntil(
+            state, [] { return false; }, EventLoop::Clock::now() + 20ms));
+    }
+
+    EventLoop m_loop;
+    InterpreterThread m_here { m_loop };
+    std::shared_ptr<Owner> m_owner = std::make_shared<Owner>();
+    std::shared_ptr<Owner> m_other = std::make_shared<Owner>();
+    std::vector<std::string> m_done;
+};
+
+TEST_F(EventLoopTest, EntriesRunInArrivalOrder)
+{
+    m_loop.post(When::Idle, note("request"));
+    m_loop.submit(m_owner, note("task"), true);
+    m_loop.post(When::AtEventLoop, note("request at event loop"));
+
+    drain(State::Idle);
+
+    EXPECT_THAT(m_done, ElementsAre("request", "task", "request at event loop"));
+}
+
+TEST_F(EventLoopTest, WhilePumpingIdleRequestsStayBehind)
+{
+    m_loop.post(When::Idle, note("idle"));
+    m_loop.post(When::AtEventLoop, note("at event loop"));
+    m_loop.submit(m_owner, note("task"), true);
+
+    drain(State::Pumping);
+    EXPECT_THAT(m_done, ElementsAre("at event loop", "task"));
+
+    drain(State::Idle);
+    EXPECT_THAT(m_done, ElementsAre("at event loop", "task", "idle"));
+}
+
+TEST_F(EventLoopTest, TasksOfOneOwnerNeverRunNestedInEachOther)
+{
+    m_loop.submit(
+        m_owner,
+        [this] {
+            m_done.emplace_back("first begins");
+            drain(State::Pumping);
+            m_done.emplace_back("first ends");
+        },
+        true);
+    m_loop.submit(m_owner, note("second"), true);
+    m_loop.submit(m_other, note("other"), true);
+
+    drain(State::Idle);
+
+    EXPECT_THAT(m_done, ElementsAre("first begins", "other", "first ends", "second"));
+}
+
+TEST_F(EventLoopTest, AnUrgentRequestGoesBeforeWhatWaits)
+{
+    m_loop.submit(m_owner, note("task"), true);
+    m_loop.postUrgent(note("urgent"));
+
+    drain(State::Pumping);
+
+    EXPECT_THAT(m_done, ElementsAre("urgent", "task"));
+}
+
+TEST_F(EventLoopTest, WhatLeavesATaskIsToldToItsOwner)
+{
+    m_loop.submit(
+        m_owner, [] { throw std::runtime_error("boom"); }, true);
+    m_loop.submit(m_other, note("next"), true);
+
+    drain(State::Idle);
+
+    EXPECT_EQ(m_owner->m_errors, 1);
+    EXPECT_EQ(m_other->m_errors, 0);
+    EXPECT_THAT(m_done, ElementsAre("next"));
+}
+
+TEST_F(EventLoopTest, ClosingDropsTheOwnersTasksButForTheFirstOnes)
+{
+    for (const char* name : { "1", "2", "3" }) {
+        m_loop.submit(m_owner, note(name), true);
+        m_loop.submit(m_other, note(std::string("other ") + name), true);
+    }
+
+    m_loop.close(*m_owner, 1);
+    EXPECT_EQ(m_loop.pending(*m_owner), 1U);
+    drain(State::Idle);
+
+    EXPECT_THAT(m_done, ElementsAre("1", "other 1", "other 2", "other 3"));
+    EXPECT_EQ(m_loop.pending(*m_owner), 0U);
+}
+
+TEST_F(EventLoopTest, ClosedDoorsKeepOtherThreadsOutUntilTheyAreOpened)
+{
+    m_loop.close(*m_owner, 0);
+    onOtherThread([&] { m_loop.submit(m_owner, note("kept out"), true); });
+    m_loop.submit(m_owner, note("from the interpreter"), true);
+    m_loop.open(*m_owner);
+    onOtherThread([&] { m_loop.submit(m_owner, note("let in"), true); });
+
+    drain(State::Idle);
+
+    EXPECT_THAT(m_done, ElementsAre("from the interpreter", "let in"));
+}
+
+TEST_F(EventLoopTest, TheDoorsCloseBehindTheTaskThatExceedsTheLimit)
+{
+    onOtherThread([&] {
+        EXPECT_FALSE(m_loop.submit(m_owner, note("1"), true, 2));
+        EXPECT_FALSE(m_loop.submit(m_owner, note("2"), true, 2));
+        EXPECT_TRUE(m_loop.submit(m_owner, note("3"), true, 2));
+        EXPECT_FALSE(m_loop.submit(m_owner, note("4"), true, 2));
+    });
+
+    drain(State::Idle);
+
+    EXPECT_THAT(m_done, ElementsAre("1", "2", "3"));
+}
+
+TEST_F(EventLoopTest, TheInterpretersOwnTasksHaveNoLimit)
+{
+    EXPECT_FALSE(m_loop.submit(m_owner, note("1"), true, 0));
+
+    drain(State::Idle);
+
+    EXPECT_THAT(m_done, ElementsAre("1"));
+}
+
+TEST_F(EventLoopTest, PendingTasksOfAnOwnerAreRunOutOfTurn)
+{
+    m_loop.submit(m_other, note("other"), true);
+    m_loop.submit(m_owner, note("1"), true);
+    m_loop.submit(m_owner, note("2"), true);
+
+    m_loop.runPending(m_owner);
+    EXPECT_THAT(m_done, ElementsAre("1", "2"));
+
+    drain(State::Idle);
+    EXPECT_THAT(m_done, ElementsAre("1", "2", "other"));
+}
+
+TEST_F(EventLoopTest, ATaskThatDoesNotWakeWaitsForTheNextLook)
+{
+    std::thread other([&] {
+        m_loop.submit(m_owner, note("quiet task"), false);
+        m_loop.wake();
+    });
+    EXPECT_TRUE(m_loop.runUntil(State::Idle, [this] { return !m_done.empty(); }));
+    other.join();
+
+    EXPECT_THAT(m_done, ElementsAre("quiet task"));
+}
+
+TEST_F(EventLoopTest, ADeadlineIsNeverEarly)
+{
+    const auto deadline = EventLoop::Clock::now() + 30ms;
+
+    EXPECT_FALSE(m_loop.runUntil(
+        State::Pumping, [] { return false; }, deadline));
+
+    EXPECT_GE(EventLoop::Clock::now(), deadline);
+}
+
+TEST_F(EventLoopTest, AnInterruptionEndsEveryWaitUntilItIsCleared)
+{
+    std::thread other([&] { m_loop.interrupt(Interruption::User); });
+    EXPECT_THROW(m_loop.runUntil(State::Pumping, [] { return false; }), Interrupted);
+    other.join();
+    EXPECT_THROW(m_loop.runUntil(State::Pumping, [] { return true; }), Interrupted);
+    EXPECT_EQ(m_loop.interruption(), Interruption::User);
+
+    m_loop.clearInterruption();
+    EXPECT_TRUE(m_loop.runUntil(State::Pumping, [] { return true; }));
+}
+
+TEST_F(EventLoopTest, AStoppedLoopDropsWhatWaitsAndWhatComes)
+{
+    m_loop.submit(m_owner, note("waits"), true);
+    m_loop.stop();
+    m_loop.submit(m_owner, note("comes"), true);
+    m_loop.post(When::Idle, note("comes too"));
+
+    m_loop.runUntilStopped();
+
+    EXPECT_THAT(m_done, IsEmpty());
+    EXPECT_EQ(m_loop.pending(*m_owner), 0U);
+}
+
+} // namespace
+
+} // namespace tovrinhost
