@@ -72,6 +72,11 @@ Interpreter& Interpreter::of(lua_State* state)
     return **static_cast<Interpreter**>(lua_getextraspace(state));
 }
 
+void Interpreter::lookAtInterruption(lua_State* state)
+{
+    lua_sethook(state, giveUpIfInterrupted, LUA_MASKCOUNT, 1);
+}
+
 std::vector<foundation::tovrindata::Array> Interpreter::call(
     const std::string& function, const std::vector<foundation::tovrindata::Array>& arguments, std::size_t outputs)
 {

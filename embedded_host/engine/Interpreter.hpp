@@ -29,6 +29,9 @@ public:
     /// The interpreter that a running script belongs to.
     static Interpreter& of(lua_State* state);
 
+    /// Has running code look at once whether the event loop has been interrupted, and not in a while.
+    static void lookAtInterruption(lua_State* state);
+
     EventLoop& loop() { return m_loop; }
 
     /// Where code runs: the main state, or the coroutine that pumps the event loop.

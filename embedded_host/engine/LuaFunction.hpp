@@ -1,5 +1,7 @@
 #pragma once
 
+#include "embedded_host/engine/Interpreter.hpp"
+
 #include <lauxlib.h>
 #include <lua.h>
 
@@ -15,6 +17,7 @@ template <lua_CFunction function> int luaFunction(lua_State* state)
     try {
         return function(state);
     } catch (const std::exception& error) {
+        Interpreter::lookAtInterruption(state);
         luaL_where(state, 1);
         lua_pushstring(state, error.what());
         lua_concat(state, 2);

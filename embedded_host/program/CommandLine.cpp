@@ -129,6 +129,9 @@ std::variant<RunCommand, Leave> parseCommandLine(int argc, const char* const* ar
         "Exit status: 0 success, 1 the script or a callback failed, 2 wrong usage, 130 interrupted by Ctrl-C.");
 
     try {
+        if (argc > 1 && *argv[1] != '-' && argv[1] != run->get_name()) {
+            throw CLI::ExtrasError("tovrin", { argv[1] });
+        }
         app.parse(argc, argv);
     } catch (const CLI::Success& help) {
         return Leave { app.exit(help) };

@@ -182,13 +182,21 @@ std::string settablePropertyNames()
 
 std::string describeValue(lua_State* state, int index)
 {
-    const int type = lua_type(state, index);
-    if (type != LUA_TSTRING && type != LUA_TNUMBER && type != LUA_TBOOLEAN) {
-        return type == LUA_TNIL ? "nil" : std::string("a ") + luaL_typename(state, index);
+    switch (lua_type(state, index)) {
+    case LUA_TNONE:
+        return "nothing";
+    case LUA_TNIL:
+        return "nil";
+    case LUA_TBOOLEAN:
+    case LUA_TNUMBER:
+    case LUA_TSTRING:
+        break;
+    default:
+        return std::string("a ") + luaL_typename(state, index);
     }
     const std::string text = luaL_tolstring(state, index, nullptr);
     lua_pop(state, 1);
-    return type == LUA_TSTRING ? '"' + text + '"' : text;
+    return lua_type(state, index) == LUA_TSTRING ? '"' + text + '"' : text;
 }
 
 } // namespace tovrinhost

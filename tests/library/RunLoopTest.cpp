@@ -177,6 +177,35 @@ TEST_F(RunLoopTest, RemovingTheOnlyItemPutsTheThreadToSleepForGood)
     EXPECT_THAT(dispatched(), IsEmpty());
 }
 
+TEST_F(RunLoopTest, RemovingWhatIsNotQueuedStillMakesTheThreadLook)
+{
+    startThread();
+    const auto timer = makeTimer("A");
+    const auto other = makeTimer("B");
+    const DueTime due = farOff();
+    scheduler().insertAscendingSorted(timerFcn(timer, due));
+    waitUntilAsleepWithWork();
+    journal().clearEvents();
+
+    TimerSchedulerPeer::remove(scheduler(), other->getId());
+    journal().waitFor("@wait_until got notified and doesBackOfQueueHaveSmallerWork then intended ? 0");
+
+    EXPECT_THAT(queue(), ElementsAre(Queued { TimerFcnWork, "<A>", due }));
+}
+
+TEST_F(RunLoopTest, AThreadWithoutWorkWaitsForTheItemThatComes)
+{
+    startThread();
+    const auto timer = makeTimer();
+    const DueTime due = farOff();
+
+    scheduler().insertAscendingSorted(timerFcn(timer, due));
+    waitUntilAsleepWithWork();
+
+    EXPECT_THAT(queue(), ElementsAre(Queued { TimerFcnWork, "<A>", due }));
+    EXPECT_THAT(dispatched(), IsEmpty());
+}
+
 TEST_F(RunLoopTest, AWakeUpForNothingDispatchesNothing)
 {
     startThread();

@@ -1,0 +1,69 @@
+#include "tests/scripts/ScriptTest.hpp"
+
+namespace scripts {
+
+namespace {
+
+class InterruptTest : public ScriptTest {
+protected:
+    void expectOrderlyEnd(const std::string& script, const std::string& output)
+    {
+        const Outcome outcome = runAndInterrupt(script, { "ready" });
+        EXPECT_EQ(outcome.out, output);
+        EXPECT_EQ(outcome.err, "");
+        EXPECT_EQ(outcome.status, 130);
+    }
+};
+
+const std::string runningTimer = R"(
+local t = timer {
+  ExecutionMode = "FixedRate", Period = 60, TimerFcn = function() end,
+  StartFcn = function() print("StartFcn") end, StopFcn = function() print("StopFcn") end,
+}
+t:start()
+pause(0)
+)";
+
+TEST_F(InterruptTest, StopsTimersThatAreServed)
+{
+    expectOrderlyEnd(runningTimer + "print('ready')", "StartFcn\nready\nStopFcn\n");
+}
+
+TEST_F(InterruptTest, EndsAPauseAndAWait)
+{
+    expectOrderlyEnd(runningTimer + "print('ready') pause(60)", "StartFcn\nready\nStopFcn\n");
+    expectOrderlyEnd(runningTimer + "print('ready') t:wait()", "StartFcn\nready\nStopFcn\n");
+}
+
+TEST_F(InterruptTest, GivesUpABusyScriptAlsoInProtectedCalls)
+{
+    expectOrderlyEnd(runningTimer + "print('ready') while true do end", "StartFcn\nready\nStopFcn\n");
+    expectOrderlyEnd(runningTimer + "print('ready') while true do pcall(function() while true do end end) end",
+        "StartFcn\nready\nStopFcn\n");
+}
+
+TEST_F(InterruptTest, GivesUpABusyCallbackWithoutCallingItAnError)
+{
+    expectOrderlyEnd(R"(
+local function say(t, event) print(event.Type) end
+timer { TimerFcn = function() print("ready") while true do end end, StopFcn = say, ErrorFcn = say }:start()
+)",
+        "ready\nStopFcn\n");
+}
+
+TEST_F(InterruptTest, ASecondOneDoesNotWaitForAStopFcn)
+{
+    const Outcome outcome = runAndInterrupt(R"(
+timer { StartDelay = 60, TimerFcn = print, StopFcn = function() print("stopping") while true do end end }:start()
+print("ready")
+)",
+        { "ready", "stopping" });
+
+    EXPECT_EQ(outcome.out, "ready\nstopping\n");
+    EXPECT_EQ(outcome.err, "tovrin: interrupted again, leaving at once\n");
+    EXPECT_EQ(outcome.status, 130);
+}
+
+} // namespace
+
+} // namespace scripts

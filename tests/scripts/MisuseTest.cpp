@@ -1,0 +1,140 @@
+#include "tests/scripts/ScriptTest.hpp"
+
+namespace scripts {
+
+namespace {
+
+using testing::HasSubstr;
+
+/// Each misuse raises an error at the script's line that names the timer, the property, the value and what is
+/// allowed.
+class MisuseTest : public ScriptTest {
+protected:
+    /// Runs a statement in a script where `t` is a running timer called "hb".
+    void expectError(const std::string& statement, const std::string& message)
+    {
+        const Outcome outcome = run("t = timer { Name = 'hb', StartDelay = 60, Period = 2, TasksToExecute = 3, "
+                                    "TimerFcn = function() end, ExecutionMode = 'FixedRate' } t:start()\n"
+                                    "local fine, message = pcall(function()\n"
+            + statement
+            + "\nend)\nprint(fine, message)\n"
+              "print(t.Name, t.Running, t.StartDelay, t.Period, t.TasksToExecute, t.ExecutionMode, t.BusyMode, "
+              "type(t.TimerFcn), t.StartFcn, #timers())\nt:stop()\n");
+
+        EXPECT_THAT(lines(outcome.out),
+            testing::ElementsAre(
+                "false\tscript.lua:3: " + message, "hb\ttrue\t60.0\t2.0\t3\tFixedRate\tDrop\tfunction\tnil\t1"))
+            << statement << outcome.err;
+        EXPECT_EQ(outcome.status, 0);
+    }
+};
+
+const std::string allProperties = "the properties are Name, ExecutionMode, BusyMode, Period, StartDelay, "
+                                  "TasksToExecute, TimerFcn, StartFcn, StopFcn, ErrorFcn";
+
+TEST_F(MisuseTest, AnUnknownPropertyIsNamed)
+{
+    expectError("t.Perod = 1", "timer \"hb\": unknown property \"Perod\"; " + allProperties);
+    expectError("return t.Perod", "timer \"hb\": unknown property \"Perod\"; " + allProperties);
+    expectError("t[1] = 1", "timer \"hb\": unknown property 1; " + allProperties);
+    expectError("timer { Name = 'new', TimerFcn = print, Perod = 1 }",
+        "timer \"new\": unknown property \"Perod\"; " + allProperties);
+    expectError("timer { TimerFcn = print, 7 }", "timer: unknown property 1; " + allProperties);
+}
+
+TEST_F(MisuseTest, AValueThatIsNotAllowedIsNamedWithWhatIs)
+{
+    const std::string hb = "timer \"hb\": ";
+    expectError("t.Period = 0", hb + "Period is 0, but must be a number of seconds, at least 0.001");
+    expectError("t.Period = 'fast'", hb + "Period is \"fast\", but must be a number of seconds, at least 0.001");
+    expectError("t.Period = {}", hb + "Period is a table, but must be a number of seconds, at least 0.001");
+    expectError("t.Period = nil", hb + "Period is nil, but must be a number of seconds, at least 0.001");
+    expectError(
+        "t.TasksToExecute = 0", hb + "TasksToExecute is 0, but must be a whole number, at least 1, or math.huge");
+    expectError("t.TasksToExecute = 1.5",
+        hb + "TasksToExecute is 1.5, but must be a whole number, at least 1, or math.huge");
+    expectError("t.BusyMode = 'Wait'", hb + "BusyMode is \"Wait\", but must be \"Drop\", \"Queue\" or \"Error\"");
+    expectError("t.TimerFcn = nil", hb + "TimerFcn is nil, but must be a function");
+    expectError("t.StopFcn = true", hb + "StopFcn is true, but must be a function or nil");
+    expectError("timer { Name = 'new', TimerFcn = print, StartDelay = -1 }",
+        "timer \"new\": StartDelay is -1, but must be a number of seconds, at least 0");
+    expectError("timer { TimerFcn = print, ExecutionMode = 'Often' }",
+        "timer: ExecutionMode is \"Often\", but must be \"SingleShot\", \"FixedSpacing\", \"FixedDelay\" or "
+        "\"FixedRate\"");
+    expectError(
+        "timer { TimerFcn = print, Name = '' }", "timer: Name is \"\", but must be a string that is not empty");
+    expectError("timer { Name = 'new' }", "timer \"new\": TimerFcn is nil, but must be a function");
+    expectError("timer()", "timer: takes a table of properties, not nothing");
+    expectError("timer('x')", "timer: takes a table of properties, not \"x\"");
+}
+
+TEST_F(MisuseTest, NotANumberIsNoPeriodAndNoDelay)
+{
+    const Outcome outcome = run("print(pcall(timer, { TimerFcn = print, Period = 0/0 }))\n"
+                                "print(pcall(timer, { TimerFcn = print, StartDelay = 0/0 }))\n"
+                                "print(pcall(timer, { TimerFcn = print, TasksToExecute = 0/0 }))\n");
+
+    EXPECT_EQ(linesWith(outcome.out, "false").size(), 3U) << outcome.out;
+    EXPECT_EQ(linesWith(outcome.out, "nan, but must be").size(), 3U) << outcome.out;
+}
+
+TEST_F(MisuseTest, APropertyThatIsFixedWhileTheTimerRunsIsLeftAlone)
+{
+    const std::string suffix = " cannot be changed while the timer is running; stop it first";
+    expectError("t.StartDelay = 1", "timer \"hb\": StartDelay" + suffix);
+    expectError("t.Name = 'other'", "timer \"hb\": Name" + suffix);
+    expectError("t.ExecutionMode = 'SingleShot'", "timer \"hb\": ExecutionMode" + suffix);
+}
+
+TEST_F(MisuseTest, AReadOnlyPropertyIsNotSet)
+{
+    for (const char* name : { "Running", "TasksExecuted", "InstantPeriod", "AveragePeriod", "LastError" }) {
+        expectError(std::string("t.") + name + " = 1", std::string("timer \"hb\": ") + name + " is read-only");
+    }
+}
+
+TEST_F(MisuseTest, ARunningTimerIsNotStartedAgain)
+{
+    expectError("t:start()", "timer \"hb\": the timer is already running; only a stopped timer can be started");
+}
+
+TEST_F(MisuseTest, TimesThatAreNoTimesAreRefused)
+{
+    expectError(
+        "t:wait(-1)", "timer \"hb\": the limit of wait is -1, but must be a number of seconds, at least 0");
+    expectError("t:wait('long')",
+        "timer \"hb\": the limit of wait is \"long\", but must be a number of seconds, at least 0");
+    expectError("pause()", "pause: the time is nothing, but must be a number of seconds, at least 0");
+    expectError("pause(-0.5)", "pause: the time is -0.5, but must be a number of seconds, at least 0");
+}
+
+TEST_F(MisuseTest, ADeletedTimerRefusesEverything)
+{
+    for (const char* use :
+        { "u:start()", "u:stop()", "u:wait()", "u:delete()", "return u.Name", "u.Period = 1" }) {
+        expectError(std::string("local u = timer { Name = 'gone', TimerFcn = print } u:delete() ") + use,
+            "timer \"gone\" has been deleted");
+    }
+}
+
+TEST_F(MisuseTest, ATimerIsNotWaitedForInItsOwnCallback)
+{
+    const Outcome outcome = run(R"(
+timer { Name = "self", TimerFcn = function(t) print(pcall(t.wait, t)) print(pcall(t.wait, t, 1)) end }:start()
+)");
+
+    const std::string refusal
+        = "false\ttimer \"self\": the timer cannot be waited for while one of its callbacks is "
+          "running: the wait would never end\n";
+    EXPECT_EQ(outcome.out, refusal + refusal);
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+}
+
+TEST_F(MisuseTest, AMethodWithoutItsTimerIsAnError)
+{
+    expectError("t.start()", "bad argument #1 to 'start' (tovrin.timer expected, got no value)");
+}
+
+} // namespace
+
+} // namespace scripts

@@ -1,0 +1,120 @@
+#include "tests/scripts/ScriptTest.hpp"
+
+namespace scripts {
+
+namespace {
+
+class PropertiesTest : public ScriptTest {
+protected:
+    void expectOutput(const std::string& script, const std::string& output, const Words& arguments = {})
+    {
+        const Outcome outcome = run(script, {}, arguments);
+        EXPECT_EQ(outcome.out, output);
+        EXPECT_EQ(outcome.err, "");
+        EXPECT_EQ(outcome.status, 0);
+    }
+};
+
+TEST_F(PropertiesTest, DefaultsAreAsDocumented)
+{
+    expectOutput(R"(
+local t = timer { TimerFcn = function() end }
+print(t.Name, t.ExecutionMode, t.BusyMode, t.Period, t.StartDelay, t.TasksToExecute)
+print(t.StartFcn, t.StopFcn, t.ErrorFcn, type(t.TimerFcn))
+print(t.Running, t.TasksExecuted, t.InstantPeriod ~= t.InstantPeriod, t.AveragePeriod ~= t.AveragePeriod, t.LastError)
+local u = timer { TimerFcn = print }
+print(u.Name, t, u)
+)",
+        "timer-1\tSingleShot\tDrop\t1.0\t0.0\tinf\nnil\tnil\tnil\tfunction\nfalse\t0\ttrue\ttrue\tnil\n"
+        "timer-2\ttimer \"timer-1\" (stopped)\ttimer \"timer-2\" (stopped)\n");
+}
+
+TEST_F(PropertiesTest, TheLiveTimersAreListedInTheOrderOfTheirCreation)
+{
+    expectOutput(R"(
+local function names() local s = "" for _, t in ipairs(timers()) do s = s .. t.Name .. " " end return s end
+local a = timer { Name = "a", TimerFcn = print }
+local b = timer { Name = "b", TimerFcn = print }
+timer { Name = "c", TimerFcn = print }
+print(names(), timers()[1] == a)
+b:delete()
+print(names())
+)",
+        "a b c \ttrue\na c \n");
+}
+
+TEST_F(PropertiesTest, SettingsChangeWhileTheTimerRuns)
+{
+    expectOutput(R"(
+local t = timer {
+  ExecutionMode = "FixedSpacing", Period = 0.001, TasksToExecute = 4,
+  TimerFcn = function(t)
+    print("first")
+    t.TimerFcn = function() print("second") end
+    t.StopFcn = function() print("StopFcn") end
+    t.Period = 0.002
+    t.BusyMode = "Queue"
+    t.TasksToExecute = 2
+    print(t.Period, t.BusyMode, t.TasksToExecute)
+  end,
+}
+t:start()
+t:wait()
+t.StopFcn = nil
+print(t.StopFcn, t.TasksExecuted)
+)",
+        "first\n0.002\tQueue\t2\nsecond\nStopFcn\nnil\t2\n");
+}
+
+TEST_F(PropertiesTest, TheEventTellsTypeAndLocalTime)
+{
+    expectOutput(R"(
+local t = timer {
+  StartFcn = function(t, event)
+    print(event.Type, #event.Data)
+    local y, m, d, h, min, s = table.unpack(event.Data)
+    print(math.abs(os.time { year = y, month = m, day = d, hour = h, min = min, sec = math.floor(s) } - os.time()) <= 2)
+    print(s >= 0 and s < 61, math.abs(s * 1000 - math.floor(s * 1000 + 0.5)) < 1e-6)
+  end,
+  TimerFcn = function(t, event) print(event.Type) end,
+}
+t:start()
+t:wait()
+)",
+        "StartFcn\t6\ntrue\ntrue\ttrue\nTimerFcn\n");
+}
+
+TEST_F(PropertiesTest, ArgumentsAndLibrariesAreAsInTheStandaloneInterpreter)
+{
+    expectOutput("print(arg[0], arg[1], arg[2], #arg, ...) print(string.rep('x', 3), math.type(1), os.getenv ~= "
+                 "nil, io.write ~= nil)",
+        "script.lua\tone\ttwo words\t2\tone\ttwo words\nxxx\tinteger\ttrue\ttrue\n", { "one", "two words" });
+}
+
+TEST_F(PropertiesTest, OutputComesLineByLine)
+{
+    // Ctrl-C is pressed when the line has come, so it has not waited for the end of the program.
+    const Outcome outcome = runAndInterrupt("io.write('ready\\n') pause(60)", { "ready" });
+
+    EXPECT_EQ(outcome.status, 130);
+}
+
+TEST_F(PropertiesTest, PeriodStatisticsAreInSeconds)
+{
+    const Outcome outcome = run(R"(
+local t = timer { ExecutionMode = "FixedRate", Period = 0.05, TasksToExecute = 2, TimerFcn = function() end }
+t:start()
+t:wait()
+print("instant " .. t.InstantPeriod)
+print("average " .. t.AveragePeriod)
+)");
+
+    const auto instant = numbersAfter(outcome.out, "instant");
+    ASSERT_EQ(instant.size(), 1U) << outcome.err;
+    EXPECT_GE(instant[0], 0.049);
+    EXPECT_EQ(numbersAfter(outcome.out, "average"), instant);
+}
+
+} // namespace
+
+} // namespace scripts

@@ -1,0 +1,122 @@
+#include "tests/scripts/ScriptTest.hpp"
+
+#include "tests/scripts/platform/Platform.hpp"
+
+#include <boost/filesystem.hpp>
+#include <boost/process.hpp>
+
+#include <fstream>
+#include <future>
+#include <iterator>
+#include <sstream>
+
+namespace scripts {
+
+namespace fs = boost::filesystem;
+namespace bp = boost::process;
+
+ScriptTest::ScriptTest()
+    : m_folder((fs::temp_directory_path() / fs::unique_path("tovrin-%%%%-%%%%-%%%%")).string())
+{
+    fs::create_directory(m_folder);
+}
+
+ScriptTest::~ScriptTest()
+{
+    boost::system::error_code ignored;
+    fs::remove_all(m_folder, ignored);
+}
+
+Outcome ScriptTest::tovrin(const Words& words)
+{
+    return execute(words, {});
+}
+
+Outcome ScriptTest::run(const std::string& script, const Words& options, const Words& arguments)
+{
+    write("script.lua", script);
+    Words words { "run" };
+    words.insert(words.end(), options.begin(), options.end());
+    words.emplace_back("script.lua");
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    return execute(words, {});
+}
+
+Outcome ScriptTest::runAndInterrupt(const std::string& script, const std::vector<std::string>& afterLines)
+{
+    write("script.lua", script);
+    return execute({ "run", "script.lua" }, afterLines);
+}
+
+std::string ScriptTest::write(const std::string& name, const std::string& text)
+{
+    const std::string path = (fs::path(m_folder) / name).string();
+    std::ofstream(path) << text;
+    return path;
+}
+
+Outcome ScriptTest::execute(const Words& words, const std::vector<std::string>& interruptAfter)
+{
+    bp::ipstream out;
+    bp::ipstream err;
+    bp::child child(TOVRIN_PROGRAM, bp::args(words), bp::start_dir(m_folder),
+        bp::std_in<bp::null, bp::std_out> out, bp::std_err > err);
+    auto complaints = std::async(std::launch::async,
+        [&err] { return std::string(std::istreambuf_iterator<char>(err), std::istreambuf_iterator<char>()); });
+    Outcome outcome {};
+    auto awaited = interruptAfter.begin();
+    for (std::string line; std::getline(out, line);) {
+        outcome.out += line + '\n';
+        if (awaited != interruptAfter.end() && line == *awaited) {
+            platform::pressControlC(child.id());
+            ++awaited;
+        }
+    }
+    outcome.err = complaints.get();
+    child.wait();
+    outcome.status = child.exit_code();
+    EXPECT_EQ(awaited, interruptAfter.end()) << "a line to wait for has not come";
+    return outcome;
+}
+
+std::vector<std::string> lines(const std::string& text)
+{
+    std::vector<std::string> all;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) {
+        all.push_back(line);
+    }
+    return all;
+}
+
+std::vector<std::string> linesWith(const std::string& text, const std::string& piece)
+{
+    auto found = lines(text);
+    std::erase_if(found, [&](const std::string& line) { return line.find(piece) == std::string::npos; });
+    return found;
+}
+
+void retrySlower(const std::function<std::string(double)>& attempt)
+{
+    std::string wrong;
+    for (const double factor : { 1.0, 2.0, 4.0, 8.0 }) {
+        wrong = attempt(factor);
+        if (wrong.empty() || testing::Test::HasFailure()) {
+            return;
+        }
+    }
+    ADD_FAILURE() << "even when everything is eight times as slow: " << wrong;
+}
+
+std::vector<double> numbersAfter(const std::string& text, const std::string& key)
+{
+    std::vector<double> numbers;
+    for (const std::string& line : lines(text)) {
+        if (line.rfind(key + " ", 0) == 0) {
+            numbers.push_back(std::stod(line.substr(key.size() + 1)));
+        }
+    }
+    return numbers;
+}
+
+} // namespace scripts

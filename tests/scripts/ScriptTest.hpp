@@ -1,0 +1,61 @@
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace scripts {
+
+/// What became of a run of the program.
+struct Outcome {
+    int status;
+    std::string out;
+    std::string err;
+};
+
+using Words = std::vector<std::string>;
+
+/// Makes the fixtures' folder, and takes it away again. `tovrin` runs in that folder, so a script's file has the
+/// short name "script.lua" in what it prints.
+class ScriptTest : public testing::Test {
+protected:
+    ScriptTest();
+    ~ScriptTest() override;
+
+    /// Runs `tovrin` with these words.
+    Outcome tovrin(const Words& words);
+
+    /// Runs a script.
+    Outcome run(const std::string& script, const Words& options = {}, const Words& arguments = {});
+
+    /// Runs a script, and presses Ctrl-C after each of these lines of its output has come.
+    Outcome runAndInterrupt(const std::string& script, const std::vector<std::string>& afterLines);
+
+    /// Writes a file into the folder. \returns its path
+    std::string write(const std::string& name, const std::string& text);
+
+    const std::string& folder() const { return m_folder; }
+
+private:
+    Outcome execute(const Words& words, const std::vector<std::string>& interruptAfter);
+
+    std::string m_folder;
+};
+
+/// The lines of a text.
+std::vector<std::string> lines(const std::string& text);
+
+/// Those that contain a piece of text.
+std::vector<std::string> linesWith(const std::string& text, const std::string& piece);
+
+/// Repeats an attempt whose upper bounds a loaded machine may miss, each time with everything twice as slow.
+/// \param attempt given the factor; returns what was wrong, empty if nothing. Lower bounds it asserts itself.
+void retrySlower(const std::function<std::string(double)>& attempt);
+
+/// The number that follows `key` in each line that begins with it.
+std::vector<double> numbersAfter(const std::string& text, const std::string& key);
+
+} // namespace scripts

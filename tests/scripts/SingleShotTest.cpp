@@ -1,0 +1,130 @@
+#include "tests/scripts/ScriptTest.hpp"
+
+namespace scripts {
+
+namespace {
+
+using testing::ElementsAre;
+
+const char* const delayedTimer = R"(
+local begin
+local function say(obj, event) print(event.Type) end
+local t = timer {
+  Name = "delayed", StartDelay = 0.2, StartFcn = say, StopFcn = say, ErrorFcn = say,
+  TimerFcn = function(obj, event)
+    io.write("elapsed ", now() - begin, "\n")
+    say(obj, event)
+  end,
+}
+begin = now()
+t:start()
+print("started", t.Running)
+print("wait", t:wait())
+print(t.Running, t.TasksExecuted)
+)";
+
+class SingleShotTest : public ScriptTest, public testing::WithParamInterface<const char*> { };
+
+TEST_P(SingleShotTest, RunsItsCallbacksInOrderAndNeverBeforeItsDelay)
+{
+    const Outcome outcome = run(delayedTimer, { "--feature", GetParam() });
+
+    const auto elapsed = numbersAfter(outcome.out, "elapsed");
+    ASSERT_EQ(elapsed.size(), 1U) << outcome.out << outcome.err;
+    EXPECT_GE(elapsed[0], 0.2);
+    auto rest = lines(outcome.out);
+    std::erase_if(rest, [](const std::string& line) { return line.rfind("elapsed", 0) == 0; });
+    EXPECT_THAT(rest, ElementsAre("started\ttrue", "StartFcn", "TimerFcn", "StopFcn", "wait\ttrue", "false\t1"));
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.status, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(BothWays, SingleShotTest, testing::Values("TIMER_PPE=on", "TIMER_PPE=off"),
+    [](const auto& way) { return std::string(way.param) == "TIMER_PPE=on" ? "Ppe" : "LineHook"; });
+
+class WaitTest : public ScriptTest { };
+
+TEST_F(WaitTest, AWaitThatIsTooShortSaysSoAndTheTimerGoesOn)
+{
+    const Outcome outcome = run(R"(
+local t = timer { StartDelay = 0.3, TimerFcn = function() print("TimerFcn") end }
+t:start()
+local begin = now()
+print(t:wait(0.05), now() - begin >= 0.05, t.Running)
+print(t:wait())
+print(t:wait(0), t:wait(math.huge))
+)");
+
+    EXPECT_EQ(outcome.out, "false\ttrue\ttrue\nTimerFcn\ntrue\ntrue\ttrue\n");
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+}
+
+TEST_F(WaitTest, TheProgramServesTimersAfterTheScriptHasEnded)
+{
+    const Outcome outcome = run(R"(
+timer { StartDelay = 0.1, TimerFcn = function() print("TimerFcn") end, StopFcn = function() print("StopFcn") end }:start()
+print("end of script")
+)");
+
+    EXPECT_EQ(outcome.out, "end of script\nTimerFcn\nStopFcn\n");
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+}
+
+TEST_F(WaitTest, PauseIsNeverEarlyAndRunsWhatFallsDue)
+{
+    const Outcome outcome = run(R"(
+timer { Name = "a", StartDelay = 0.02, TimerFcn = function(t) print(t.Name) end }:start()
+local begin = now()
+pause(0.2)
+print(now() - begin >= 0.2)
+)");
+
+    EXPECT_EQ(outcome.out, "a\ntrue\n");
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+}
+
+TEST_F(WaitTest, WaitingInsideACallbackRunsOtherTimersButNeverTheSameOne)
+{
+    const Outcome outcome = run(R"(
+local inner = timer { Name = "inner", TimerFcn = function(t) print("inner runs") end }
+local depth = 0
+local outer
+outer = timer {
+  Name = "outer", ExecutionMode = "FixedDelay", Period = 0.001, TasksToExecute = 3,
+  TimerFcn = function(t)
+    depth = depth + 1
+    print("outer begins", depth)
+    inner:start()
+    print("inner ended", inner:wait())
+    pause(0.02)
+    depth = depth - 1
+  end,
+}
+outer:start()
+outer:wait()
+)");
+
+    const std::string once = "outer begins\t1\ninner runs\ninner ended\ttrue\n";
+    EXPECT_EQ(outcome.out, once + once + once);
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+}
+
+TEST_F(WaitTest, ACoroutineMayPauseAndWait)
+{
+    const Outcome outcome = run(R"(
+local t = timer { StartDelay = 0.02, TimerFcn = function() print("TimerFcn") end }
+local co = coroutine.wrap(function()
+  t:start()
+  print("waited", t:wait())
+  coroutine.yield("yielded")
+end)
+print(co())
+)");
+
+    EXPECT_EQ(outcome.out, "TimerFcn\nwaited\ttrue\nyielded\n");
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+}
+
+} // namespace
+
+} // namespace scripts

@@ -1,0 +1,11 @@
+#pragma once
+
+namespace scripts::platform {
+
+/// Sends a process what Ctrl-C sends it.
+void pressControlC(int process);
+
+/// Whether the tests' user may read every file, whatever its permissions.
+bool mayReadEverything();
+
+} // namespace scripts::platform
