@@ -60,6 +60,47 @@ run("FixedRate", "Queue")
     EXPECT_EQ(outcome.status, 1);
 }
 
+TEST_F(CallbackErrorTest, WithBusyModeErrorAFailingCallbackIsNoContention)
+{
+    const Outcome outcome = run(R"(
+local function say(t, event) print(event.Type) end
+local t = timer {
+  ExecutionMode = "FixedRate", BusyMode = "Error", Period = 0.5, TasksToExecute = 5, ErrorFcn = say, StopFcn = say,
+  TimerFcn = function(t, event) say(t, event) error("boom") end,
+}
+t:start()
+t:wait()
+pause(0.7)
+print(t.Running, t.TasksExecuted)
+)");
+
+    EXPECT_EQ(outcome.out, "TimerFcn\nErrorFcn\nStopFcn\nfalse\t1\n");
+    EXPECT_EQ(outcome.status, 1);
+}
+
+TEST_F(CallbackErrorTest, AnErrorOfAnyValueIsShownAsText)
+{
+    const Outcome outcome = run(R"(
+local function try(value)
+  local t = timer { Name = "t", TimerFcn = function() error(value) end }
+  t:start()
+  t:wait()
+  print(t.LastError)
+end
+try(nil)
+try(42)
+try(false)
+try(setmetatable({}, { __tostring = function() return "an object" end }))
+)");
+
+    EXPECT_EQ(outcome.out, "nil\n42\nfalse\nan object\n");
+    EXPECT_THAT(linesWith(outcome.err, "tovrin:"),
+        testing::ElementsAre("tovrin: error in TimerFcn of timer \"t\": nil",
+            "tovrin: error in TimerFcn of timer \"t\": 42", "tovrin: error in TimerFcn of timer \"t\": false",
+            "tovrin: error in TimerFcn of timer \"t\": an object"));
+    EXPECT_EQ(outcome.status, 1);
+}
+
 TEST_F(CallbackErrorTest, AFailingStartFcnEndsTheRun)
 {
     const Outcome outcome = run(R"(

@@ -1,5 +1,8 @@
 #include "tests/scripts/ScriptTest.hpp"
 
+#include <boost/filesystem.hpp>
+
+#include <cstdio>
 #include <regex>
 
 namespace scripts {
@@ -22,18 +25,31 @@ protected:
         return lines(std::regex_replace(text, std::regex(" *[0-9]+\\.[0-9]{2,3}"), " T"));
     }
 
-    void expectTable(const std::string& name, const std::vector<std::string>& rows)
+    void expectLines(const std::string& name, const std::vector<std::string>& expected)
     {
         const Outcome outcome = runExample(name);
-        EXPECT_EQ(withoutTimes(outcome.out), rows) << outcome.out;
+        EXPECT_EQ(withoutTimes(outcome.out), expected) << outcome.out;
         EXPECT_EQ(outcome.err, "");
         EXPECT_EQ(outcome.status, 0);
+    }
+
+    /// The examples' times are fixed: where a callback must still run when the next one falls due, a loaded
+    /// machine may need more than one attempt.
+    void expectLinesInTheEnd(const std::string& name, const std::vector<std::string>& expected)
+    {
+        constexpr int attempts = 3;
+        for (int i = 1; i < attempts; ++i) {
+            if (withoutTimes(runExample(name).out) == expected) {
+                return;
+            }
+        }
+        expectLines(name, expected);
     }
 };
 
 TEST_F(ExamplesTest, Tour)
 {
-    expectTable("tour.lua",
+    expectLines("tour.lua",
         { " T s  start returned", " T s  StartFcn of tour", " T s  TimerFcn, run 1", " T s  StopFcn",
             " T s  wait returned true; the timer has run 1 time" });
 }
@@ -46,50 +62,86 @@ TEST_F(ExamplesTest, FailingCallback)
         ElementsAre("TimerFcn opens a file that does not exist", "ErrorFcn runs, the timer still runs: true",
             "StopFcn runs, the timer still runs: false"));
     EXPECT_THAT(outcome.err, HasSubstr("tovrin: error in TimerFcn of timer \"reader\": "));
+    EXPECT_THAT(outcome.err, HasSubstr("no such file"));
     EXPECT_THAT(outcome.err, HasSubstr("stack traceback:"));
     EXPECT_EQ(outcome.status, 1);
 }
 
 TEST_F(ExamplesTest, StopBeforeFiring)
 {
-    expectTable("stop_before_firing.lua",
+    expectLines("stop_before_firing.lua",
         { " T s  StartFcn", " T s  stop returned", " T s  StopFcn; TimerFcn has run 0 times" });
 }
 
 TEST_F(ExamplesTest, WaitWithLimit)
 {
-    expectTable("wait_with_limit.lua",
+    expectLines("wait_with_limit.lua",
         { " T s  wait(0.1) returned false, the timer runs: true", " T s  TimerFcn",
             " T s  wait() returned true, the timer runs: false" });
 }
 
+std::vector<std::string> table(const std::string& title, int runs, const std::vector<std::string>& end)
+{
+    std::vector<std::string> rows { title + ": period T s, callback T s", "run     due   start     end" };
+    for (int run = 1; run <= runs; ++run) {
+        rows.push_back("  " + std::to_string(run) + " T T T");
+    }
+    rows.insert(rows.end(), end.begin(), end.end());
+    return rows;
+}
+
 TEST_F(ExamplesTest, PeriodicModes)
 {
-    const std::string head = "run     due   start     end";
-    const std::string row = " T T T";
-    const auto table = [&](const std::string& title, int runs, const std::vector<std::string>& end) {
-        std::vector<std::string> rows { title, head };
-        for (int run = 1; run <= runs; ++run) {
-            rows.push_back("  " + std::to_string(run) + row);
+    expectLines("fixed_spacing.lua", table("FixedSpacing", 4, { "StopFcn at T" }));
+    expectLines("fixed_delay.lua", table("FixedDelay", 4, { "StopFcn at T" }));
+    expectLines("fixed_rate_drop.lua", table("FixedRate, Drop", 4, { "StopFcn at T" }));
+    expectLines("fixed_rate_queue.lua", table("FixedRate, Queue", 4, { "StopFcn at T" }));
+    expectLinesInTheEnd("fixed_rate_error.lua", table("FixedRate, Error", 1, { "StopFcn at T", "ErrorFcn at T" }));
+}
+
+TEST_F(ExamplesTest, TheRowsOfATableFollowEachOther)
+{
+    const Outcome outcome = runExample("fixed_rate_queue.lua");
+
+    double lastEnd = 0.0;
+    int rows = 0;
+    for (const std::string& line : lines(outcome.out)) {
+        double due = 0.0;
+        double start = 0.0;
+        double end = 0.0;
+        if (std::sscanf(line.c_str(), "%*d %lf %lf %lf", &due, &start, &end) == 3) {
+            EXPECT_DOUBLE_EQ(due, rows * 0.1);
+            EXPECT_GE(start, lastEnd);
+            EXPECT_GE(end, start + 0.249); // printed to the millisecond
+            lastEnd = end;
+            ++rows;
         }
-        rows.insert(rows.end(), end.begin(), end.end());
-        return rows;
-    };
-    expectTable("fixed_rate_drop.lua", table("FixedRate, Drop: period T s, callback T s", 4, { "StopFcn at T" }));
-    expectTable(
-        "fixed_rate_queue.lua", table("FixedRate, Queue: period T s, callback T s", 4, { "StopFcn at T" }));
-    expectTable("fixed_rate_error.lua",
-        table("FixedRate, Error: period T s, callback T s", 1, { "StopFcn at T", "ErrorFcn at T" }));
-    expectTable("fixed_delay.lua", table("FixedDelay: period T s, callback T s", 4, { "StopFcn at T" }));
-    expectTable("fixed_spacing.lua", table("FixedSpacing: period T s, callback T s", 4, { "StopFcn at T" }));
+    }
+    EXPECT_EQ(rows, 4) << outcome.out;
 }
 
 TEST_F(ExamplesTest, AllModes)
 {
-    const Outcome outcome = runExample("all_modes.lua");
+    const std::string four = "| T T T T";
+    expectLinesInTheEnd("all_modes.lua",
+        { "Period T s, callback T s: when the runs started, in seconds", "SingleShot         | T",
+            "FixedSpacing       " + four, "FixedDelay         " + four, "FixedRate, Drop    " + four,
+            "FixedRate, Queue   " + four, "FixedRate, Error   | T" });
+}
 
-    EXPECT_EQ(outcome.status, 0) << outcome.err;
-    EXPECT_THAT(linesWith(outcome.out, "|"), testing::SizeIs(6));
+TEST_F(ExamplesTest, ThereIsNoneThatIsNotRunHere)
+{
+    std::vector<std::string> names;
+    for (const auto& entry : boost::filesystem::directory_iterator(TOVRIN_EXAMPLES)) {
+        if (entry.path().extension() == ".lua") {
+            names.push_back(entry.path().stem().string());
+        }
+    }
+
+    EXPECT_THAT(names,
+        testing::UnorderedElementsAre("all_modes", "failing_callback", "fixed_delay", "fixed_rate_drop",
+            "fixed_rate_error", "fixed_rate_queue", "fixed_spacing", "stop_before_firing", "tour",
+            "wait_with_limit"));
 }
 
 } // namespace

@@ -51,6 +51,15 @@ timer { TimerFcn = function() print("ready") while true do end end, StopFcn = sa
         "ready\nStopFcn\n");
 }
 
+TEST_F(InterruptTest, EndsAPauseInACallback)
+{
+    expectOrderlyEnd(R"(
+local function say(t, event) print(event.Type) end
+timer { TimerFcn = function() print("ready") pause(60) print("not reached") end, StopFcn = say, ErrorFcn = say }:start()
+)",
+        "ready\nStopFcn\n");
+}
+
 TEST_F(InterruptTest, ASecondOneDoesNotWaitForAStopFcn)
 {
     const Outcome outcome = runAndInterrupt(R"(

@@ -130,6 +130,43 @@ timer { Name = "self", TimerFcn = function(t) print(pcall(t.wait, t)) print(pcal
     EXPECT_EQ(outcome.status, 0) << outcome.err;
 }
 
+TEST_F(MisuseTest, OneThatIsNotCaughtFailsTheScriptAtItsLine)
+{
+    const Outcome outcome = run("print('begin')\ntimer { TimerFcn = print, Period = 0 }\nprint('not reached')");
+
+    EXPECT_EQ(outcome.out, "begin\n");
+    EXPECT_THAT(outcome.err,
+        testing::StartsWith("tovrin: error in script: script.lua:2: timer: Period is 0, but must be a number of "
+                            "seconds, at least 0.001\nstack traceback:\n"));
+    EXPECT_EQ(outcome.status, 1);
+}
+
+TEST_F(MisuseTest, TheTimerGoesOnAfterIt)
+{
+    const Outcome outcome = run(R"(
+local refusals = 0
+local function refused(f) if not pcall(f) then refusals = refusals + 1 end end
+local t = timer {
+  ExecutionMode = "FixedRate", Period = 0.01, TasksToExecute = 3, StopFcn = function() print("StopFcn") end,
+  TimerFcn = function(t)
+    refused(function() t.Period = 0 end)
+    refused(function() t.StartDelay = 60 end)
+    refused(function() t.TimerFcn = 7 end)
+    refused(function() t.Speed = 7 end)
+    refused(function() t:start() end)
+    refused(function() t:wait() end)
+    print("TimerFcn")
+  end,
+}
+t:start()
+print(t:wait(), t.TasksExecuted, refusals)
+)");
+
+    EXPECT_EQ(outcome.out, "TimerFcn\nTimerFcn\nTimerFcn\nStopFcn\ntrue\t3\t18\n");
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.status, 0);
+}
+
 TEST_F(MisuseTest, AMethodWithoutItsTimerIsAnError)
 {
     expectError("t.start()", "bad argument #1 to 'start' (tovrin.timer expected, got no value)");

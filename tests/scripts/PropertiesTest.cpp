@@ -29,6 +29,37 @@ print(u.Name, t, u)
         "timer-2\ttimer \"timer-1\" (stopped)\ttimer \"timer-2\" (stopped)\n");
 }
 
+TEST_F(PropertiesTest, ATimerAsTextTellsItsState)
+{
+    expectOutput(R"(
+local t = timer { Name = "t", StartDelay = 60, TimerFcn = print }
+print(t)
+t:start()
+print(t)
+t:stop()
+print(t)
+t:delete()
+print(t)
+)",
+        "timer \"t\" (stopped)\ntimer \"t\" (running)\ntimer \"t\" (stopped)\ntimer \"t\" (deleted)\n");
+}
+
+TEST_F(PropertiesTest, NowCountsSecondsAndNeverGoesBack)
+{
+    expectOutput(R"(
+local before, back = now(), 0
+for _ = 1, 10000 do
+  local after = now()
+  if after < before then back = back + 1 end
+  before = after
+end
+local begin, wall = now(), os.time()
+pause(1)
+print(back, now() - begin >= 1, math.abs((os.time() - wall) - (now() - begin)) <= 1)
+)",
+        "0\ttrue\ttrue\n");
+}
+
 TEST_F(PropertiesTest, TheLiveTimersAreListedInTheOrderOfTheirCreation)
 {
     expectOutput(R"(

@@ -5,6 +5,7 @@
 #include <boost/filesystem.hpp>
 #include <boost/process.hpp>
 
+#include <chrono>
 #include <fstream>
 #include <future>
 #include <iterator>
@@ -14,6 +15,13 @@ namespace scripts {
 
 namespace fs = boost::filesystem;
 namespace bp = boost::process;
+
+namespace {
+
+/// No script of the tests needs as long, on however busy a machine.
+constexpr std::chrono::seconds timeLimit { 60 };
+
+} // namespace
 
 ScriptTest::ScriptTest()
     : m_folder((fs::temp_directory_path() / fs::unique_path("tovrin-%%%%-%%%%-%%%%")).string())
@@ -63,6 +71,14 @@ Outcome ScriptTest::execute(const Words& words, const std::vector<std::string>& 
         bp::std_in<bp::null, bp::std_out> out, bp::std_err > err);
     auto complaints = std::async(std::launch::async,
         [&err] { return std::string(std::istreambuf_iterator<char>(err), std::istreambuf_iterator<char>()); });
+    std::promise<void> ended;
+    auto endedInTime = std::async(std::launch::async, [&child, end = ended.get_future()] {
+        const bool inTime = end.wait_for(timeLimit) == std::future_status::ready;
+        if (!inTime) {
+            child.terminate();
+        }
+        return inTime;
+    });
     Outcome outcome {};
     auto awaited = interruptAfter.begin();
     for (std::string line; std::getline(out, line);) {
@@ -73,6 +89,10 @@ Outcome ScriptTest::execute(const Words& words, const std::vector<std::string>& 
         }
     }
     outcome.err = complaints.get();
+    ended.set_value();
+    EXPECT_TRUE(endedInTime.get()) << "the program has been killed after " << timeLimit.count()
+                                   << " s; it printed:\n"
+                                   << outcome.out << outcome.err;
     child.wait();
     outcome.status = child.exit_code();
     EXPECT_EQ(awaited, interruptAfter.end()) << "a line to wait for has not come";
