@@ -2,8 +2,10 @@
 
 #include "embedded_host/engine/InterpreterThread.hpp"
 #include "embedded_host/engine/RequestLine.hpp"
+#include "embedded_host/engine/ScriptError.hpp"
 #include "host/setCurrentThreadName.hpp"
 
+#include <boost/exception/enable_current_exception.hpp>
 #include <boost/locale/encoding_utf.hpp>
 
 #include <atomic>
@@ -46,12 +48,28 @@ EventLoop::When whenOf(const cmddistributor::RunOptions& options)
     return EventLoop::When::Idle;
 }
 
+/// Evaluates, and lets nothing but a ScriptError out.
+///
+/// Boost's futures give other exceptions a container that counts its users without atomics, although the thread
+/// that reads the future is one of them and the interpreter thread another.
+template <typename Result> Result evaluateAsScript(const std::function<Result()>& evaluate)
+{
+    try {
+        return evaluate();
+    } catch (const ScriptError&) {
+        throw;
+    } catch (const std::exception& error) {
+        throw boost::enable_current_exception(ScriptError(error.what(), ""));
+    }
+}
+
 /// Evaluates at once on the interpreter thread, else queues.
 template <typename Result>
 foundation::concurrent::future<Result> request(
     EventLoop& loop, EventLoop::When when, std::function<Result()> evaluate)
 {
-    const auto task = std::make_shared<boost::packaged_task<Result()>>(std::move(evaluate));
+    const auto task = std::make_shared<boost::packaged_task<Result()>>(
+        [evaluate = std::move(evaluate)] { return evaluateAsScript(evaluate); });
     auto result = task->get_future();
     if (isInterpreterThread(loop)) {
         (*task)();

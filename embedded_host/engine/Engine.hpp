@@ -49,7 +49,7 @@ public:
     Interpreter& interpreter() { return *m_interpreter; }
 
     /// Does something on the interpreter thread, once it is idle, and waits.
-    /// \throws what `work` throws
+    /// \throws ScriptError for whatever `work` throws
     void run(const std::function<void(Interpreter&)>& work);
 
 private:

@@ -1,24 +1,32 @@
 #pragma once
 
-#include <stdexcept>
+#include "host/Export.hpp"
+
+#include <exception>
 #include <string>
 #include <utility>
 
 namespace tovrinhost {
 
 /// An error that host-language code raised and did not catch.
-class ScriptError : public std::runtime_error {
+///
+/// Threading: a value. Copies share nothing, so each of them may go to a thread of its own; the standard
+/// exceptions share their text.
+class TOVRINHOST_API ScriptError : public std::exception {
 public:
-    ScriptError(const std::string& message, std::string traceback)
-        : std::runtime_error(message)
+    ScriptError(std::string message, std::string traceback)
+        : m_message(std::move(message))
         , m_traceback(std::move(traceback))
     {
     }
+
+    const char* what() const noexcept override { return m_message.c_str(); }
 
     /// "stack traceback:" and a line for each call, without a newline at the end.
     const std::string& traceback() const noexcept { return m_traceback; }
 
 private:
+    std::string m_message;
     std::string m_traceback;
 };
 

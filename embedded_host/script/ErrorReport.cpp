@@ -3,6 +3,7 @@
 #include "embedded_host/engine/ScriptError.hpp"
 
 #include <iostream>
+#include <stdexcept>
 
 namespace tovrinhost {
 
