@@ -2,6 +2,7 @@
 
 #include "timer_src/main/TimerScheduler.hpp"
 
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -23,6 +24,18 @@ public:
     {
         const Lock lock(scheduler.m_mutex);
         return std::as_const(scheduler).getTimePointForBackOfWorkQueue();
+    }
+
+    /// Takes the soonest item off the queue, as the scheduler thread does.
+    static WorkItemVariant take(TimerScheduler& scheduler)
+    {
+        const Lock lock(scheduler.m_mutex);
+        if (scheduler.workQueue.empty()) {
+            throw std::logic_error("nothing is queued");
+        }
+        WorkItemVariant work = std::move(scheduler.workQueue.back());
+        scheduler.workQueue.pop_back();
+        return work;
     }
 
     static void remove(TimerScheduler& scheduler, const foundation::msg_svc::exchange::IDType& id)

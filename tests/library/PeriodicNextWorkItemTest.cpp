@@ -1,0 +1,180 @@
+#include "tests/library/PeriodicTest.hpp"
+
+#include "timer_src/main/handlers/NextWorkItem.hpp"
+
+#include <limits>
+
+namespace tovrintimer {
+
+namespace {
+
+/// What follows a periodic callback. The clock is read between `m_before` and `m_after`.
+class PeriodicNextWorkItemTest : public PeriodicTest {
+protected:
+    NextWorkItem next(const std::weak_ptr<TimerInfo>& timer, std::uint64_t left, bool fireImmediately = false)
+    {
+        m_before = now();
+        NextWorkItem made = makeNextWorkItem(timer, m_record, fireImmediately, m_id, m_counter, left);
+        m_after = now();
+        return made;
+    }
+
+    DueTime dueWithPeriod(double period)
+    {
+        const auto timer = makePeriodicTimer(ExecutionMode::FixedRate, 5, period);
+        return std::get<WorkItem<TimerFcnWork>>(next(timer, 4)).m_executeAt;
+    }
+
+    void expectNowPlus(std::chrono::milliseconds span, DueTime due) const
+    {
+        EXPECT_GE(due, m_before + span);
+        EXPECT_LE(due, m_after + span);
+    }
+
+    const IDType m_id {};
+    const std::shared_ptr<prevCallBackStatus> m_record = std::make_shared<prevCallBackStatus>();
+    const std::shared_ptr<std::uint64_t> m_counter = std::make_shared<std::uint64_t>(9);
+    DueTime m_before {};
+    DueTime m_after {};
+};
+
+TEST_F(PeriodicNextWorkItemTest, WhileCallbacksAreLeftATimerFcnFollowsAPeriodFromNow)
+{
+    const auto timer = makePeriodicTimer(ExecutionMode::FixedRate, 5, 1000.0);
+
+    const auto made = std::get<WorkItem<TimerFcnWork>>(next(timer, 4));
+
+    expectNowPlus(1s, made.m_executeAt);
+    EXPECT_FALSE(made.m_id < m_id || m_id < made.m_id);
+    EXPECT_EQ(made.m_timerInfo.lock(), timer);
+    EXPECT_EQ(made.m_sharedTaskCounter, m_counter);
+    EXPECT_EQ(made.m_taskCount, 4U);
+    EXPECT_EQ(made.m_prevCallBackStatus, m_record);
+    EXPECT_THAT(everything(), IsEmpty());
+}
+
+TEST_F(PeriodicNextWorkItemTest, FiringImmediatelyMeansDueNowWhateverThePeriod)
+{
+    for (const double period : { 1000.0, -1000.0, std::numeric_limits<double>::infinity() }) {
+        const auto timer = makePeriodicTimer(ExecutionMode::FixedRate, 5, period);
+
+        expectNowPlus(0ms, std::get<WorkItem<TimerFcnWork>>(next(timer, 4, true)).m_executeAt);
+    }
+}
+
+TEST_F(PeriodicNextWorkItemTest, FractionsOfAMillisecondAreDroppedFromThePeriod)
+{
+    expectNowPlus(2ms, dueWithPeriod(2.9));
+    expectNowPlus(0ms, dueWithPeriod(0.9));
+    expectNowPlus(0ms, dueWithPeriod(0.0));
+    expectNowPlus(0ms, dueWithPeriod(-0.9));
+    expectNowPlus(-1ms, dueWithPeriod(-1.5));
+    expectNowPlus(-1000ms, dueWithPeriod(-1000.0));
+    expectNowPlus(0ms, dueWithPeriod(std::numeric_limits<double>::denorm_min()));
+}
+
+TEST_F(PeriodicNextWorkItemTest, APeriodOfNaNIsNoTime)
+{
+    expectNowPlus(0ms, dueWithPeriod(std::numeric_limits<double>::quiet_NaN()));
+}
+
+TEST_F(PeriodicNextWorkItemTest, AnEndlessPeriodIsDueAtTheEndOfTime)
+{
+    constexpr DueTime endOfTime { DueTime::duration(std::numeric_limits<std::int64_t>::max() / 1'000'000) };
+
+    EXPECT_EQ(dueWithPeriod(std::numeric_limits<double>::infinity()), endOfTime);
+    EXPECT_EQ(dueWithPeriod(std::numeric_limits<double>::max()), endOfTime);
+    EXPECT_EQ(dueWithPeriod(1e13), endOfTime);
+}
+
+TEST_F(PeriodicNextWorkItemTest, APeriodThatTheClockCanHoldIsAddedInFull)
+{
+    expectNowPlus(std::chrono::milliseconds(1'000'000'000'000), dueWithPeriod(1e12)); // 31 years
+}
+
+TEST_F(PeriodicNextWorkItemTest, AHugeNegativePeriodIsDueSinceLongAgo)
+{
+    constexpr std::chrono::milliseconds longest { std::numeric_limits<std::int64_t>::max() / 1'000'000 };
+
+    for (const double period : { -std::numeric_limits<double>::infinity(), -1e300 }) {
+        const DueTime due = dueWithPeriod(period);
+        EXPECT_GE(due, m_before - longest);
+        // Before the clock's epoch, truncation toward zero is a step forward.
+        EXPECT_LE(due, m_after - longest + 1ms);
+    }
+}
+
+TEST_F(PeriodicNextWorkItemTest, WithNoneLeftTheStopFcnFollowsAtOnce)
+{
+    const auto timer = makePeriodicTimer(ExecutionMode::FixedRate, 5);
+    timer->setStopFcnIsEmpty(false);
+
+    const auto made = std::get<WorkItem<StopFcnWork>>(next(timer, 0));
+
+    expectNowPlus(0ms, made.m_executeAt);
+    EXPECT_FALSE(made.m_id < m_id || m_id < made.m_id);
+    EXPECT_EQ(made.m_timerInfo.lock(), timer);
+    EXPECT_EQ(made.m_taskCount, 1U);
+    EXPECT_EQ(*made.m_sharedTaskCounter, 1U);
+    EXPECT_NE(made.m_sharedTaskCounter, m_counter);
+    EXPECT_NE(made.m_prevCallBackStatus, m_record);
+}
+
+TEST_F(PeriodicNextWorkItemTest, WithNoneLeftAndNoStopFcnNothingFollows)
+{
+    const auto timer = makePeriodicTimer(ExecutionMode::FixedRate, 5);
+
+    EXPECT_TRUE(std::holds_alternative<std::monostate>(next(timer, 0)));
+    EXPECT_TRUE(std::holds_alternative<std::monostate>(next(timer, 0, true)));
+}
+
+TEST_F(PeriodicNextWorkItemTest, NothingFollowsForADestroyedTimer)
+{
+    EXPECT_TRUE(std::holds_alternative<std::monostate>(next({}, 4)));
+    EXPECT_TRUE(std::holds_alternative<std::monostate>(next({}, 4, true)));
+    EXPECT_TRUE(std::holds_alternative<std::monostate>(next({}, 0)));
+}
+
+TEST_F(PeriodicNextWorkItemTest, AnErrorFcnItemIsDueNow)
+{
+    const auto timer = makeTimer();
+    timer->setErrorFcnIsEmpty(false);
+
+    m_before = now();
+    const auto error = makeErrorFcnWorkItem(m_id, timer);
+    m_after = now();
+
+    ASSERT_TRUE(error);
+    expectNowPlus(0ms, error->m_executeAt);
+    EXPECT_FALSE(error->m_id < m_id || m_id < error->m_id);
+    EXPECT_EQ(error->m_timerInfo.lock(), timer);
+    EXPECT_EQ(error->m_taskCount, 1U);
+    EXPECT_EQ(*error->m_sharedTaskCounter, 1U);
+}
+
+TEST_F(PeriodicNextWorkItemTest, WithoutErrorFcnOrTimerThereIsNoErrorFcnItem)
+{
+    EXPECT_FALSE(makeErrorFcnWorkItem(m_id, makeTimer()));
+    EXPECT_FALSE(makeErrorFcnWorkItem(m_id, {}));
+}
+
+TEST_F(PeriodicNextWorkItemTest, TheItemOfATaskIsACopyWithARecordOfItsOwn)
+{
+    const auto timer = makeTimer();
+    const auto due = periodicItem(timer, 7, 3, farOff());
+
+    const auto current = makeCurrentWorkItem(due);
+
+    EXPECT_FALSE(current->m_id < due.m_id || due.m_id < current->m_id);
+    EXPECT_EQ(current->m_executeAt, due.m_executeAt);
+    EXPECT_EQ(current->m_timerInfo.lock(), timer);
+    EXPECT_EQ(current->m_sharedTaskCounter, due.m_sharedTaskCounter);
+    EXPECT_EQ(current->m_taskCount, 3U);
+    EXPECT_NE(current->m_prevCallBackStatus, due.m_prevCallBackStatus);
+    EXPECT_FALSE(current->m_prevCallBackStatus->hasCompleted);
+    EXPECT_EQ(current->shared_from_this(), current);
+}
+
+} // namespace
+
+} // namespace tovrintimer
