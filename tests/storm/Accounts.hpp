@@ -49,7 +49,10 @@ struct Account {
     std::atomic<std::size_t> errors { 0 };
     std::array<std::atomic<std::size_t>, 5> evaluated {}; ///< by kind of callback
 
-    std::size_t evaluatedOf(tovrintimer::WorkKind kind) const { return evaluated.at(kind); }
+    std::size_t evaluatedOf(tovrintimer::WorkKind kind) const
+    {
+        return evaluated.at(static_cast<std::size_t>(kind));
+    }
 };
 
 /// The accounts of all timers that a storm ever makes. The host-language object of a timer is the number of its

@@ -39,7 +39,7 @@ std::size_t kindOf(const std::string& callback)
     for (const auto kind : { tovrintimer::StartFcnWork, tovrintimer::StopFcnWork, tovrintimer::TimerFcnWork,
              tovrintimer::ErrorFcnWork }) {
         if (callback == fl::i18n::to_string(tovrintimer::kindName(kind).wide)) {
-            return kind;
+            return static_cast<std::size_t>(kind);
         }
     }
     throw std::logic_error("there is no callback \"" + callback + "\"");

@@ -182,7 +182,7 @@ protected:
 
         std::size_t evaluatedOf(WorkKind kind) const
         {
-            return content.account->evaluatedOf(kind) - before.at(kind);
+            return content.account->evaluatedOf(kind) - before.at(static_cast<std::size_t>(kind));
         }
     };
 
