@@ -102,7 +102,7 @@ public:
 
 std::shared_ptr<Engine> Engine::start()
 {
-    const std::shared_ptr<Engine> engine(new Engine);
+    std::shared_ptr<Engine> engine(new Engine);
     engine->m_queueManager = makeQueueManager(engine);
     engine->m_thread = std::thread([raw = engine.get()] { raw->serve(); });
     // From here on the interpreter exists.

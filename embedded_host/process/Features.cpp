@@ -32,6 +32,7 @@ Switch* find(const std::string& name) noexcept
 std::vector<std::string> featureNames()
 {
     std::vector<std::string> names;
+    names.reserve(switches.size());
     for (const Switch& candidate : switches) {
         names.emplace_back(candidate.name);
     }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace tovrinhost {
 
@@ -35,20 +36,24 @@ inline void appendUtf8(std::string& utf8, std::uint32_t character)
 template <typename Unit> std::string toUtf8(std::basic_string_view<Unit> wide)
 {
     static_assert(sizeof(Unit) == 2 || sizeof(Unit) == 4);
-    const auto isHigh = [](std::uint32_t unit) { return unit >= 0xD800 && unit < 0xDC00; };
-    const auto isLow = [](std::uint32_t unit) { return unit >= 0xDC00 && unit < 0xE000; };
+    const auto unitAt = [wide](std::size_t index) {
+        return std::uint32_t { static_cast<std::make_unsigned_t<Unit>>(wide[index]) };
+    };
+    const auto isHigh = [(std::uint32_t unit) {
+        return unit >= 0xD800 && unit < 0xDC00; };
+    const auto isLow = [](std::uint32_t unit) {
+        return unit >= 0xDC00 && unit < 0xE000; };
 
     std::string utf8;
     utf8.reserve(wide.size());
     for (std::size_t index = 0; index < wide.size(); ++index) {
-        auto character = static_cast<std::uint32_t>(wide[index]);
+        std::uint32_t character = unitAt(index);
         if (isHigh(character) || isLow(character)) {
-            const bool halved = sizeof(Unit) == 2 && isHigh(character) && index + 1 < wide.size()
-                && isLow(static_cast<std::uint32_t>(wide[index + 1]));
+            const bool halved
+                = sizeof(Unit) == 2 && isHigh(character) && index + 1 < wide.size() && isLow(unitAt(index + 1));
             if (halved) {
                 ++index;
-                character = 0x10000U + ((character - 0xD800U) << 10U)
-                    + (static_cast<std::uint32_t>(wide[index]) - 0xDC00U);
+                character = 0x10000U + ((character - 0xD800U) << 10U) + (unitAt(index) - 0xDC00U);
             } else {
                 character = replacementCharacter;
             }

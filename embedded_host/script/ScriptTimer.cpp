@@ -19,15 +19,26 @@ ScriptTimer::ScriptTimer(std::shared_ptr<Engine> engine, ErrorReport& errors, st
     , m_maxBacklog(maxBacklog)
     , m_number(number)
     , m_settings(std::move(settings))
-    , m_timerEngine(std::make_shared<TimerEngine>(m_engine, *this, maxBacklog))
-    , m_info(std::make_shared<TimerInfo>(makeObjectArray(number), m_timerEngine, m_interruptState))
 {
-    m_settings.applyTo(*m_info);
+    makeLibraryTimer();
 }
 
 ScriptTimer::~ScriptTimer()
 {
     m_timerEngine->forget();
+}
+
+void ScriptTimer::makeLibraryTimer()
+{
+    auto timerEngine = std::make_shared<TimerEngine>(m_engine, *this, m_maxBacklog);
+    auto info = std::make_shared<TimerInfo>(makeObjectArray(m_number), timerEngine, m_interruptState);
+    m_settings.applyTo(*info);
+    if (m_timerEngine) {
+        m_timerEngine->forget();
+    }
+    m_timerEngine = std::move(timerEngine);
+    m_info = std::move(info);
+    m_wasCutShort = false;
 }
 
 void ScriptTimer::change(TimerSettings settings)
@@ -52,6 +63,9 @@ void ScriptTimer::start()
 void ScriptTimer::beginRun()
 {
     m_startsAgain = false;
+    if (m_wasCutShort) {
+        makeLibraryTimer();
+    }
     m_startFcnWaits = m_settings.hasStartFcn;
     m_timerEngine->open();
     if (m_settings.executionMode == tovrintimer::ExecutionMode::FixedRate) {
@@ -78,6 +92,7 @@ void ScriptTimer::stop()
 void ScriptTimer::endRun()
 {
     m_barrier.reset();
+    m_wasCutShort = true;
     // A started timer has its StartFcn run before its StopFcn, however soon it is stopped.
     m_timerEngine->close(m_startFcnWaits ? 1 : 0);
     TimerScheduler::getPerTOVRINProcessInstance()->forceStopWorkAndScheduleStopFcn(m_info);
@@ -173,6 +188,7 @@ void ScriptTimer::failRun()
 {
     const bool wasRunning = m_info->getIsRunning();
     m_barrier.reset();
+    m_wasCutShort = true;
     m_timerEngine->close(0);
     TimerScheduler::getPerTOVRINProcessInstance()->forceScheduleOfErrorFcn(m_info, wasRunning);
 }

@@ -18,10 +18,11 @@ class ErrorReport;
 ///
 /// - The StopFcn runs once for each run, whatever the timing: a stop takes back what was handed over and not yet
 ///   run, before it asks for the StopFcn.
+/// - Nothing of a stopped run reaches the next one: that has a library timer of its own, since the scheduler may
+///   still be at work for the old one.
 /// - After an error in the StartFcn or the TimerFcn the ErrorFcn runs, then the StopFcn, and nothing else of that
-/// run.
+///   run.
 /// - A start from within one of the timer's own callbacks begins the new run once that callback has ended.
-///
 /// - More waiting callbacks than the backlog may hold are an error like one in a callback.
 ///
 /// Threading: the interpreter thread only.
@@ -72,6 +73,7 @@ private:
     void backlogExceeded() noexcept override;
 
     std::string label() const { return "timer \"" + m_settings.name + "\""; }
+    void makeLibraryTimer();
     void beginRun();
     void endRun();
     void failCallback(const std::string& callback, const std::exception_ptr& error);
@@ -90,6 +92,7 @@ private:
     std::shared_ptr<TimerEngine> m_timerEngine;
     std::shared_ptr<tovrintimer::TimerInfo> m_info; // null once deleted
     std::optional<std::string> m_lastError;
+    bool m_wasCutShort = false; // the latest run, by a stop or an error
     bool m_startFcnWaits = false; // handed over, and not begun
     bool m_startsAgain = false; // as soon as the callback that asked for it has ended
     std::optional<SchedulerBarrier> m_barrier; // set while the scheduler may bring more than the flag tells of

@@ -6,6 +6,7 @@
 
 #include <lauxlib.h>
 
+#include <array>
 #include <memory>
 #include <new>
 #include <stdexcept>
@@ -206,12 +207,14 @@ void openTimerObjects(lua_State* state, TimerSet& timers)
     lua_rawsetp(state, LUA_REGISTRYINDEX, &timerSetKey);
 
     luaL_newmetatable(state, timerType);
-    constexpr luaL_Reg metamethods[] = { { "__newindex", luaFunction<assignProperty> },
-        { "__tostring", luaFunction<toString> }, { "__gc", luaFunction<collect> }, { nullptr, nullptr } };
-    luaL_setfuncs(state, metamethods, 0);
-    constexpr luaL_Reg methods[] = { { "start", luaFunction<start> }, { "stop", luaFunction<stop> },
-        { "wait", luaFunction<wait> }, { "delete", luaFunction<destroy> }, { nullptr, nullptr } };
-    luaL_newlib(state, methods);
+    constexpr auto metamethods = std::to_array<luaL_Reg>({ { "__newindex", luaFunction<assignProperty> },
+        { "__tostring", luaFunction<toString> }, { "__gc", luaFunction<collect> }, { nullptr, nullptr } });
+    luaL_setfuncs(state, metamethods.data(), 0);
+    constexpr auto methods
+        = std::to_array<luaL_Reg>({ { "start", luaFunction<start> }, { "stop", luaFunction<stop> },
+            { "wait", luaFunction<wait> }, { "delete", luaFunction<destroy> }, { nullptr, nullptr } });
+    lua_createtable(state, 0, static_cast<int>(methods.size()) - 1);
+    luaL_setfuncs(state, methods.data(), 0);
     lua_pushcclosure(state, luaFunction<readProperty>, 1);
     lua_setfield(state, -2, "__index");
     lua_pushliteral(state, "timer");

@@ -106,12 +106,11 @@ void pushLastError(lua_State* state, const ScriptTimer& timer)
 const std::array<Property, 6> properties { {
     { "Name", "a string that is not empty", false, setName,
         [](lua_State* state, const TimerSettings& s) { lua_pushlstring(state, s.name.data(), s.name.size()); } },
-    { "ExecutionMode", "\"SingleShot\", \"FixedSpacing\", \"FixedDelay\" or \"FixedRate\"", false,
-        setExecutionMode,
+    { "ExecutionMode", R"("SingleShot", "FixedSpacing", "FixedDelay" or "FixedRate")", false, setExecutionMode,
         [](lua_State* state, const TimerSettings& s) {
             lua_pushstring(state, executionModes.at(static_cast<std::size_t>(s.executionMode)));
         } },
-    { "BusyMode", "\"Drop\", \"Queue\" or \"Error\"", true, setBusyMode,
+    { "BusyMode", R"("Drop", "Queue" or "Error")", true, setBusyMode,
         [](lua_State* state, const TimerSettings& s) {
             lua_pushstring(state, busyModes.at(static_cast<std::size_t>(s.busyMode)));
         } },

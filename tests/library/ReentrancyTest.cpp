@@ -129,7 +129,7 @@ TEST_F(DestructionTest, ACallbackMayDestroyItsOwnTimerAndOthers)
         other.reset();
     });
 
-    timerTasks().runAll();
+    // Each timer's TimerFcn is handed over as well, and the scheduler thread holds neither timer any more.
     waitForDispatches(2);
     timerTasks().runAll();
     scheduler().cleanup();
