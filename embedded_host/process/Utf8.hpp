@@ -39,10 +39,8 @@ template <typename Unit> std::string toUtf8(std::basic_string_view<Unit> wide)
     const auto unitAt = [wide](std::size_t index) {
         return std::uint32_t { static_cast<std::make_unsigned_t<Unit>>(wide[index]) };
     };
-    const auto isHigh = [(std::uint32_t unit) {
-        return unit >= 0xD800 && unit < 0xDC00; };
-    const auto isLow = [](std::uint32_t unit) {
-        return unit >= 0xDC00 && unit < 0xE000; };
+    const auto isHigh = [](std::uint32_t unit) { return unit >= 0xD800 && unit < 0xDC00; };
+    const auto isLow = [](std::uint32_t unit) { return unit >= 0xDC00 && unit < 0xE000; };
 
     std::string utf8;
     utf8.reserve(wide.size());
