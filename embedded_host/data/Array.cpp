@@ -64,8 +64,7 @@ std::size_t Array::getNumberOfElements() const noexcept
     }
     const ArrayDimensions& dimensions = m_storage->dimensions;
     // Whoever made the storage saw to it that this does not overflow.
-    return std::accumulate(
-        dimensions.begin(), dimensions.end(), std::size_t { 1 }, std::multiplies<>());
+    return std::accumulate(dimensions.begin(), dimensions.end(), std::size_t { 1 }, std::multiplies<>());
 }
 
 const std::shared_ptr<detail::ArrayStorage>& Array::storage() const noexcept
