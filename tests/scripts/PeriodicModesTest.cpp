@@ -61,9 +61,10 @@ print(t.TasksExecuted)
         { "--log", "tovrintimer::WorkItem=4" });
 
     EXPECT_EQ(outcome.out, "8\n");
-    EXPECT_EQ(linesWith(outcome.err, "TasksToExecute changed, affecting callback ctr 3").size(), 1U)
-        << outcome.err;
-    EXPECT_EQ(linesWith(outcome.err, "TasksToExecute changed").size(), 1U) << outcome.err;
+    const auto records = linesWith(outcome.err, "TasksToExecute changed, affecting callback ctr ");
+    ASSERT_EQ(records.size(), 1U) << outcome.err;
+    // The second callback changes the number. Its own count may still be to come, with 4 left, or not, with 3.
+    EXPECT_THAT(records[0], testing::MatchesRegex(".* affecting callback ctr [34]")) << outcome.err;
 }
 
 TEST_F(PeriodicModesTest, ANumberOfTasksBelowWhatIsDoneIsIgnored)
