@@ -7,6 +7,7 @@ install(DIRECTORY host/
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tovrintimer/host
   FILES_MATCHING PATTERN "*.hpp")
 install(FILES
+  timer_src/main/CappedWait.hpp
   timer_src/main/Concurrency.hpp
   timer_src/main/Export.hpp
   timer_src/main/PrevCallBackStatus.hpp

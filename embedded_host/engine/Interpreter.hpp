@@ -52,7 +52,7 @@ public:
     void callOnStack(int arguments, int results);
 
     /// Makes the running coroutine the one in which nested code runs, for as long as this object lives.
-    class Nested {
+    class TOVRINHOST_API Nested {
     public:
         explicit Nested(lua_State* running);
         Nested(const Nested&) = delete;

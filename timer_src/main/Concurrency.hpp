@@ -1,5 +1,7 @@
 #pragma once
 
+#include "timer_src/main/CappedWait.hpp"
+
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -17,7 +19,11 @@ using SteadyClock = std::chrono::steady_clock;
 using SystemClock = std::chrono::system_clock;
 using Mutex = std::mutex;
 using Lock = std::unique_lock<Mutex>;
+#if defined(_WIN32)
+using ConditionVariable = CappedConditionVariable;
+#else
 using ConditionVariable = std::condition_variable;
+#endif
 using Thread = std::thread;
 
 inline Thread::id currentThreadId()

@@ -1,0 +1,89 @@
+#include "timer_src/main/CappedWait.hpp"
+#include "timer_src/main/Concurrency.hpp"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+namespace tovrintimer {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr DueTime start { 1000ms };
+
+TEST(CappedWaitTest, AWaitOfSixtyDaysIsMadeOfSixtyThatThePlatformCanDo)
+{
+    constexpr std::chrono::milliseconds takenForEndless { 0xFFFF'FFFF };
+    static_assert(longestWait < takenForEndless && takenForEndless < 60 * 24h);
+
+    const DueTime due = start + 60 * 24h;
+    DueTime now = start;
+    int stops = 0;
+    while (now != due) {
+        const DueTime next = nextStop(now, due, longestWait);
+        ASSERT_GT(next, now);
+        ASSERT_LE(next - now, longestWait);
+        now = next;
+        ++stops;
+    }
+
+    EXPECT_EQ(stops, 60);
+}
+
+TEST(CappedWaitTest, AShortWaitIsMadeAtOnce)
+{
+    EXPECT_EQ(nextStop(start, start + 24h, longestWait), start + 24h);
+    EXPECT_EQ(nextStop(start, start + 1ms, longestWait), start + 1ms);
+    EXPECT_EQ(nextStop(start, start - 1ms, longestWait), start - 1ms);
+}
+
+TEST(CappedWaitTest, TheLastTimePointIsNoOverflow)
+{
+    EXPECT_EQ(nextStop(DueTime::max() - 1h, DueTime::max(), longestWait), DueTime::max());
+    EXPECT_EQ(nextStop(start, DueTime::max(), longestWait), start + 24h);
+}
+
+TEST(CappedWaitTest, ThePredicateIsAskedAtEachStopAndTheWaitEndsNotBeforeItsDeadline)
+{
+    CappedConditionVariable condition(5ms);
+    Mutex mutex;
+    Lock lock(mutex);
+    const DueTime due = std::chrono::time_point_cast<std::chrono::milliseconds>(SteadyClock::now()) + 50ms;
+    int asked = 0;
+
+    const bool result = condition.wait_until(lock, due, [&] {
+        EXPECT_TRUE(lock.owns_lock());
+        ++asked;
+        return false;
+    });
+
+    EXPECT_FALSE(result);
+    EXPECT_GE(SteadyClock::now(), due);
+    // At the beginning, at the deadline, and at least once in between, however late this thread wakes up.
+    EXPECT_GE(asked, 3);
+}
+
+TEST(CappedWaitTest, ANotificationEndsTheWait)
+{
+    CappedConditionVariable condition;
+    Mutex mutex;
+    bool called = false;
+    std::thread caller([&] {
+        const Lock lock(mutex);
+        called = true;
+        condition.notify_one();
+    });
+    Lock lock(mutex);
+
+    const bool result = condition.wait_until(lock, SteadyClock::now() + 1h, [&] { return called; });
+
+    EXPECT_TRUE(result);
+    lock.unlock();
+    caller.join();
+}
+
+} // namespace
+
+} // namespace tovrintimer
