@@ -189,11 +189,11 @@ TEST_F(LogSinksTest, ASecondFileTakesThePlaceOfTheFirst)
 TEST_F(LogSinksTest, AFileThatCannotBeOpenedIsAnErrorThatNamesIt)
 {
     const TemporaryFile file;
-    const std::string impossible = file.path() + "/none/x.log";
+    const std::string impossible = file.path() + ".none/x.log";
     logToFile(file.path());
 
     EXPECT_EQ(thrownMessage<std::system_error>([&] { logToFile(impossible); }),
-        "cannot open the log file \"" + impossible + "\": " + std::generic_category().message(ENOTDIR));
+        "cannot open the log file \"" + impossible + "\": " + std::generic_category().message(ENOENT));
 
     // Nothing has changed: the file of before is still written.
     write(m_logger, 4, "still there");

@@ -1,4 +1,5 @@
 #include "tests/scripts/ScriptTest.hpp"
+#include "tests/scripts/platform/Platform.hpp"
 
 namespace scripts {
 
@@ -6,6 +7,13 @@ namespace {
 
 class InterruptTest : public ScriptTest {
 protected:
+    void SetUp() override
+    {
+        if (const char* reason = platform::whyNoControlC(); reason != nullptr) {
+            GTEST_SKIP() << reason;
+        }
+    }
+
     void expectOrderlyEnd(const std::string& script, const std::string& output)
     {
         const Outcome outcome = runAndInterrupt(script, { "ready" });
@@ -23,6 +31,14 @@ local t = timer {
 t:start()
 pause(0)
 )";
+
+TEST_F(InterruptTest, OutputComesLineByLine)
+{
+    // Ctrl-C is pressed when the line has come, so it has not waited for the end of the program.
+    const Outcome outcome = runAndInterrupt("io.write('ready\\n') pause(60)", { "ready" });
+
+    EXPECT_EQ(outcome.status, 130);
+}
 
 TEST_F(InterruptTest, StopsTimersThatAreServed)
 {

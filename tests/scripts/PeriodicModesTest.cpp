@@ -64,7 +64,9 @@ print(t.TasksExecuted)
     const auto records = linesWith(outcome.err, "TasksToExecute changed, affecting callback ctr ");
     ASSERT_EQ(records.size(), 1U) << outcome.err;
     // The second callback changes the number. Its own count may still be to come, with 4 left, or not, with 3.
-    EXPECT_THAT(records[0], testing::MatchesRegex(".* affecting callback ctr [34]")) << outcome.err;
+    EXPECT_THAT(records[0],
+        testing::AnyOf(
+            testing::EndsWith("affecting callback ctr 3"), testing::EndsWith("affecting callback ctr 4")));
 }
 
 TEST_F(PeriodicModesTest, ANumberOfTasksBelowWhatIsDoneIsIgnored)

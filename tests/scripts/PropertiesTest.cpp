@@ -122,14 +122,6 @@ TEST_F(PropertiesTest, ArgumentsAndLibrariesAreAsInTheStandaloneInterpreter)
         "script.lua\tone\ttwo words\t2\tone\ttwo words\nxxx\tinteger\ttrue\ttrue\n", { "one", "two words" });
 }
 
-TEST_F(PropertiesTest, OutputComesLineByLine)
-{
-    // Ctrl-C is pressed when the line has come, so it has not waited for the end of the program.
-    const Outcome outcome = runAndInterrupt("io.write('ready\\n') pause(60)", { "ready" });
-
-    EXPECT_EQ(outcome.status, 130);
-}
-
 TEST_F(PropertiesTest, PeriodStatisticsAreInSeconds)
 {
     const Outcome outcome = run(R"(

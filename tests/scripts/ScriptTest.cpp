@@ -21,6 +21,13 @@ namespace {
 /// No script of the tests needs as long, on however busy a machine.
 constexpr std::chrono::seconds timeLimit { 60 };
 
+/// Where lines end with them, they are no part of the output.
+std::string withoutCarriageReturns(std::string text)
+{
+    std::erase(text, '\r');
+    return text;
+}
+
 } // namespace
 
 ScriptTest::ScriptTest()
@@ -82,13 +89,14 @@ Outcome ScriptTest::execute(const Words& words, const std::vector<std::string>& 
     Outcome outcome {};
     auto awaited = interruptAfter.begin();
     for (std::string line; std::getline(out, line);) {
+        line = withoutCarriageReturns(line);
         outcome.out += line + '\n';
         if (awaited != interruptAfter.end() && line == *awaited) {
             platform::pressControlC(child.id());
             ++awaited;
         }
     }
-    outcome.err = complaints.get();
+    outcome.err = withoutCarriageReturns(complaints.get());
     ended.set_value();
     EXPECT_TRUE(endedInTime.get()) << "the program has been killed after " << timeLimit.count()
                                    << " s; it printed:\n"

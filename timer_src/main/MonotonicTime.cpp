@@ -16,6 +16,9 @@ constexpr std::int64_t nanosecondsPerMillisecond = 1'000'000;
 constexpr std::int64_t latest = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t earliest = std::numeric_limits<std::int64_t>::min();
 
+/// Spelt out: not every standard library knows the short forms.
+constexpr const char* timeFormat = "%Y-%m-%d %H:%M:%S";
+
 /// 100 nanoseconds: the unit in which the distance between the two clocks is taken.
 using Ticks = std::chrono::duration<std::int64_t, std::ratio<1, 10'000'000>>;
 
@@ -82,14 +85,14 @@ CalendarTime toCalendarTime(DueTime moment)
 std::ostream& operator<<(std::ostream& stream, ToTheSecond time)
 {
     const CalendarTime calendar = toCalendarTime(time.moment);
-    return stream << std::put_time(&calendar.local, "%F %T");
+    return stream << std::put_time(&calendar.local, timeFormat);
 }
 
 std::ostream& operator<<(std::ostream& stream, ToTheMillisecond time)
 {
     const CalendarTime calendar = toCalendarTime(time.moment);
     const char fill = stream.fill('0');
-    stream << std::put_time(&calendar.local, "%F %T") << '.' << std::setw(3) << calendar.millisecond;
+    stream << std::put_time(&calendar.local, timeFormat) << '.' << std::setw(3) << calendar.millisecond;
     stream.fill(fill);
     return stream;
 }

@@ -11,6 +11,7 @@
 #include "timer_src/main/platform/Platform.hpp"
 
 #include <algorithm>
+#include <exception>
 #include <system_error>
 
 namespace tovrintimer {
@@ -144,8 +145,14 @@ template <int kind> void TimerScheduler::requestWork(WorkItem<kind> item)
 
 void TimerScheduler::startThread()
 {
-    // What leaves the thread ends the process: there is nobody to catch it.
-    m_thread = Thread([this]() noexcept { run(); });
+    m_thread = Thread([this] {
+        try {
+            run();
+        } catch (...) {
+            // Nobody else would catch it. Caught here, so that the trace shows on every platform how far it came.
+            std::terminate();
+        }
+    });
 }
 
 void TimerScheduler::insertInOrder(WorkItemVariant item)

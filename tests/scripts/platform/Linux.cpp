@@ -6,6 +6,11 @@
 
 namespace scripts::platform {
 
+const char* whyNoControlC()
+{
+    return nullptr;
+}
+
 void pressControlC(int process)
 {
     kill(process, SIGINT);

@@ -2,6 +2,9 @@
 
 namespace scripts::platform {
 
+/// Why the tests cannot press Ctrl-C, or null if they can.
+const char* whyNoControlC();
+
 /// Sends a process what Ctrl-C sends it.
 void pressControlC(int process);
 

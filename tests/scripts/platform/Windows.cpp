@@ -4,6 +4,11 @@
 
 namespace scripts::platform {
 
+const char* whyNoControlC()
+{
+    return "a Ctrl-C comes from a console, and the tests' processes have none that they share";
+}
+
 // A Ctrl-C cannot be meant for one process; the program takes both for the same.
 void pressControlC(int process)
 {
