@@ -21,7 +21,7 @@ fetch_source() {
   mkdir -p "$state/source"
   apt-get "${options[@]}" -qq update \
     && (cd "$state/source" && apt-get "${options[@]}" -qq source --download-only "$package") \
-    && dpkg-source --no-check --extract "$state/source/$package"_*.dsc "$folder"
+    && (cd "$state" && dpkg-source --no-check --no-copy --extract source/"$package"_*.dsc "$folder")
 }
 
 build_boost() {
@@ -40,15 +40,14 @@ build_boost() {
 build_lua() {
   local tree=$dependencies/lua
   fetch_source lua5.4 "$tree" || return 1
-  local sources=("$tree"/src/*.c) header
+  local sources header
+  rm "$tree/src/lua.c" "$tree/src/luac.c" # the two programs
+  sources=("$tree"/src/*.c)
   mkdir -p "$dependencies/include/lua5.4" "$dependencies/lib/pkgconfig"
   for header in lua luaconf lualib lauxlib; do
     cp "$tree/src/$header.h" "$dependencies/include/lua5.4/" || return 1
   done
-  sources=("${sources[@]/%*\/lua.c/}")
-  sources=("${sources[@]/%*\/luac.c/}")
-  # shellcheck disable=SC2068 # the places of the two programs are empty words
-  "$crossCompiler" -O2 -shared -x c++ ${sources[@]} -o "$dependencies/bin/lua5.4-c++.dll" \
+  "$crossCompiler" -O2 -shared -x c++ "${sources[@]}" -o "$dependencies/bin/lua5.4-c++.dll" \
     -Wl,--out-implib,"$dependencies/lib/liblua5.4-c++.dll.a" || return 1
   cat >"$dependencies/lib/pkgconfig/lua5.4-c++.pc" <<END
 Name: Lua

@@ -15,9 +15,15 @@ namespace {
 using tovrintimer::TimerInfo;
 using tovrintimer::TimerScheduler;
 
-std::shared_ptr<tovrinhost::Engine> engine;
-std::shared_ptr<TimerInfo> timer;
-std::shared_ptr<InterruptStateData> interruptState;
+struct Host {
+    std::shared_ptr<tovrinhost::Engine> engine = tovrinhost::Engine::start();
+    std::shared_ptr<InterruptStateData> interruptState;
+    std::shared_ptr<TimerInfo> timer
+        = std::make_shared<TimerInfo>(foundation::tovrindata::Array(), engine, interruptState);
+};
+
+// Not destroyed as the process ends: where the system has ended the threads by then, nobody can join them.
+Host* host = nullptr;
 
 } // namespace
 
@@ -27,10 +33,10 @@ extern "C" BOOST_SYMBOL_EXPORT void shutDown();
 /// Starts a timer that runs until it is stopped, as fast as it can; returns when it has run ten times.
 void startTimer()
 {
-    engine = tovrinhost::Engine::start();
-    engine->run(
+    host = new Host;
+    host->engine->run(
         [](tovrinhost::Interpreter& interpreter) { interpreter.execute("function timercb() end", "=plugin"); });
-    timer = std::make_shared<TimerInfo>(foundation::tovrindata::Array(), engine, interruptState);
+    const auto timer = host->timer;
     timer->setExecutionMode(static_cast<size_t>(tovrintimer::ExecutionMode::FixedRate));
     timer->setBusyMode(static_cast<size_t>(tovrintimer::BusyMode::Drop));
     timer->setPeriod(1.0);
@@ -46,7 +52,6 @@ void shutDown()
 {
     TimerScheduler::getPerTOVRINProcessInstance()->cleanup();
     tovrinhost::destroyProcessScope();
-    engine->shutDown();
-    timer.reset();
-    engine.reset();
+    host->engine->shutDown();
+    delete host;
 }
