@@ -11,7 +11,6 @@
 namespace tovrintimer {
 
 using foundation::tovrindata::Array;
-using foundation::tovrindata::ArrayDimensions;
 using foundation::tovrindata::ArrayFactory;
 
 namespace {
@@ -19,9 +18,8 @@ namespace {
 /// Year, month, day, hour, minute, and seconds with milliseconds.
 Array makeEventTime(ArrayFactory& factory)
 {
-    static const ArrayDimensions rowOfSix { 1, 6 };
     const auto [local, millisecond] = toCalendarTime(now());
-    return factory.createDoubleArray(rowOfSix,
+    return factory.createDoubleArray({ 1, 6 },
         { local.tm_year + 1900.0, local.tm_mon + 1.0, static_cast<double>(local.tm_mday),
             static_cast<double>(local.tm_hour), static_cast<double>(local.tm_min),
             local.tm_sec + millisecond / 1000.0 });
