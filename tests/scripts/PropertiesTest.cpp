@@ -125,16 +125,29 @@ TEST_F(PropertiesTest, ArgumentsAndLibrariesAreAsInTheStandaloneInterpreter)
 TEST_F(PropertiesTest, PeriodStatisticsAreInSeconds)
 {
     const Outcome outcome = run(R"(
-local t = timer { ExecutionMode = "FixedRate", Period = 0.05, TasksToExecute = 2, TimerFcn = function() end }
+local first
+local t = timer {
+  ExecutionMode = "FixedRate", Period = 0.05, TasksToExecute = 2,
+  TimerFcn = function() first = first or now() end,
+}
+local before = now()
 t:start()
 t:wait()
 print("instant " .. t.InstantPeriod)
 print("average " .. t.AveragePeriod)
+print("late " .. first - before)
+print("whole " .. now() - before)
 )");
 
     const auto instant = numbersAfter(outcome.out, "instant");
+    const auto late = numbersAfter(outcome.out, "late");
+    const auto whole = numbersAfter(outcome.out, "whole");
     ASSERT_EQ(instant.size(), 1U) << outcome.err;
-    EXPECT_GE(instant[0], 0.049);
+    ASSERT_EQ(late.size(), 1U);
+    ASSERT_EQ(whole.size(), 1U);
+    // A first run that is late and a second one that is not are closer to each other than the period.
+    EXPECT_GE(instant[0], 0.05 - late[0] - 0.001);
+    EXPECT_LE(instant[0], whole[0] + 0.001);
     EXPECT_EQ(numbersAfter(outcome.out, "average"), instant);
 }
 
