@@ -32,6 +32,7 @@ public:
     static void* find(int key);
 
     /// Stores an object, unless the key has one already: then `owner` is destroyed.
+    /// \param owner of something; the embedded host's store throws std::invalid_argument for null
     /// \returns the stored object
     static void* findOrInsert(int key, Owner owner);
 };

@@ -25,10 +25,12 @@ public:
     CharArray createCharArray(const std::string& utf8);
 
     /// \param values one for each element, column by column
-    /// \throws std::invalid_argument if the number of values is not the product of the dimensions
+    /// \throws std::invalid_argument if the number of values is not the product of the dimensions, or that product
+    ///         is beyond what can be counted
     TypedArray<double> createDoubleArray(const ArrayDimensions& dimensions, std::vector<double> values);
 
-    /// \throws std::invalid_argument if two fields bear the same name
+    /// \throws std::invalid_argument if two fields bear the same name, or the dimensions' product is beyond what
+    ///         can be counted
     StructArray createStructArray(const ArrayDimensions& dimensions, std::vector<std::string> fieldNames);
 };
 
