@@ -3,6 +3,7 @@
 #include "embedded_host/engine/InterpreterThread.hpp"
 #include "embedded_host/engine/RequestLine.hpp"
 #include "embedded_host/engine/ScriptError.hpp"
+#include "embedded_host/log/Escape.hpp"
 #include "host/setCurrentThreadName.hpp"
 
 #include <boost/exception/enable_current_exception.hpp>
@@ -91,7 +92,7 @@ public:
                 std::rethrow_exception(error);
             }
         } catch (const std::exception& known) {
-            std::cerr << "tovrin: error in a callback task: " << known.what() << '\n';
+            std::cerr << "tovrin: error in a callback task: " << escape(known.what()) << '\n';
         } catch (...) {
             std::cerr << "tovrin: error in a callback task\n";
         }

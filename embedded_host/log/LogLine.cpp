@@ -1,5 +1,7 @@
 #include "embedded_host/log/LogLine.hpp"
 
+#include "embedded_host/log/Escape.hpp"
+
 #include <boost/date_time/posix_time/conversion.hpp>
 #include <boost/date_time/posix_time/posix_time_types.hpp>
 #include <boost/log/attributes/value_extraction.hpp>
@@ -20,43 +22,7 @@ template <typename Value> Value valueOf(const boost::log::record_view& record, c
     return value ? *value : Value {};
 }
 
-void appendHex(std::string& text, unsigned char byte)
-{
-    constexpr std::string_view digits = "0123456789abcdef";
-    text += "\\x";
-    text += digits[byte >> 4U];
-    text += digits[byte & 0xFU];
-}
-
 } // namespace
-
-std::string escape(std::string_view text)
-{
-    std::string escaped;
-    escaped.reserve(text.size());
-    unsigned char previous = 0;
-    for (const char character : text) {
-        const auto byte = static_cast<unsigned char>(character);
-        if (character == '\n') {
-            escaped += "\\n";
-        } else if (character == '\r') {
-            escaped += "\\r";
-        } else if (character == '\t') {
-            escaped += "\\t";
-        } else if (byte < 0x20 || byte == 0x7F) {
-            appendHex(escaped, byte);
-        } else if (previous == 0xC2 && byte >= 0x80 && byte < 0xA0) {
-            // U+0080 to U+009F, two bytes in UTF-8: terminals obey these, too.
-            escaped.pop_back();
-            appendHex(escaped, previous);
-            appendHex(escaped, byte);
-        } else {
-            escaped += character;
-        }
-        previous = byte;
-    }
-    return escaped;
-}
 
 std::string formatLogLine(const boost::log::record_view& record)
 {

@@ -1,3 +1,4 @@
+#include "embedded_host/log/Escape.hpp"
 #include "embedded_host/log/LogMasks.hpp"
 #include "embedded_host/log/LogSinks.hpp"
 #include "embedded_host/process/Features.hpp"
@@ -67,7 +68,7 @@ int main(int argc, char** argv)
     try {
         return tovrinhost::runProgram(argc, argv);
     } catch (const std::exception& error) {
-        std::cerr << "tovrin: " << error.what() << '\n';
+        std::cerr << "tovrin: " << tovrinhost::escape(error.what()) << '\n';
         return EXIT_FAILURE;
     }
 }

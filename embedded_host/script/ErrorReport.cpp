@@ -1,6 +1,7 @@
 #include "embedded_host/script/ErrorReport.hpp"
 
 #include "embedded_host/engine/ScriptError.hpp"
+#include "embedded_host/log/Escape.hpp"
 
 #include <iostream>
 #include <stdexcept>
@@ -21,10 +22,10 @@ std::string ErrorReport::report(const std::string& where, const std::exception_p
 std::string ErrorReport::report(const std::string& where, const std::exception& error)
 {
     m_hasErrors = true;
-    std::string lines = "tovrin: error in " + where + ": " + error.what() + '\n';
+    std::string lines = "tovrin: error in " + escape(where) + ": " + escape(error.what()) + '\n';
     const auto* script = dynamic_cast<const ScriptError*>(&error);
     if (script != nullptr && !script->traceback().empty()) {
-        lines += script->traceback() + '\n';
+        lines += escapeTraceback(script->traceback()) + '\n';
     }
     std::cerr << lines << std::flush;
     return error.what();

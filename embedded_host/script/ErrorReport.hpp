@@ -10,8 +10,9 @@ namespace tovrinhost {
 /// Threading: one thread at a time.
 class ErrorReport {
 public:
-    /// Writes "tovrin: error in <where>: <message>", and the traceback where the error has one.
-    /// \returns the message
+    /// Writes "tovrin: error in <where>: <message>", and the traceback where the error has one, all
+    /// with control characters written out.
+    /// \returns the message as it is
     std::string report(const std::string& where, const std::exception_ptr& error);
     std::string report(const std::string& where, const std::exception& error);
 

@@ -101,6 +101,24 @@ try(setmetatable({}, { __tostring = function() return "an object" end }))
     EXPECT_EQ(outcome.status, 1);
 }
 
+TEST_F(CallbackErrorTest, NamesAndErrorTextsForgeNoLineAndControlNoTerminal)
+{
+    const Outcome outcome = run(R"(
+local forged = "\ntovrin: error in script: forged \x1b[2J\u{9b}31m"
+_G["f" .. forged] = function() error("boom" .. forged) end
+local t = timer { Name = "hb" .. forged, TimerFcn = _G["f" .. forged] }
+t:start()
+print(t:wait(), t.LastError == "script.lua:3: boom" .. forged)
+)");
+
+    const std::string shown = "\\ntovrin: error in script: forged \\x1b[2J\\xc2\\x9b31m";
+    EXPECT_THAT(outcome.err,
+        StartsWith("tovrin: error in TimerFcn of timer \"hb" + shown + "\": script.lua:3: boom" + shown
+            + "\nstack traceback:\n\t[C]: in function 'error'\n\tscript.lua:3: in function 'f" + shown + "'\n"));
+    EXPECT_EQ(outcome.out, "true\ttrue\n");
+    EXPECT_EQ(outcome.status, 1);
+}
+
 TEST_F(CallbackErrorTest, AFailingStartFcnEndsTheRun)
 {
     const Outcome outcome = run(R"(
