@@ -10,3 +10,25 @@ add_library(tovrintimer_settings INTERFACE)
 target_compile_options(tovrintimer_settings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual
   $<$<BOOL:${TOVRINTIMER_WERROR}>:-Werror>)
+
+# Hardening, as ELF systems know it. Fortified library calls need an optimiser: the build types without one, which the
+# sanitizers' presets use too, do without.
+target_compile_definitions(tovrintimer_settings INTERFACE _GLIBCXX_ASSERTIONS)
+if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+  target_compile_definitions(tovrintimer_settings INTERFACE
+    $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:_FORTIFY_SOURCE=2>)
+  target_compile_options(tovrintimer_settings INTERFACE
+    -fstack-protector-strong -fstack-clash-protection
+    $<$<STREQUAL:${CMAKE_SYSTEM_PROCESSOR},x86_64>:-fcf-protection>)
+  target_link_options(tovrintimer_settings INTERFACE LINKER:-z,relro,-z,now,-z,noexecstack)
+endif()
+
+# keep_loaded(LIBRARY...): for libraries that a process never lets go of. Threads run in them, and their code may be
+# at work yet when the last user closes them.
+function(keep_loaded)
+  if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+    foreach(library IN LISTS ARGN)
+      target_link_options(${library} PRIVATE LINKER:-z,nodelete)
+    endforeach()
+  endif()
+endfunction()
