@@ -7,8 +7,8 @@
 
 namespace tovrinhost {
 
-// Names and error texts of scripts stand in diagnostic records and in reports on standard error, which begin a line
-// each. What they contain is never to look like one more of these, nor to be obeyed by a terminal.
+// Names and error texts of scripts stand in diagnostic records and in reports on standard error, which begin a
+// line each. What they contain is never to look like one more of these, nor to be obeyed by a terminal.
 
 /// The text with every control character written out (\n, \t, \x1b): it stays on one line, and looks like what
 /// it is.

@@ -34,8 +34,8 @@ TEST(EscapeTest, BytesThatAreNoUtf8StayAsTheyAre)
 
 TEST(EscapeTest, ATracebackKeepsItsLines)
 {
-    const std::string traceback
-        = "stack traceback:\n\t[C]: in function 'error'\n\t...\t(skipping 9 levels)\n\tscript.lua:3: in main chunk";
+    const std::string traceback = "stack traceback:\n\t[C]: in function 'error'\n\t...\t(skipping 9 "
+                                  "levels)\n\tscript.lua:3: in main chunk";
 
     EXPECT_EQ(escapeTraceback(traceback), traceback);
 }
