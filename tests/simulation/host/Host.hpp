@@ -1,0 +1,102 @@
+#pragma once
+
+#include "tests/simulation/model/Model.hpp"
+
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <stdexcept>
+
+/// This host's interrupt state is nothing but an object.
+class InterruptStateData { };
+
+namespace vorn {
+class VORN;
+}
+
+namespace simulation {
+
+/// What a callback that fails throws.
+struct CallbackError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+class Engine;
+
+/// A host whose engine is a virtual thread. It runs the tasks in the order in which they are handed over.
+///
+/// All that the library calls tells the model, and is a point where another thread may go on. One at a time.
+class Host {
+public:
+    /// What happens in the callbacks; may throw CallbackError.
+    using Callback = std::function<void(int slot, WorkKind kind)>;
+
+    /// What the host does when a callback has failed, after its task has ended.
+    using AfterError = std::function<void(int slot, int timer, WorkKind kind)>;
+
+    Host(Kernel& kernel, Model& model, bool timerPpe);
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+    ~Host();
+
+    static Host& current();
+
+    void setCallback(Callback callback) { m_callback = std::move(callback); }
+    void setAfterError(AfterError action) { m_afterError = std::move(action); }
+
+    struct MadeTimer {
+        std::shared_ptr<tovrintimer::TimerInfo> timer;
+        int number = -1;
+    };
+
+    MadeTimer makeTimer(int slot, const Settings& settings);
+
+    void startEngine();
+
+    /// Has it run what has been handed over, and end.
+    void stopEngine();
+    bool isIdle() const { return m_tasks.empty() && !m_isBusy; }
+
+    /// At the very end: nothing is left.
+    void checkNothingIsLeft();
+
+    // What the library calls.
+
+    void handOver(const std::shared_ptr<vorn::VORN>& engine, const std::function<void()>& task);
+    void evaluate(const Engine& engine, const std::string& callback);
+    void woken(const Engine& engine);
+    void retracted(const void* object);
+    void checkCall(const char* name) const;
+    bool timerPpe() const { return m_timerPpe; }
+    void threadNamed(const std::string& name);
+    void resolutionChanged(int by) { m_resolution += by; }
+    void engineMade(int by) { m_engines += by; }
+
+private:
+    struct Task {
+        std::function<void()> run;
+        std::shared_ptr<HandOver> handOver;
+        int slot = -1;
+    };
+
+    void runEngine();
+    void runTask(Task task);
+
+    Kernel& m_kernel;
+    Model& m_model;
+    const bool m_timerPpe;
+    Callback m_callback;
+    AfterError m_afterError;
+    std::shared_ptr<InterruptStateData> m_interruptData = std::make_shared<InterruptStateData>();
+    std::deque<Task> m_tasks;
+    bool m_isBusy = false;
+    bool m_isEnding = false;
+    int m_engineThread = -1;
+    WorkKind m_latestKind = tovrintimer::TimerFcnWork;
+    std::map<const void*, int> m_objects; // of the class system, and their timers
+    int m_engines = 0;
+    int m_resolution = 0;
+};
+
+} // namespace simulation

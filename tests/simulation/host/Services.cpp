@@ -1,0 +1,114 @@
+#include "host/foundation/feature/Feature.hpp"
+#include "host/inRequestLineNoService.hpp"
+#include "host/iqm/Iqm.hpp"
+#include "host/pelk/factory/full/StdShareable.hpp"
+#include "host/processTovrinTimerTask.hpp"
+#include "host/setCurrentThreadName.hpp"
+#include "host/setReadyRequestPending.hpp"
+#include "tests/simulation/host/Host.hpp"
+#include "timer_src/main/platform/Platform.hpp"
+
+#include <ctime>
+
+using simulation::Host;
+using simulation::Operation;
+
+namespace {
+
+class SimulatedIqm final : public iqm::Iqm {
+public:
+    std::shared_ptr<InterruptStateData> getInterruptStateData() const override
+    {
+        return std::make_shared<InterruptStateData>();
+    }
+};
+
+} // namespace
+
+namespace iqm {
+
+Iqm::Iqm() = default;
+Iqm::~Iqm() = default;
+
+std::shared_ptr<Iqm> Iqm::getInstance(vorn::ContextId /*context*/)
+{
+    Host::current().checkCall("Iqm::getInstance");
+    const Operation operation("queue manager");
+    return std::make_shared<SimulatedIqm>();
+}
+
+} // namespace iqm
+
+namespace foundation::feature {
+
+IFeature::~IFeature() = default;
+
+// Made inside the initialisation of static variables: no other thread may go on there.
+Feature::Feature(const char* name)
+    : m_name(name)
+{
+}
+
+Feature::~Feature() = default;
+
+int Feature::get() const
+{
+    Host::current().checkCall("Feature::get");
+    const Operation operation("feature");
+    return Host::current().timerPpe() ? 1 : 0;
+}
+
+} // namespace foundation::feature
+
+void setCurrentThreadName(const std::string& name)
+{
+    Host::current().threadNamed(name);
+    const Operation operation("name thread");
+}
+
+void setReadyRequestPending(bool /*pending*/)
+{
+    Host::current().checkCall("setReadyRequestPending");
+    const Operation operation("request pending");
+}
+
+void inRequestLineNoService(const std::shared_ptr<InterruptStateData>& /*interruptState*/)
+{
+    Host::current().checkCall("inRequestLineNoService");
+    const Operation operation("request line");
+}
+
+void pelk::factory::full::retract(Wrappable* object)
+{
+    Host::current().retracted(object);
+}
+
+void processTovrinTimerTask(const std::shared_ptr<vorn::VORN>& engine, const std::function<void()>& task)
+{
+    Host::current().handOver(engine, task);
+}
+
+namespace tovrintimer::platform {
+
+void beginTimerResolution()
+{
+    Host::current().resolutionChanged(1);
+}
+
+void endTimerResolution()
+{
+    Host::current().resolutionChanged(-1);
+}
+
+void adoptTimerResolution() noexcept
+{
+}
+
+std::tm localTime(std::time_t seconds) noexcept
+{
+    std::tm calendar {};
+    gmtime_r(&seconds, &calendar); // the same everywhere
+    return calendar;
+}
+
+} // namespace tovrintimer::platform

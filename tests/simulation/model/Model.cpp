@@ -1,0 +1,438 @@
+#include "tests/simulation/model/Model.hpp"
+
+#include "tests/simulation/model/Rules.hpp"
+#include "tests/simulation/model/SchedulerPeer.hpp"
+
+#include <algorithm>
+
+namespace simulation {
+
+using tovrintimer::ErrorFcnWork;
+using tovrintimer::StartFcnWork;
+using tovrintimer::StopFcnWork;
+using tovrintimer::TimerFcnWork;
+using Peer = tovrintimer::TimerSchedulerPeer;
+
+namespace {
+
+bool same(const foundation::msg_svc::exchange::IDType& a, const foundation::msg_svc::exchange::IDType& b)
+{
+    return a.first == b.first && a.second == b.second;
+}
+
+bool same(const Item& expected, const Item& found)
+{
+    return same(expected.id, found.id) && expected.kind == found.kind && expected.due == found.due
+        && expected.count.total == found.count.total && expected.count.left == found.count.left
+        && expected.record == found.record;
+}
+
+Item read(const tovrintimer::WorkItemVariant& work)
+{
+    Item item;
+    boost::apply_visitor(
+        [&item]<int kind>(const tovrintimer::WorkItem<kind>& found) {
+            item.id = found.m_id;
+            item.kind = WorkKind { kind };
+            item.due = found.m_executeAt.time_since_epoch().count();
+            item.count = { *found.m_sharedTaskCounter, found.m_taskCount };
+            item.record = found.m_prevCallBackStatus.get();
+        },
+        work);
+    return item;
+}
+
+std::shared_ptr<tovrintimer::prevCallBackStatus> recordOf(const tovrintimer::WorkItemVariant& work)
+{
+    return boost::apply_visitor([](const auto& item) { return item.m_prevCallBackStatus; }, work);
+}
+
+} // namespace
+
+Model::Model(Kernel& kernel)
+    : m_kernel(kernel)
+{
+    kernel.setWitness(this);
+}
+
+void Model::watch(tovrintimer::TimerScheduler& scheduler)
+{
+    m_scheduler = &scheduler;
+}
+
+void Model::unwatch()
+{
+    m_scheduler = nullptr;
+    if (m_queuedBeforeCleanup && m_schedulerThread < 0) {
+        fail("work was queued, but no scheduler thread has been started");
+    }
+}
+
+// ---- Timers
+
+int Model::timerMade(const std::shared_ptr<tovrintimer::TimerInfo>& timer, const Settings& settings)
+{
+    const int number = static_cast<int>(m_timers.size());
+    m_timers.emplace_back();
+    m_timers.back().timer = timer;
+    m_timers.back().id = timer->getId();
+    m_timers.back().hasStart = settings.hasStart;
+    m_timers.back().running.set(++m_time, false);
+    m_timerOf[timer->getId()] = number;
+    settingsChanged(number, settings);
+    return number;
+}
+
+void Model::settingsChanged(int timer, const Settings& settings)
+{
+    TimerModel& model = at(timer);
+    ++m_time;
+    model.mode.set(m_time, settings.mode);
+    model.busy.set(m_time, settings.busy);
+    model.period.set(m_time, settings.period);
+    model.delay.set(m_time, settings.delay);
+    model.tasks.set(m_time, settings.tasks);
+    model.hasStop.set(m_time, settings.hasStop);
+    model.hasError.set(m_time, settings.hasError);
+}
+
+void Model::timerDestroyed(int timer)
+{
+    ++m_time;
+    at(timer).exists = false;
+}
+
+// ---- Activities
+
+Activity* Model::activity()
+{
+    Activities& mine = activities();
+    return mine.empty() ? nullptr : mine.back().get();
+}
+
+Activity& Model::begin(Activity::What what, int timer)
+{
+    auto next = std::make_unique<Activity>();
+    next->what = what;
+    next->timer = timer;
+    next->timerExists = timer < 0 || at(timer).exists;
+    next->begin = ++m_time;
+    activities().push_back(std::move(next));
+    return *activities().back();
+}
+
+void Model::end()
+{
+    m_aboutToNotify.erase(m_kernel.self());
+    const std::unique_ptr<Activity> ended = std::move(activities().back());
+    activities().pop_back();
+    ++m_time;
+    if (m_kernel.isTracing()) {
+        m_kernel.note("(" + describe(*ended) + ")");
+    }
+    judge(*this, *ended);
+}
+
+Event& Model::add(Event::What what, int timer)
+{
+    m_aboutToNotify.erase(m_kernel.self());
+    Activity* const current = activity();
+    if (current == nullptr || current->timer != timer) {
+        fail("something happens to timer " + std::to_string(timer) + " that nobody has asked for: event "
+            + std::to_string(what) + (current != nullptr ? " during " + describe(*current) : ""));
+    }
+    if (!at(timer).exists) {
+        fail("work of a timer that has been destroyed is not silent: " + describe(*current));
+    }
+    Event& event = current->events.emplace_back();
+    event.what = what;
+    event.when = ++m_time;
+    return event;
+}
+
+void Model::operationBegins(Activity::What what, int timer)
+{
+    begin(what, timer);
+    if (what == Activity::Start && at(timer).exists) {
+        at(timer).running.set(m_time, true);
+        at(timer).lastStart = m_time;
+        at(timer).statistics.reset();
+    }
+}
+
+void Model::operationEnds()
+{
+    if (activity()->what == Activity::Cleanup) {
+        activities().pop_back();
+        return;
+    }
+    end();
+}
+
+std::shared_ptr<HandOver> Model::handedOver(int timer)
+{
+    Event& event = add(Event::HandedOver, timer);
+    const Activity& by = *activity();
+    event.handOver = std::make_shared<HandOver>();
+    event.handOver->number = ++m_handOvers;
+    event.handOver->timer = timer;
+    event.handOver->when = m_time;
+    event.handOver->completed.set(0, false);
+    expectOf(*event.handOver, at(timer), by, m_time);
+    return event.handOver;
+}
+
+void Model::taskBegins(const std::shared_ptr<HandOver>& handOver)
+{
+    begin(Activity::Task, handOver->timer).handOver = handOver;
+}
+
+void Model::taskEnds()
+{
+    end();
+}
+
+void Model::evaluationBegins(int timer, WorkKind kind)
+{
+    add(Event::EvaluationBegins, timer).kind = kind;
+    const Activity& task = *activity();
+    if (task.what != Activity::Task) {
+        fail("a callback is evaluated outside a task: " + describe(task));
+    }
+    if (kind == TimerFcnWork) {
+        if (task.clockReads.empty()) {
+            fail("a run is not counted before its callback begins: " + describe(task));
+        }
+        TimerModel& model = at(timer);
+        model.statistics.runStarts(task.clockReads.front().second / millisecond, model.lastStart > task.begin);
+        checkStatistics(timer);
+    }
+}
+
+void Model::evaluationEnds(int timer, WorkKind kind, bool succeeded)
+{
+    Event& event = add(Event::EvaluationEnds, timer);
+    event.kind = kind;
+    event.succeeded = succeeded;
+    HandOver& handOver = *activity()->handOver;
+    if (succeeded && kind == TimerFcnWork && handOver.modes.front() == ExecutionMode::FixedRate) {
+        handOver.completed.set(m_time, true);
+    }
+    checkStatistics(timer);
+}
+
+void Model::checkStatistics(int timer) const
+{
+    if (const auto info = at(timer).timer.lock()) {
+        const std::string difference = at(timer).statistics.compare(*info);
+        if (!difference.empty()) {
+            fail("timer " + std::to_string(timer) + ": " + difference);
+        }
+    }
+}
+
+void Model::woken(int timer)
+{
+    add(Event::Woken, timer);
+    at(timer).running.set(m_time, false);
+    checkFlags();
+}
+
+void Model::schedulerThreadStarted()
+{
+    if (m_schedulerThread >= 0) {
+        fail("a second scheduler thread has been started");
+    }
+    m_schedulerThread = m_kernel.self();
+}
+
+void Model::checkFlags() const
+{
+    for (const TimerModel& model : m_timers) {
+        const auto timer = model.timer.lock();
+        if (timer && timer->getIsRunning() != model.running.latest()) {
+            fail("the running flag of timer " + std::to_string(m_timerOf.at(model.id)) + " is "
+                + (model.running.latest() ? "false, and ought to be true" : "true, and ought to be false"));
+        }
+    }
+}
+
+void Model::checkNothingIsLeft()
+{
+    for (const TimerModel& model : m_timers) {
+        if (model.exists) {
+            fail("timer " + std::to_string(m_timerOf.at(model.id)) + " is still owned by somebody");
+        }
+    }
+    const bool recordIsLeft = std::ranges::any_of(m_records, [](const auto& record) { return !record.expired(); });
+    if (recordIsLeft) {
+        fail("a completion record is still owned by somebody");
+    }
+    for (const auto& [thread, left] : m_activities) {
+        if (!left.empty()) {
+            fail("thread " + std::to_string(thread) + " has not finished: " + describe(*left.back()));
+        }
+    }
+}
+
+// ---- The clock and the queue
+
+void Model::clockWasRead(Moment now)
+{
+    m_aboutToNotify.erase(m_kernel.self());
+    if (Activity* const current = activity()) {
+        current->clockReads.emplace_back(++m_time, now);
+    }
+}
+
+void Model::conditionWasNotified(const void* condition)
+{
+    m_aboutToNotify.erase(m_kernel.self());
+    // That is how a dispatch ends.
+    if (m_scheduler != nullptr && condition == Peer::consumerCondition(*m_scheduler)) {
+        if (activity() == nullptr || activity()->what != Activity::Dispatch) {
+            fail("a dispatch is reported that has not been");
+        }
+        end();
+    }
+}
+
+void Model::mutexWasReleased(const void* mutex)
+{
+    if (m_scheduler != nullptr && mutex == Peer::mutex(*m_scheduler)) {
+        compareQueue();
+    }
+}
+
+void Model::timeMoves()
+{
+    checkFlags();
+    if (m_scheduler == nullptr || m_schedulerThread < 0
+        || !m_kernel.isBlockedOn(m_schedulerThread, Peer::workCondition(*m_scheduler))) {
+        return;
+    }
+    // With an empty queue it sleeps on, until what was the deadline before or the far one.
+    if (m_queue.empty() || !m_aboutToNotify.empty()) {
+        return;
+    }
+    const std::int64_t soonest = m_queue.front().due;
+    const Moment waitsUntil = m_kernel.deadlineOf(m_schedulerThread);
+    if (waitsUntil != soonest * millisecond) {
+        fail("the scheduler thread sleeps until " + std::to_string(waitsUntil / millisecond) + " ms, and ought to "
+            + "until " + std::to_string(soonest) + " ms, as " + std::to_string(m_queue.size())
+            + " items are queued");
+    }
+}
+
+/// Whether the queue is the model's, but for the item at the place `skipped`, counted from the soonest.
+bool Model::matchesQueue(std::size_t skipped) const
+{
+    const auto& real = Peer::queue(*m_scheduler);
+    std::size_t place = real.size();
+    for (std::size_t i = 0; i < real.size(); ++i) {
+        place = real.size() - 1 - i;
+        if (i == skipped) {
+            continue;
+        }
+        if (!same(m_queue[i > skipped ? i - 1 : i], read(real[place]))) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void Model::compareQueue()
+{
+    const auto& real = Peer::queue(*m_scheduler);
+    Activity* const current = activity();
+    if (current != nullptr && current->what == Activity::Cleanup) {
+        if (!real.empty()) {
+            fail("the cleanup leaves work in the queue");
+        }
+        m_queue.clear();
+        m_isCleanedUp = true;
+        return;
+    }
+    const bool removes = current != nullptr
+        && (current->what == Activity::Stop || current->what == Activity::Fail
+            || current->what == Activity::FailAndStop)
+        && current->events.empty();
+    if (removes) {
+        removed(*current);
+    } else if (real.size() == m_queue.size() + 1) {
+        inserted();
+    } else if (real.size() + 1 == m_queue.size()) {
+        taken();
+    }
+    if (real.size() != m_queue.size() || !matchesQueue(real.size())) {
+        fail("the queue is not what it ought to be: " + std::to_string(real.size()) + " items in place of "
+            + std::to_string(m_queue.size()) + (activity() != nullptr ? ", during " + describe(*activity()) : ""));
+    }
+}
+
+void Model::removed(Activity& activity)
+{
+    const auto& id = at(activity.timer).id;
+    std::erase_if(m_queue, [&id](const Item& item) { return same(item.id, id); });
+    add(Event::Removed, activity.timer);
+    m_aboutToNotify.insert(m_kernel.self());
+}
+
+void Model::inserted()
+{
+    const auto& real = Peer::queue(*m_scheduler);
+    std::size_t place = 0;
+    while (place < m_queue.size() && same(m_queue[place], read(real[real.size() - 1 - place]))) {
+        ++place;
+    }
+    const auto& work = real[real.size() - 1 - place];
+    Item item = read(work);
+    item.timer = m_timerOf.at(item.id);
+    Event& event = add(Event::Inserted, item.timer);
+
+    const auto after = std::upper_bound(m_queue.begin(), m_queue.end(), item.due,
+        [](std::int64_t due, const Item& queued) { return due < queued.due; });
+    if (after - m_queue.begin() != static_cast<std::ptrdiff_t>(place)) {
+        fail("an item is queued at place " + std::to_string(place) + " from the soonest, and belongs to "
+            + std::to_string(after - m_queue.begin()) + ": " + describe(*activity()));
+    }
+    for (const Item& other : m_queue) {
+        if (other.record == item.record) {
+            fail("two items share a completion record: " + describe(*activity()));
+        }
+    }
+    const Activity& by = *activity();
+    for (const Event& earlier : by.events) {
+        item.after = earlier.handOver ? earlier.handOver : item.after;
+    }
+    if (by.item && by.item->record == item.record) {
+        item.after = by.item->after;
+    }
+    event.item = item;
+    m_queue.insert(after, item);
+    m_aboutToNotify.insert(m_kernel.self());
+    m_queuedBeforeCleanup = m_queuedBeforeCleanup || !m_isCleanedUp;
+    if (m_records.size() > 1000) {
+        std::erase_if(m_records, [](const auto& record) { return record.expired(); });
+    }
+    m_records.push_back(recordOf(work));
+}
+
+void Model::taken()
+{
+    if (m_kernel.self() != m_schedulerThread || activity() != nullptr) {
+        fail("somebody takes work off the queue out of turn");
+    }
+    if (m_isCleanedUp) {
+        fail("work is dispatched after the cleanup");
+    }
+    const Item item = m_queue.front();
+    if (item.due > m_kernel.now() / millisecond) {
+        fail("an item is dispatched before its due time, " + std::to_string(item.due) + " ms, at "
+            + std::to_string(m_kernel.now() / millisecond) + " ms");
+    }
+    m_queue.erase(m_queue.begin());
+    begin(Activity::Dispatch, item.timer).item = item;
+}
+
+} // namespace simulation

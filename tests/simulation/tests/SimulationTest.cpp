@@ -1,0 +1,110 @@
+#include "tests/simulation/run/Apart.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <iostream>
+
+namespace simulation {
+
+namespace {
+
+std::string traceOf(const Script& script)
+{
+    RunOptions options;
+    options.trace = true;
+    const Verdict verdict = simulateApart(script, options);
+    EXPECT_EQ(verdict.failure, "");
+    return verdict.trace;
+}
+
+TEST(SimulationTest, TheSameSeedGivesTheSameTraceByteForByte)
+{
+    for (std::uint64_t seed = 1; seed <= 60; ++seed) {
+        const std::string trace = traceOf(scriptOf(seed));
+        EXPECT_GT(trace.size(), 1000U);
+        ASSERT_EQ(traceOf(scriptOf(seed)), trace) << "seed " << seed;
+    }
+}
+
+TEST(SimulationTest, WhatRanBeforeInTheProcessDoesNotShowInATrace)
+{
+    const Script script = scriptOf(11);
+    RunOptions options;
+    options.trace = true;
+    const auto second = runApart(
+        [&] {
+            simulate(scriptOf(5));
+            return simulate(script, options).trace;
+        },
+        60);
+    EXPECT_EQ(second.value_or(""), traceOf(script));
+}
+
+TEST(SimulationTest, AnotherScheduleGivesAnotherTrace)
+{
+    Script script = scriptOf(4);
+    const std::string trace = traceOf(script);
+    ++script.schedule;
+    EXPECT_NE(traceOf(script), trace);
+}
+
+TEST(SimulationTest, AReplayOfTheTextGivesTheSameTrace)
+{
+    for (std::uint64_t seed = 1; seed <= 20; ++seed) {
+        const Script script = scriptOf(seed);
+        ASSERT_EQ(traceOf(fromText(toText(script))), traceOf(script)) << "seed " << seed;
+    }
+}
+
+TEST(SimulationTest, ALongListOfSeedsStopsAtTheFirstThatFails)
+{
+    const Batch batch = simulateSeeds(100, 140, 2);
+    EXPECT_EQ(batch.seeds, 40U);
+    EXPECT_GT(batch.steps, 1000U);
+    EXPECT_FALSE(batch.failedSeed.has_value());
+}
+
+/// 100 timers of all modes, with periods of 1 to 100 s, for so many hours.
+Script longRun(double hours)
+{
+    Script script;
+    script.schedule = 42;
+    script.weather.switches = 20;
+    script.settle = hours * 3'600'000;
+    for (int timer = 0; timer < 100; ++timer) {
+        TimerSpec spec;
+        spec.settings.mode = static_cast<std::size_t>(1 + timer % 3);
+        spec.settings.busy = static_cast<std::size_t>(timer % 2);
+        spec.settings.period = 1000.0 * (timer + 1);
+        spec.settings.tasks = 10'000'000;
+        spec.settings.hasStop = timer % 4 == 0;
+        spec.lasts = timer % 5;
+        script.timers.push_back(spec);
+        script.steps.push_back({ false, 0, Verb::Start, timer, 0.0 });
+    }
+    return script;
+}
+
+TEST(SimulationTest, ADayOfAHundredTimersTakesLessThanHalfAMinute)
+{
+    constexpr double hours = SIMULATION_HOURS;
+    RunOptions options;
+    options.stepLimit = 1'000'000'000;
+    const auto start = std::chrono::steady_clock::now();
+    const Verdict verdict = simulateApart(longRun(hours), options);
+    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
+    std::cout << hours << " h of 100 timers: " << verdict.steps << " steps in " << took.count() << " s\n";
+
+    EXPECT_EQ(verdict.failure, "");
+    EXPECT_GT(static_cast<double>(verdict.end), hours * 3'600'000 * millisecond);
+    // The sum of 1/period is 5.19 callbacks a second, each of many steps.
+    EXPECT_GT(static_cast<double>(verdict.steps), hours * 3600 * 5 * 10);
+    EXPECT_LT(took.count(), 30);
+}
+
+} // namespace
+
+} // namespace simulation
