@@ -3,6 +3,8 @@
 #include "host/processTovrinTimerTask.hpp"
 #include "tests/recording_host/Journal.hpp"
 
+#include <algorithm>
+#include <iterator>
 #include <stdexcept>
 #include <thread>
 #include <utility>
@@ -81,6 +83,15 @@ void TimerTasks::runNext()
         m_kept.pop_front();
     }
     task();
+}
+
+void TimerTasks::runLatest()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        std::rotate(m_kept.begin(), m_kept.empty() ? m_kept.end() : std::prev(m_kept.end()), m_kept.end());
+    }
+    runNext();
 }
 
 void TimerTasks::runAll()

@@ -44,6 +44,9 @@ public:
     /// \throws std::logic_error if none is kept, and what the task throws
     void runNext();
 
+    /// The same with the latest, as a host does that does not keep their order.
+    void runLatest();
+
     /// Runs kept tasks until there are none, those that are handed over meanwhile included.
     void runAll();
 
