@@ -99,18 +99,19 @@ TEST(AllocationRunTest, EachOneThatFailsStopsTimersOrEndsTheProcessButNothingEls
     ASSERT_EQ(runOnce(none), Unharmed);
 
     int counts[fates] = {};
-    std::int64_t ordinal = 0;
+    std::int64_t ordinal = 1 - FAULTS_EVERY;
     Fate fate = Stuck;
     do {
-        ++ordinal;
+        ordinal += FAULTS_EVERY;
         fate = runInAProcess(ordinal);
         ASSERT_LE(fate, ProcessEnded) << "allocation " << ordinal;
         ++counts[fate];
     } while (fate != Unharmed);
 
-    std::cout << "             " << ordinal - 1 << " allocations: " << counts[RecordLost]
-              << " times a record was lost, " << counts[TimersStopped] << " times the timers were stopped, "
-              << counts[ProcessEnded] << " times the process ended\n";
+    std::cout << "             " << ordinal - 1 << " allocations, each " << FAULTS_EVERY
+              << ". of which failed once: " << counts[RecordLost] << " times a record was lost, "
+              << counts[TimersStopped] << " times the timers were stopped, " << counts[ProcessEnded]
+              << " times the process ended\n";
     EXPECT_GT(counts[RecordLost], 0);
     EXPECT_GT(counts[TimersStopped], 0);
     EXPECT_GT(counts[ProcessEnded], 0);

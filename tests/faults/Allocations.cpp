@@ -207,12 +207,13 @@ extern "C" void __wrap__ZN9recording7Journal3addERKNS_5EventE(
 }
 
 // boost::log::sources::aux::get_severity_level, which every record asks: where memory runs out as a thread asks
-// for the first time, it loses the block that it has made already. That is nobody's fault here.
-extern "C" std::uintmax_t& __real__ZN5boost3log11v2_mt_posix7sources3aux18get_severity_levelEv();
+// for the first time, it loses the block that it has made already. That is nobody's fault here. (Its reference is
+// a pointer to the linker.)
+extern "C" std::uintmax_t* __real__ZN5boost3log11v2_mt_posix7sources3aux18get_severity_levelEv();
 
-extern "C" std::uintmax_t& __wrap__ZN5boost3log11v2_mt_posix7sources3aux18get_severity_levelEv();
+extern "C" std::uintmax_t* __wrap__ZN5boost3log11v2_mt_posix7sources3aux18get_severity_levelEv();
 
-extern "C" std::uintmax_t& __wrap__ZN5boost3log11v2_mt_posix7sources3aux18get_severity_levelEv()
+extern "C" std::uintmax_t* __wrap__ZN5boost3log11v2_mt_posix7sources3aux18get_severity_levelEv()
 {
     const faults::Exempt exempt;
     return __real__ZN5boost3log11v2_mt_posix7sources3aux18get_severity_levelEv();

@@ -35,13 +35,14 @@ int WallClock::waits() const
 
 } // namespace faults
 
-extern "C" std::chrono::system_clock::time_point __real__ZNSt6chrono3_V212system_clock3nowEv();
+// std::chrono::system_clock::now; a moment is returned as the number that it consists of.
+extern "C" std::chrono::system_clock::rep __real__ZNSt6chrono3_V212system_clock3nowEv();
 
-extern "C" std::chrono::system_clock::time_point __wrap__ZNSt6chrono3_V212system_clock3nowEv();
+extern "C" std::chrono::system_clock::rep __wrap__ZNSt6chrono3_V212system_clock3nowEv();
 
-extern "C" std::chrono::system_clock::time_point __wrap__ZNSt6chrono3_V212system_clock3nowEv()
+extern "C" std::chrono::system_clock::rep __wrap__ZNSt6chrono3_V212system_clock3nowEv()
 {
-    return __real__ZNSt6chrono3_V212system_clock3nowEv() + std::chrono::system_clock::duration(faults::stepped);
+    return __real__ZNSt6chrono3_V212system_clock3nowEv() + faults::stepped;
 }
 
 extern "C" int __real_pthread_cond_timedwait(
