@@ -108,10 +108,9 @@ TEST(AllocationRunTest, EachOneThatFailsStopsTimersOrEndsTheProcessButNothingEls
         ++counts[fate];
     } while (fate != Unharmed);
 
-    std::cout << "             " << ordinal - 1 << " allocations, each " << FAULTS_EVERY
-              << ". of which failed once: " << counts[RecordLost] << " times a record was lost, "
-              << counts[TimersStopped] << " times the timers were stopped, " << counts[ProcessEnded]
-              << " times the process ended\n";
+    std::cout << "             " << ordinal - 1 << " allocations, in steps of " << FAULTS_EVERY << ": "
+              << counts[RecordLost] << " times a record was lost, " << counts[TimersStopped]
+              << " times the timers were stopped, " << counts[ProcessEnded] << " times the process ended\n";
     EXPECT_GT(counts[RecordLost], 0);
     EXPECT_GT(counts[TimersStopped], 0);
     EXPECT_GT(counts[ProcessEnded], 0);
