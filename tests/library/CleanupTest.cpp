@@ -38,6 +38,18 @@ TEST_F(CleanupTest, CleanupWritesItsLockSteps)
     EXPECT_THAT(story(), ElementsAre("Requesting lock @cleanup", "unlocking lock @cleanup"));
 }
 
+TEST_F(CleanupTest, TheFlagIsRaisedBeforeTheLockIsGivenBack)
+{
+    // Raised later, it could come between the scheduler thread's look at it and that thread's wait.
+    startThread();
+    bool raised = false;
+    journal().once("unlocking lock @cleanup", [&] { raised = TimerSchedulerPeer::isFinishing(scheduler()); });
+
+    scheduler().cleanup();
+
+    EXPECT_TRUE(raised);
+}
+
 TEST_F(CleanupTest, WhatIsQueuedAfterCleanupStaysAndNeverRuns)
 {
     startThread();
