@@ -1,4 +1,5 @@
-# How script/test builds, runs and counts. To be sourced after lib.sh; expects the number of jobs in `jobs`.
+# How script/test builds, runs and counts. To be sourced after lib.sh; expects the number of jobs in `jobs`, and how
+# long to fuzz in `fuzzSeconds`.
 
 minLineCoverage=95
 minBranchCoverage=85
@@ -23,7 +24,7 @@ for_step() {
   local step=$1
   shift
   case $step in
-  *san*) without_random_addresses "$@" ;;
+  *san* | fuzz) without_random_addresses "$@" ;;
   *) "$@" ;;
   esac
 }
@@ -128,6 +129,34 @@ test_external_host() {
   local compiler=$1
   local tree=$buildDir/external-host/$compiler
   build_and_test "external-host-$compiler" "$tree/program" build_external_host "$compiler" "$tree"
+}
+
+# The corpus of the tree is where it begins; what it finds besides stays in the build folder, and so do the bytes that
+# made it fail. The script that they stand for is at the end of the log.
+test_fuzz() {
+  local tree=$buildDir/fuzz log=$buildDir/log/test-fuzz.log start=$SECONDS built
+  local binary=$tree/tests/simulation/simulation_fuzz
+  : >"$log"
+  say "fuzz: building ..."
+  if ! run_logged "$log" cmake --preset fuzz -S "$projectDir" -DTOVRINTIMER_WERROR=ON \
+    -DTOVRINTIMER_BUILD_TESTS=ON \
+    || ! run_logged "$log" cmake --build --preset fuzz --parallel "$jobs"; then
+    failed=$((failed + 1))
+    printf '%-22s does not build\n' fuzz
+    return 0
+  fi
+  built=$SECONDS
+  say "fuzz: running for $fuzzSeconds s ..."
+  mkdir -p "$tree/corpus" "$tree/found"
+  if run_logged "$log" for_step fuzz "$binary" -max_total_time="$fuzzSeconds" -max_len=400 -len_control=0 \
+    -timeout=60 -artifact_prefix="$tree/found/" "$tree/corpus" "$projectDir/tests/simulation/fuzz/corpus"; then
+    passed=$((passed + 1))
+    printf '%-22s %s; built in %d s, run in %d s: %s\n' fuzz "$(sum_up 1 0 0)" $((built - start)) \
+      $((SECONDS - built)) "$(tail -n 1 "$log")"
+  else
+    failed=$((failed + 1))
+    printf '%-22s %s; built in %d s\n' fuzz "$(sum_up 0 1 0)" $((built - start))
+  fi
 }
 
 # The closing line. Fails where something failed, or nothing passed.
