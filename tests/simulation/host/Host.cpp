@@ -106,6 +106,12 @@ void Host::checkNothingIsLeft()
     if (!m_objects.empty()) {
         m_kernel.fail(std::to_string(m_objects.size()) + " objects have not been retracted");
     }
+    const int expected = m_timerPpe ? 0 : m_handedOver;
+    if (m_requestsPending != expected || m_looks != expected) {
+        m_kernel.fail("after " + std::to_string(m_handedOver) + " tasks the interpreter has been told "
+            + std::to_string(m_requestsPending) + " times, and made to look " + std::to_string(m_looks)
+            + " times, in place of " + std::to_string(expected));
+    }
     if (m_resolution != 0) {
         m_kernel.fail("the timer resolution has not been given back");
     }
@@ -123,6 +129,7 @@ void Host::checkCall(const char* name) const
 void Host::handOver(const std::shared_ptr<vorn::VORN>& engine, const std::function<void()>& task)
 {
     checkCall("processTovrinTimerTask");
+    ++m_handedOver;
     const auto& mine = dynamic_cast<const Engine&>(*engine);
     m_tasks.push_back({ task, m_model.handedOver(mine.timer), mine.slot });
     m_kernel.wakeAll(this);
@@ -160,6 +167,25 @@ void Host::woken(const Engine& engine)
 {
     m_model.woken(engine.timer);
     const Operation operation("wake-up for timer", engine.timer);
+}
+
+void Host::requestPending(bool pending)
+{
+    checkCall("setReadyRequestPending");
+    if (!pending) {
+        m_kernel.fail("a request is told to be pending no longer");
+    }
+    ++m_requestsPending;
+    const Operation operation("request pending");
+}
+
+void Host::requestLineLooks()
+{
+    checkCall("inRequestLineNoService");
+    if (++m_looks > m_requestsPending) {
+        m_kernel.fail("the interpreter is made to look before a request is pending");
+    }
+    const Operation operation("request line");
 }
 
 void Host::retracted(const void* object)

@@ -70,6 +70,8 @@ public:
     void checkCall(const char* name) const;
     bool timerPpe() const { return m_timerPpe; }
     void threadNamed(const std::string& name);
+    void requestPending(bool pending);
+    void requestLineLooks();
     void resolutionChanged(int by) { m_resolution += by; }
     void engineMade(int by) { m_engines += by; }
 
@@ -97,6 +99,9 @@ private:
     std::map<const void*, int> m_objects; // of the class system, and their timers
     int m_engines = 0;
     int m_resolution = 0;
+    int m_handedOver = 0;
+    int m_requestsPending = 0;
+    int m_looks = 0; // of the interpreter at its request line
 };
 
 } // namespace simulation

@@ -66,16 +66,14 @@ void setCurrentThreadName(const std::string& name)
     const Operation operation("name thread");
 }
 
-void setReadyRequestPending(bool /*pending*/)
+void setReadyRequestPending(bool pending)
 {
-    Host::current().checkCall("setReadyRequestPending");
-    const Operation operation("request pending");
+    Host::current().requestPending(pending);
 }
 
 void inRequestLineNoService(const std::shared_ptr<InterruptStateData>& /*interruptState*/)
 {
-    Host::current().checkCall("inRequestLineNoService");
-    const Operation operation("request line");
+    Host::current().requestLineLooks();
 }
 
 void pelk::factory::full::retract(Wrappable* object)

@@ -48,6 +48,13 @@ public:
         return take();
     }
 
+    /// \returns whether the callback succeeded
+    bool takeEvaluation()
+    {
+        take(Event::EvaluationBegins, "a task evaluates its callback");
+        return take(Event::EvaluationEnds, "a task waits for its callback").succeeded;
+    }
+
     /// For what depends on a setting that has changed meanwhile.
     void takeAll() { m_at = m_activity.events.size(); }
 

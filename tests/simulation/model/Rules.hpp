@@ -12,11 +12,4 @@ void judge(const Model& model, const Activity& activity);
 /// What the activity, which hands a task over at this moment, can have handed over.
 void expectOf(HandOver& handOver, const TimerModel& timer, const Activity& by, std::uint64_t time);
 
-/// Counts one callback.
-/// \param tasks what the timer's number of tasks is now
-Count counted(Count before, std::uint64_t tasks);
-
-/// The due time of what is due `span` milliseconds after a moment.
-std::int64_t dueAfter(Moment now, double span);
-
 } // namespace simulation

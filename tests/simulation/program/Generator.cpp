@@ -128,14 +128,14 @@ Script randomScript(Choices& choices)
     }
     const int hosts = static_cast<int>(1 + choices.below(3));
     for (int host = 0; host < hosts; ++host) {
-        const auto steps = 2 + choices.below(static_cast<std::uint64_t>(8 + timers));
+        const auto steps = 2 + choices.below(static_cast<std::uint64_t>(14 + timers));
         // Without a start little happens.
         script.steps.push_back({ false, host, Verb::Start, host % timers, 0.0 });
         for (std::uint64_t number = 0; number < steps; ++number) {
             script.steps.push_back(randomStep(choices, false, host, timers));
         }
     }
-    for (std::uint64_t number = choices.below(8); number > 0; --number) {
+    for (std::uint64_t number = choices.below(12); number > 0; --number) {
         const auto actor = static_cast<int>(choices.below(static_cast<std::uint64_t>(timers)));
         script.steps.push_back(randomStep(choices, true, actor, timers));
     }

@@ -6,24 +6,20 @@
 #include "tests/recording_host/LogCapture.hpp"
 #include "tests/simulation/host/Host.hpp"
 #include "tests/simulation/model/Model.hpp"
+#include "tests/simulation/run/Stage.hpp"
 #include "timer_src/main/TimerScheduler.hpp"
 
-#include <algorithm>
+#include <deque>
+#include <memory>
 #include <optional>
 
 namespace simulation {
 
 using tovrintimer::StartFcnWork;
 using tovrintimer::TimerFcnWork;
-using tovrintimer::TimerInfo;
 using tovrintimer::TimerScheduler;
 
 namespace {
-
-Moment nanoseconds(double milliseconds)
-{
-    return static_cast<Moment>(milliseconds * static_cast<double>(millisecond));
-}
 
 Kernel::Options kernelOptions(const Script& script, const RunOptions& options)
 {
@@ -77,6 +73,7 @@ public:
         , m_kernel(kernelOptions(script, options))
         , m_model(m_kernel)
         , m_host(m_kernel, m_model, script.timerPpe)
+        , m_stage(m_kernel, m_model, m_host, script.timers)
         , m_callbackSteps(script.timers.size())
     {
         for (const Step& step : script.steps) {
@@ -94,13 +91,6 @@ public:
     }
 
 private:
-    struct Slot {
-        std::shared_ptr<TimerInfo> timer;
-        std::weak_ptr<TimerInfo> handle; // of the latest timer, also when it has gone
-        Settings settings;
-        int number = -1;
-    };
-
     void main();
     void finish();
     void stopAll();
@@ -109,37 +99,20 @@ private:
     void hostThread(int number);
     void callback(int slot);
     void afterError(int slot, int timer, WorkKind kind);
-    void perform(const Step& step);
-    void operate(Activity::What what, int slot);
-    void change(Slot& slot, const Step& step);
-    Slot& at(int slot) { return m_slots[static_cast<std::size_t>(slot)]; }
     const TimerSpec& spec(int slot) const { return m_script.timers[static_cast<std::size_t>(slot)]; }
-
-    void make(int number)
-    {
-        Slot& slot = at(number);
-        const Host::MadeTimer made = m_host.makeTimer(number, spec(number).settings);
-        slot = { made.timer, made.timer, spec(number).settings, made.number };
-    }
 
     const Script& m_script;
     Kernel m_kernel;
     Model m_model;
     Host m_host;
-    std::vector<Slot> m_slots;
+    Stage m_stage;
     std::vector<std::deque<Step>> m_callbackSteps; // still to be done, of each slot
     std::vector<int> m_hostThreads;
-    TimerScheduler* m_scheduler = nullptr;
 };
 
 void Play::main()
 {
-    m_scheduler = TimerScheduler::getPerTOVRINProcessInstance();
-    m_model.watch(*m_scheduler);
-    m_slots.resize(m_script.timers.size());
-    for (int slot = 0; slot < static_cast<int>(m_slots.size()); ++slot) {
-        make(slot);
-    }
+    m_stage.setUp();
     m_host.startEngine();
     for (int number = 0; number < m_script.hostThreads(); ++number) {
         m_hostThreads.push_back(
@@ -171,25 +144,27 @@ void Play::joinHosts()
 void Play::stopAll()
 {
     const Doing doing("stop all timers");
-    const auto isRunning = [](const Slot& slot) { return slot.timer && slot.timer->getIsRunning(); };
-    for (int slot = 0; slot < static_cast<int>(m_slots.size()); ++slot) {
-        operate(Activity::Stop, slot);
+    for (int slot = 0; slot < m_stage.slots(); ++slot) {
+        m_stage.operate(Activity::Stop, slot);
     }
+    bool isOneRunning = false;
     do {
-        for (int slot = 0; slot < static_cast<int>(m_slots.size()); ++slot) {
-            if (isRunning(at(slot))) {
-                operate(Activity::Stop, slot);
+        isOneRunning = false;
+        for (int slot = 0; slot < m_stage.slots(); ++slot) {
+            if (m_stage.isRunning(slot)) {
+                m_stage.operate(Activity::Stop, slot);
+                isOneRunning = true;
             }
         }
         m_kernel.sleepFor(5 * millisecond);
-    } while (!m_host.isIdle() || std::ranges::any_of(m_slots, isRunning));
+    } while (!m_host.isIdle() || isOneRunning);
 }
 
 void Play::cleanUp()
 {
     const Operation operation("clean up");
     m_model.operationBegins(Activity::Cleanup, -1);
-    m_scheduler->cleanup();
+    TimerScheduler::getPerTOVRINProcessInstance()->cleanup();
     m_model.operationEnds();
 }
 
@@ -199,7 +174,7 @@ void Play::finish()
         const Doing doing("stop the engine");
         m_host.stopEngine();
     }
-    m_slots.clear();
+    m_stage.clear();
     m_model.unwatch();
     tovrinhost::destroyProcessScope();
     m_model.checkNothingIsLeft();
@@ -210,7 +185,7 @@ void Play::hostThread(int number)
 {
     for (const Step& step : m_script.steps) {
         if (!step.byCallback && step.actor == number) {
-            perform(step);
+            m_stage.perform(step);
         }
     }
 }
@@ -224,133 +199,25 @@ void Play::callback(int slot)
     if (!steps.empty()) {
         const Step step = steps.front();
         steps.pop_front();
-        perform(step);
+        m_stage.perform(step);
     }
 }
 
 void Play::afterError(int slot, int timer, WorkKind kind)
 {
-    if ((kind != TimerFcnWork && kind != StartFcnWork) || at(slot).number != timer) {
+    if ((kind != TimerFcnWork && kind != StartFcnWork) || !m_stage.isLatest(slot, timer)) {
         return;
     }
     switch (spec(slot).onError) {
     case OnError::Nothing:
         return;
     case OnError::ForceError:
-        operate(Activity::Fail, slot);
+        m_stage.operate(Activity::Fail, slot);
         return;
     case OnError::ForceErrorAndStop:
-        operate(Activity::FailAndStop, slot);
+        m_stage.operate(Activity::FailAndStop, slot);
         return;
     }
-}
-
-void Play::perform(const Step& step)
-{
-    switch (step.verb) {
-    case Verb::Start:
-        operate(Activity::Start, step.timer);
-        return;
-    case Verb::Stop:
-        operate(Activity::Stop, step.timer);
-        return;
-    case Verb::Fail:
-        operate(Activity::Fail, step.timer);
-        return;
-    case Verb::FailAndStop:
-        operate(Activity::FailAndStop, step.timer);
-        return;
-    case Verb::Destroy: {
-        const Operation operation("destroy timer", step.timer);
-        at(step.timer).timer.reset();
-        return;
-    }
-    case Verb::Make: {
-        const Operation operation("make timer", step.timer);
-        if (!at(step.timer).timer) {
-            make(step.timer);
-        }
-        return;
-    }
-    case Verb::Sleep: {
-        const Operation operation("sleep");
-        m_kernel.sleepFor(nanoseconds(step.value));
-        return;
-    }
-    case Verb::Raise:
-        if (step.byCallback) {
-            throw CallbackError("error in the callback");
-        }
-        return;
-    case Verb::SetPeriod:
-    case Verb::SetTasks:
-    case Verb::SetBusy:
-    case Verb::SetMode:
-    case Verb::SetDelay:
-    case Verb::SetHasStop:
-    case Verb::SetHasError: {
-        const Operation operation("change timer", step.timer);
-        change(at(step.timer), step);
-        return;
-    }
-    }
-}
-
-void Play::operate(Activity::What what, int slot)
-{
-    const Operation operation(name(what), slot);
-    const std::weak_ptr<TimerInfo> handle = at(slot).handle;
-    m_model.operationBegins(what, at(slot).number);
-    switch (what) {
-    case Activity::Start:
-        m_scheduler->createAndStartWork(handle);
-        break;
-    case Activity::Stop:
-        m_scheduler->forceStopWorkAndScheduleStopFcn(handle);
-        break;
-    case Activity::Fail:
-        m_scheduler->forceScheduleOfErrorFcn(handle, false);
-        break;
-    case Activity::FailAndStop:
-        m_scheduler->forceScheduleOfErrorFcn(handle, true);
-        break;
-    case Activity::Dispatch:
-    case Activity::Task:
-    case Activity::Cleanup:
-        break;
-    }
-    m_model.operationEnds();
-}
-
-void Play::change(Slot& slot, const Step& step)
-{
-    if (!slot.timer) {
-        return;
-    }
-    const auto whole = static_cast<std::size_t>(step.value);
-    if (step.verb == Verb::SetPeriod) {
-        slot.settings.period = step.value;
-        slot.timer->setPeriod(step.value);
-    } else if (step.verb == Verb::SetTasks) {
-        slot.settings.tasks = whole;
-        slot.timer->setNumOfTasksToExecute(whole);
-    } else if (step.verb == Verb::SetBusy) {
-        slot.settings.busy = whole;
-        slot.timer->setBusyMode(whole);
-    } else if (step.verb == Verb::SetMode) {
-        slot.settings.mode = whole;
-        slot.timer->setExecutionMode(whole);
-    } else if (step.verb == Verb::SetDelay) {
-        slot.settings.delay = step.value;
-        slot.timer->setStartDelay(step.value);
-    } else if (step.verb == Verb::SetHasStop) {
-        slot.settings.hasStop = whole != 0;
-        slot.timer->setStopFcnIsEmpty(whole == 0);
-    } else if (step.verb == Verb::SetHasError) {
-        slot.settings.hasError = whole != 0;
-        slot.timer->setErrorFcnIsEmpty(whole == 0);
-    }
-    m_model.settingsChanged(slot.number, slot.settings);
 }
 
 } // namespace

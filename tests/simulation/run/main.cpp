@@ -16,8 +16,8 @@ using simulation::Script;
 using simulation::Verdict;
 
 constexpr const char* usage = R"(Usage: simulation --seeds FROM..TO [--jobs N]
-       simulation --seed N [--trace] [--print]
-       simulation --script FILE [--trace]
+       simulation --seed N [--trace] [--shrink] [--print]
+       simulation --script FILE [--trace] [--shrink]
 
 Runs random programs on the library in virtual time, and holds what happens against a model of its rules.
 
@@ -26,6 +26,7 @@ Runs random programs on the library in virtual time, and holds what happens agai
   --seed N          one seed
   --script FILE     a script, as printed for a seed that failed; - for the standard input
   --trace           prints each step
+  --shrink          if it fails, prints the shortest script found that fails alike
   --print           prints the script of the seed, and does not run it
 
 The exit status is 0 if nothing failed, 1 if something did, 2 for wrong usage.
@@ -50,6 +51,7 @@ struct Arguments {
     std::string value;
     unsigned int jobs = std::max(1U, std::thread::hardware_concurrency());
     bool trace = false;
+    bool shrink = false;
     bool print = false;
 };
 
@@ -64,6 +66,8 @@ Arguments parse(int argc, char** argv)
         }
         if (name == "--trace") {
             arguments.trace = true;
+        } else if (name == "--shrink") {
+            arguments.shrink = true;
         } else if (name == "--print") {
             arguments.print = true;
         } else if (name == "--jobs") {
@@ -96,14 +100,25 @@ std::string readFile(const std::string& name)
     return text.str();
 }
 
-int runOne(const Script& script, bool trace)
+void printShorter(const Script& script)
+{
+    std::cout << "\nshrinking ..." << std::endl;
+    const Script shorter
+        = simulation::shrink(script, [](const Script& candidate) { return simulateApart(candidate); });
+    std::cout << simulateApart(shorter).failure << "\n\nthe script, for --script:\n" << toText(shorter);
+}
+
+int runOne(const Script& script, const Arguments& arguments)
 {
     simulation::RunOptions options;
-    options.trace = trace;
+    options.trace = arguments.trace;
     const Verdict verdict = simulateApart(script, options);
     std::cout << verdict.trace;
     if (verdict.failed()) {
         std::cout << "failed: " << verdict.failure << '\n';
+        if (arguments.shrink) {
+            printShorter(script);
+        }
         return 1;
     }
     std::cout << "passed: " << verdict.steps << " steps, until " << verdict.end / simulation::millisecond
@@ -128,10 +143,8 @@ int runSeeds(const Arguments& arguments)
     }
     const Script script = simulation::scriptOf(*batch.failedSeed);
     const Verdict verdict = simulateApart(script);
-    std::cout << "seed " << *batch.failedSeed << " failed: " << verdict.failure << "\n\nshrinking ...\n";
-    const Script shorter
-        = simulation::shrink(script, [](const Script& candidate) { return simulateApart(candidate); });
-    std::cout << simulateApart(shorter).failure << "\n\nthe script, for --script:\n" << toText(shorter);
+    std::cout << "seed " << *batch.failedSeed << " failed: " << verdict.failure << '\n';
+    printShorter(script);
     return 1;
 }
 
@@ -150,7 +163,7 @@ int main(int argc, char** argv)
             std::cout << toText(script);
             return 0;
         }
-        return runOne(script, arguments.trace);
+        return runOne(script, arguments);
     } catch (const WrongUsage& error) {
         std::cerr << error.what() << '\n' << usage;
         return 2;

@@ -1,4 +1,4 @@
-#include "tests/simulation/model/Rules.hpp"
+#include "tests/simulation/model/Counting.hpp"
 
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@ struct Case {
     Count after;
 };
 
-TEST(RulesTest, ACallbackIsCounted)
+TEST(CountingTest, ACallbackIsCounted)
 {
     for (const Case& c : { Case { { 10, 10 }, 10, { 10, 9 } }, Case { { 10, 7 }, 5, { 5, 1 } },
              Case { { 10, 7 }, 4, { 10, 6 } }, Case { { 5, 3 }, 8, { 8, 5 } }, Case { { 3, 1 }, 3, { 3, 0 } },
@@ -28,7 +28,7 @@ TEST(RulesTest, ACallbackIsCounted)
     }
 }
 
-TEST(RulesTest, SpansAreWholeMillisecondsAndSaturate)
+TEST(CountingTest, SpansAreWholeMillisecondsAndSaturate)
 {
     constexpr Moment now = 1000 * millisecond + 900'000;
     EXPECT_EQ(dueAfter(now, 0.9), 1000);

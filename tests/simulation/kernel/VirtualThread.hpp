@@ -1,0 +1,25 @@
+#pragma once
+
+#include "tests/simulation/kernel/Kernel.hpp"
+
+namespace simulation {
+
+/// What the kernel keeps of each thread. For the kernel's own sources.
+struct Kernel::VirtualThread {
+    std::string name;
+    std::function<void()> body;
+    std::unique_ptr<Fiber> fiber;
+    std::vector<Frame> frames;
+    std::size_t locks = 0;
+    bool ready = true;
+    bool ended = false;
+
+    // While it is blocked.
+    const void* key = nullptr;
+    Moment deadline = never; // what was asked for
+    Moment wakesAt = never; // what it gets
+    bool mayWakeSpuriously = false;
+    bool timedOut = false;
+};
+
+} // namespace simulation

@@ -1,0 +1,160 @@
+#include "tests/simulation/model/Model.hpp"
+#include "tests/simulation/model/SchedulerPeer.hpp"
+
+#include <algorithm>
+
+namespace simulation {
+
+// The model's half that watches the queue: it looks each time that the queue's mutex is released.
+
+using Peer = tovrintimer::TimerSchedulerPeer;
+
+namespace {
+
+bool same(const foundation::msg_svc::exchange::IDType& a, const foundation::msg_svc::exchange::IDType& b)
+{
+    return a.first == b.first && a.second == b.second;
+}
+
+bool same(const Item& expected, const Item& found)
+{
+    return same(expected.id, found.id) && expected.kind == found.kind && expected.due == found.due
+        && expected.count.total == found.count.total && expected.count.left == found.count.left
+        && expected.record == found.record;
+}
+
+Item read(const tovrintimer::WorkItemVariant& work)
+{
+    Item item;
+    boost::apply_visitor(
+        [&item]<int kind>(const tovrintimer::WorkItem<kind>& found) {
+            item.id = found.m_id;
+            item.kind = WorkKind { kind };
+            item.due = found.m_executeAt.time_since_epoch().count();
+            item.count = { *found.m_sharedTaskCounter, found.m_taskCount };
+            item.record = found.m_prevCallBackStatus.get();
+        },
+        work);
+    return item;
+}
+
+std::shared_ptr<tovrintimer::prevCallBackStatus> recordOf(const tovrintimer::WorkItemVariant& work)
+{
+    return boost::apply_visitor([](const auto& item) { return item.m_prevCallBackStatus; }, work);
+}
+
+} // namespace
+
+/// Whether the queue is the model's, but for the item at the place `skipped`, counted from the soonest.
+bool Model::matchesQueue(std::size_t skipped) const
+{
+    const auto& real = Peer::queue(*m_scheduler);
+    std::size_t place = real.size();
+    for (std::size_t i = 0; i < real.size(); ++i) {
+        place = real.size() - 1 - i;
+        if (i == skipped) {
+            continue;
+        }
+        if (!same(m_queue[i > skipped ? i - 1 : i], read(real[place]))) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void Model::compareQueue()
+{
+    const auto& real = Peer::queue(*m_scheduler);
+    Activity* const current = activity();
+    if (current != nullptr && current->what == Activity::Cleanup) {
+        if (!real.empty()) {
+            fail("the cleanup leaves work in the queue");
+        }
+        m_queue.clear();
+        m_isCleanedUp = true;
+        return;
+    }
+    const bool removes = current != nullptr
+        && (current->what == Activity::Stop || current->what == Activity::Fail
+            || current->what == Activity::FailAndStop)
+        && current->events.empty();
+    if (removes) {
+        removed(*current);
+    } else if (real.size() == m_queue.size() + 1) {
+        inserted();
+    } else if (real.size() + 1 == m_queue.size()) {
+        taken();
+    }
+    if (real.size() != m_queue.size() || !matchesQueue(real.size())) {
+        fail("the queue is not what it ought to be: " + std::to_string(real.size()) + " items in place of "
+            + std::to_string(m_queue.size()) + (activity() != nullptr ? ", during " + describe(*activity()) : ""));
+    }
+}
+
+void Model::removed(Activity& activity)
+{
+    const auto& id = at(activity.timer).id;
+    std::erase_if(m_queue, [&id](const Item& item) { return same(item.id, id); });
+    add(Event::Removed, activity.timer);
+    m_aboutToNotify.insert(m_kernel.self());
+}
+
+void Model::inserted()
+{
+    const auto& real = Peer::queue(*m_scheduler);
+    std::size_t place = 0;
+    while (place < m_queue.size() && same(m_queue[place], read(real[real.size() - 1 - place]))) {
+        ++place;
+    }
+    const auto& work = real[real.size() - 1 - place];
+    Item item = read(work);
+    item.timer = m_timerOf.at(item.id);
+    Event& event = add(Event::Inserted, item.timer);
+    event.item = item;
+
+    const auto after = std::upper_bound(m_queue.begin(), m_queue.end(), item.due,
+        [](std::int64_t due, const Item& queued) { return due < queued.due; });
+    if (after - m_queue.begin() != static_cast<std::ptrdiff_t>(place)) {
+        fail("an item is queued at place " + std::to_string(place) + " from the soonest, and belongs to "
+            + std::to_string(after - m_queue.begin()) + ": " + describe(*activity()));
+    }
+    for (const Item& other : m_queue) {
+        if (other.record == item.record) {
+            fail("two items share a completion record: " + describe(*activity()));
+        }
+    }
+    const Activity& by = *activity();
+    for (const Event& earlier : by.events) {
+        item.after = earlier.handOver ? earlier.handOver : item.after;
+    }
+    if (by.item && by.item->record == item.record) {
+        item.after = by.item->after;
+    }
+    event.item.after = item.after;
+    m_queue.insert(after, item);
+    m_aboutToNotify.insert(m_kernel.self());
+    m_queuedBeforeCleanup = m_queuedBeforeCleanup || !m_isCleanedUp;
+    if (m_records.size() > 1000) {
+        std::erase_if(m_records, [](const auto& record) { return record.expired(); });
+    }
+    m_records.push_back(recordOf(work));
+}
+
+void Model::taken()
+{
+    if (m_kernel.self() != m_schedulerThread || activity() != nullptr) {
+        fail("somebody takes work off the queue out of turn");
+    }
+    if (m_isCleanedUp) {
+        fail("work is dispatched after the cleanup");
+    }
+    const Item item = m_queue.front();
+    if (item.due > m_kernel.now() / millisecond) {
+        fail("an item is dispatched before its due time, " + std::to_string(item.due) + " ms, at "
+            + std::to_string(m_kernel.now() / millisecond) + " ms");
+    }
+    m_queue.erase(m_queue.begin());
+    begin(Activity::Dispatch, item.timer).item = item;
+}
+
+} // namespace simulation
