@@ -136,6 +136,7 @@ test_external_host() {
 test_fuzz() {
   local tree=$buildDir/fuzz log=$buildDir/log/test-fuzz.log start=$SECONDS built
   local binary=$tree/tests/simulation/simulation_fuzz
+  mkdir -p "$buildDir/log"
   : >"$log"
   say "fuzz: building ..."
   if ! run_logged "$log" cmake --preset fuzz -S "$projectDir" -DTOVRINTIMER_WERROR=ON \
