@@ -112,8 +112,10 @@ void Host::checkNothingIsLeft()
             + std::to_string(m_requestsPending) + " times, and made to look " + std::to_string(m_looks)
             + " times, in place of " + std::to_string(expected));
     }
-    if (m_resolution != 0) {
-        m_kernel.fail("the timer resolution has not been given back");
+    const int raised = m_wantsResolution ? 1 : 0;
+    if (m_raised != raised || m_givenBack != raised) {
+        m_kernel.fail("the timer resolution has been raised " + std::to_string(m_raised) + " times and given back "
+            + std::to_string(m_givenBack) + " times, in place of " + std::to_string(raised));
     }
 }
 

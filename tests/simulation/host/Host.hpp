@@ -52,6 +52,9 @@ public:
 
     MadeTimer makeTimer(int slot, const Settings& settings);
 
+    /// A timer with this period is about to be started.
+    void timerStarts(double period) { m_wantsResolution = m_wantsResolution || period < 500.0; }
+
     void startEngine();
 
     /// Has it run what has been handed over, and end.
@@ -72,7 +75,8 @@ public:
     void threadNamed(const std::string& name);
     void requestPending(bool pending);
     void requestLineLooks();
-    void resolutionChanged(int by) { m_resolution += by; }
+    void resolutionRaised() { ++m_raised; }
+    void resolutionGivenBack() { ++m_givenBack; }
     void engineMade(int by) { m_engines += by; }
 
 private:
@@ -98,7 +102,9 @@ private:
     WorkKind m_latestKind = tovrintimer::TimerFcnWork;
     std::map<const void*, int> m_objects; // of the class system, and their timers
     int m_engines = 0;
-    int m_resolution = 0;
+    bool m_wantsResolution = false;
+    int m_raised = 0; // the timer resolution
+    int m_givenBack = 0;
     int m_handedOver = 0;
     int m_requestsPending = 0;
     int m_looks = 0; // of the interpreter at its request line

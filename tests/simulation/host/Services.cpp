@@ -90,12 +90,12 @@ namespace tovrintimer::platform {
 
 void beginTimerResolution()
 {
-    Host::current().resolutionChanged(1);
+    Host::current().resolutionRaised();
 }
 
 void endTimerResolution()
 {
-    Host::current().resolutionChanged(-1);
+    Host::current().resolutionGivenBack();
 }
 
 void adoptTimerResolution() noexcept

@@ -104,6 +104,9 @@ void Stage::operate(Activity::What what, int slot)
     m_model.operationBegins(what, at(slot).number);
     switch (what) {
     case Activity::Start:
+        if (const auto timer = handle.lock()) {
+            m_host.timerStarts(timer->getPeriod());
+        }
         m_scheduler->createAndStartWork(handle);
         break;
     case Activity::Stop:
