@@ -1,5 +1,7 @@
 #include "tests/simulation/run/Apart.hpp"
 
+#include "tests/simulation/run/Shrink.hpp"
+
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -141,6 +143,38 @@ Verdict simulateApart(const Script& script, const RunOptions& options)
     Verdict verdict;
     verdict.failure = how;
     return verdict;
+}
+
+std::optional<std::uint64_t> findSchedule(const Script& script, const std::string& gistOfFailure)
+{
+    constexpr std::uint64_t most = 400;
+    const auto attempt = [&script](std::uint64_t number) {
+        Script candidate = script;
+        candidate.schedule = number == 0 ? script.schedule : number;
+        return candidate;
+    };
+    for (std::uint64_t number = 0; number < most; ++number) {
+        // As many as pass in one process: that is quicker than one for each.
+        const auto passed = runApart(
+            [&] {
+                while (number < most && !simulate(attempt(number)).failed()) {
+                    ++number;
+                }
+                return std::to_string(number);
+            },
+            120);
+        // A child that crashed does not tell where.
+        for (number = passed ? std::stoull(*passed) : number; number < most; ++number) {
+            const Verdict verdict = simulateApart(attempt(number));
+            if (verdict.failed() && gist(verdict.failure) == gistOfFailure) {
+                return attempt(number).schedule;
+            }
+            if (passed) {
+                break;
+            }
+        }
+    }
+    return std::nullopt;
 }
 
 namespace {

@@ -16,6 +16,9 @@ std::optional<std::string> runApart(
 /// Simulates a script in a child process: it may fail, crash or hang.
 Verdict simulateApart(const Script& script, const RunOptions& options = {});
 
+/// Looks for a seed of the schedule, the script's own first, under which it fails with this gist.
+std::optional<std::uint64_t> findSchedule(const Script& script, const std::string& gistOfFailure);
+
 struct Batch {
     std::uint64_t seeds = 0; ///< that have been run
     std::uint64_t steps = 0;

@@ -2,20 +2,18 @@
 
 #include <algorithm>
 #include <cctype>
-#include <optional>
+#include <utility>
 
 namespace simulation {
 
 namespace {
 
-constexpr std::uint64_t schedulesToTry = 60;
-
 class Shrinker {
 public:
-    Shrinker(Script script, const std::function<Verdict(const Script&)>& run)
+    Shrinker(Script script, const std::string& failure, const FindSchedule& find)
         : m_best(std::move(script))
-        , m_run(run)
-        , m_gist(gist(run(m_best).failure))
+        , m_find(find)
+        , m_gist(gist(failure))
     {
     }
 
@@ -37,16 +35,13 @@ public:
 private:
     bool fails(Script candidate)
     {
-        const std::uint64_t first = candidate.schedule;
-        for (std::uint64_t i = 0; i < schedulesToTry; ++i) {
-            candidate.schedule = i == 0 ? first : i;
-            const Verdict verdict = m_run(candidate);
-            if (verdict.failed() && gist(verdict.failure) == m_gist) {
-                m_best = std::move(candidate);
-                return true;
-            }
+        const auto schedule = m_find(candidate, m_gist);
+        if (!schedule) {
+            return false;
         }
-        return false;
+        candidate.schedule = *schedule;
+        m_best = std::move(candidate);
+        return true;
     }
 
     /// Half of them at once at first, then fewer and fewer.
@@ -134,7 +129,7 @@ private:
     }
 
     Script m_best;
-    const std::function<Verdict(const Script&)>& m_run;
+    const FindSchedule& m_find;
     const std::string m_gist;
 };
 
@@ -147,9 +142,9 @@ std::string gist(const std::string& failure)
     return text;
 }
 
-Script shrink(const Script& script, const std::function<Verdict(const Script&)>& run)
+Script shrink(const Script& script, const std::string& failure, const FindSchedule& find)
 {
-    return Shrinker(script, run).shrink();
+    return Shrinker(script, failure, find).shrink();
 }
 
 } // namespace simulation

@@ -100,11 +100,10 @@ std::string readFile(const std::string& name)
     return text.str();
 }
 
-void printShorter(const Script& script)
+void printShorter(const Script& script, const std::string& failure)
 {
     std::cout << "\nshrinking ..." << std::endl;
-    const Script shorter
-        = simulation::shrink(script, [](const Script& candidate) { return simulateApart(candidate); });
+    const Script shorter = simulation::shrink(script, failure, simulation::findSchedule);
     std::cout << simulateApart(shorter).failure << "\n\nthe script, for --script:\n" << toText(shorter);
 }
 
@@ -117,7 +116,7 @@ int runOne(const Script& script, const Arguments& arguments)
     if (verdict.failed()) {
         std::cout << "failed: " << verdict.failure << '\n';
         if (arguments.shrink) {
-            printShorter(script);
+            printShorter(script, verdict.failure);
         }
         return 1;
     }
@@ -144,7 +143,7 @@ int runSeeds(const Arguments& arguments)
     const Script script = simulation::scriptOf(*batch.failedSeed);
     const Verdict verdict = simulateApart(script);
     std::cout << "seed " << *batch.failedSeed << " failed: " << verdict.failure << '\n';
-    printShorter(script);
+    printShorter(script, verdict.failure);
     return 1;
 }
 
