@@ -16,6 +16,18 @@
 #include <utility>
 #include <vector>
 
+#if defined(__SANITIZE_ADDRESS__)
+#define SIMULATION_WITH_LSAN 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define SIMULATION_WITH_LSAN 1
+#endif
+#endif
+
+#if defined(SIMULATION_WITH_LSAN)
+#include <sanitizer/lsan_interface.h>
+#endif
+
 namespace simulation {
 
 namespace {
@@ -200,6 +212,11 @@ void runSeeds(Progress& progress, std::uint64_t from, std::uint64_t to, unsigned
             return;
         }
     }
+#if defined(SIMULATION_WITH_LSAN)
+    if (__lsan_do_recoverable_leak_check() != 0) {
+        progress.failed = true; // of the last seed, or of one before it
+    }
+#endif
 }
 
 } // namespace

@@ -142,6 +142,10 @@ int runSeeds(const Arguments& arguments)
     }
     const Script script = simulation::scriptOf(*batch.failedSeed);
     const Verdict verdict = simulateApart(script);
+    if (!verdict.failed()) {
+        std::cout << "seed " << *batch.failedSeed << " failed, or one before it, but not by itself\n";
+        return 1;
+    }
     std::cout << "seed " << *batch.failedSeed << " failed: " << verdict.failure << '\n';
     printShorter(script, verdict.failure);
     return 1;
