@@ -100,6 +100,7 @@ private:
     void inserted();
     void taken();
     void removed(Activity& activity);
+    void removeAll(const foundation::msg_svc::exchange::IDType* id);
     void checkFlags() const;
     bool matchesQueue(std::size_t skipped) const;
     void checkStatistics(int timer) const;
@@ -114,6 +115,7 @@ private:
     std::vector<TimerModel> m_timers;
     std::map<foundation::msg_svc::exchange::IDType, int> m_timerOf;
     std::vector<Item> m_queue; // the soonest first
+    std::set<std::int64_t> m_removedDues; // the due times of items that were not taken
     std::set<int> m_aboutToNotify; // the threads that have changed the queue, and done nothing since
     std::map<int, Activities> m_activities; // of each thread, the innermost last
     std::vector<std::weak_ptr<tovrintimer::prevCallBackStatus>> m_records;

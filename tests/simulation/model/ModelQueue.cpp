@@ -70,7 +70,7 @@ void Model::compareQueue()
         if (!real.empty()) {
             fail("the cleanup leaves work in the queue");
         }
-        m_queue.clear();
+        removeAll(nullptr);
         m_isCleanedUp = true;
         return;
     }
@@ -91,10 +91,21 @@ void Model::compareQueue()
     }
 }
 
+/// The items of one timer, or of all.
+void Model::removeAll(const foundation::msg_svc::exchange::IDType* id)
+{
+    std::erase_if(m_queue, [this, id](const Item& item) {
+        const bool goes = id == nullptr || same(item.id, *id);
+        if (goes) {
+            m_removedDues.insert(item.due);
+        }
+        return goes;
+    });
+}
+
 void Model::removed(Activity& activity)
 {
-    const auto& id = at(activity.timer).id;
-    std::erase_if(m_queue, [&id](const Item& item) { return same(item.id, id); });
+    removeAll(&at(activity.timer).id);
     add(Event::Removed, activity.timer);
     m_aboutToNotify.insert(m_kernel.self());
 }
