@@ -8,7 +8,7 @@
 
 #include <atomic>
 #include <cstdint>
-#include <shared_mutex>
+#include <mutex>
 #include <string>
 
 namespace foundation::log {
@@ -66,7 +66,7 @@ private:
     std::atomic<std::uint32_t> m_mask;
 
     // Held while a record is opened, never while it is formatted or pushed.
-    std::shared_mutex m_lock;
+    std::mutex m_lock;
     boost::log::attribute_set m_attributes; // guarded by m_lock
 };
 
