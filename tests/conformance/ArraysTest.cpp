@@ -145,7 +145,7 @@ TEST_F(ArraysTest, AMovedArrayIsEmpty)
     Array source = m_factory.createCharArray("x");
 
     const Array moved = std::move(source);
-    EXPECT_EQ(source.getType(), ArrayType::Empty); // NOLINT(bugprone-use-after-move)
+    EXPECT_EQ(source.getType(), ArrayType::Empty); // NOLINT(bugprone-use-after-move): that is the point
     EXPECT_EQ(moved.getType(), ArrayType::Char);
 }
 

@@ -48,6 +48,7 @@ void stopForAWhile(pid_t child)
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, WUNTRACED), child);
     ASSERT_TRUE(WIFSTOPPED(status));
+    // For longer than some periods: the time itself is what is waited for.
     const auto until = now() + stopFor;
     while (now() < until) {
         usleep(1000);

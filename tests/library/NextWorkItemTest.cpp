@@ -103,7 +103,7 @@ TEST_F(NextWorkItemTest, AnItemIsMovedIntoTheHolder)
 
     next = std::move(item);
 
-    EXPECT_TRUE(item.m_timerInfo.expired()); // NOLINT(bugprone-use-after-move)
+    EXPECT_TRUE(item.m_timerInfo.expired()); // NOLINT(bugprone-use-after-move): that is the point
     EXPECT_EQ(item.m_sharedTaskCounter, nullptr);
     EXPECT_EQ(item.m_prevCallBackStatus, nullptr);
     EXPECT_EQ(std::get<WorkItem<TimerFcnWork>>(next).m_timerInfo.lock(), timer);

@@ -107,7 +107,7 @@ TEST_F(WorkItemTest, AMovedItemLeavesNoHandlesBehind)
     const auto moved = std::move(source);
 
     EXPECT_EQ(moved.m_timerInfo.lock(), timer);
-    EXPECT_TRUE(source.m_timerInfo.expired()); // NOLINT(bugprone-use-after-move)
+    EXPECT_TRUE(source.m_timerInfo.expired()); // NOLINT(bugprone-use-after-move): that is the point
     EXPECT_EQ(source.m_sharedTaskCounter, nullptr);
     EXPECT_EQ(source.m_prevCallBackStatus, nullptr);
 }
