@@ -54,7 +54,7 @@ struct QueueManagers {
 
 QueueManagers& queueManagers()
 {
-    static QueueManagers managers;
+    static auto& managers = *new QueueManagers; // in use to the last, whichever way the process ends
     return managers;
 }
 

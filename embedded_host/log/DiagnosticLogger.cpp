@@ -29,6 +29,8 @@ basic_diagnostic_logger<char>::basic_diagnostic_logger(const std::string& channe
 basic_diagnostic_logger<char>::~basic_diagnostic_logger()
 {
     tovrinhost::LoggerRegistry::instance().remove(*this);
+    // A thread that outlives it, as a process ends without an orderly shutdown, finds nothing wanted.
+    set_mask(0);
 }
 
 boost::log::record basic_diagnostic_logger<char>::open_record(std::uint32_t severity)

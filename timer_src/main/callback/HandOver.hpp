@@ -12,7 +12,10 @@ class TimerInfo;
 /// What each pending callback is: a task for the host to run, on a thread and at a time of the host's choice.
 using CallbackTask = std::function<void()>;
 
-/// The way of one handler's callback tasks to the host. Each handler has one static object of it.
+/// The way of one handler's callback tasks to the host.
+///
+/// Lifetime: each handler has one, and never destroys it: in a process that ends without an orderly shutdown, the
+/// scheduler thread hands tasks over to the last.
 ///
 /// Threading: any thread. Called with no lock held: all that happens here happens in the host.
 class HandOver {

@@ -17,7 +17,7 @@ void runErrorFcn(TimerInfo& timer, vorn::VORN& engine)
 
 void ErrorFcnWorkItemHandlerStrategy::handle(WorkItem<ErrorFcnWork> item) const
 {
-    static HandOver handOver;
+    static auto& handOver = *new HandOver;
 
     const auto timer = item.m_timerInfo.lock();
     if (!timer) {

@@ -69,7 +69,7 @@ bool FixedRateTimerFcnWorkItemHandlerStrategy::isPreviousCallbackStillRunning(
 void FixedRateTimerFcnWorkItemHandlerStrategy::handleFixedRateTimerFcnWithNoContention(
     WorkItem<TimerFcnWork> item) const
 {
-    static HandOver handOver;
+    static auto& handOver = *new HandOver;
 
     const auto timer = item.m_timerInfo.lock();
     if (!timer) {

@@ -24,7 +24,7 @@ void endRun(const WorkItem<TimerFcnWork>& item)
 
 void SingleShotTimerFcnWorkItemHandlerStrategy::handle(WorkItem<TimerFcnWork> item) const
 {
-    static HandOver handOver;
+    static auto& handOver = *new HandOver;
 
     const auto timer = item.m_timerInfo.lock();
     if (!timer) {

@@ -18,7 +18,7 @@ void runStartFcn(TimerInfo& timer, vorn::VORN& engine)
 
 void StartFcnWorkItemHandlerStrategy::handle(WorkItem<StartFcnWork> item) const
 {
-    static HandOver handOver;
+    static auto& handOver = *new HandOver;
 
     const auto timer = item.m_timerInfo.lock();
     if (!timer) {

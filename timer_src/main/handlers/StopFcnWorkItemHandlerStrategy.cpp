@@ -7,7 +7,7 @@ namespace tovrintimer {
 
 void StopFcnWorkItemHandlerStrategy::handle(WorkItem<StopFcnWork> item) const
 {
-    static HandOver handOver;
+    static auto& handOver = *new HandOver;
 
     const auto timer = item.m_timerInfo.lock();
     if (!timer) {
