@@ -30,6 +30,7 @@ private:
         const DueTime start = now() + 2ms;
         for (const int moment : moments) {
             const DueTime due = start + std::chrono::milliseconds(moment);
+            // The time itself is what is waited for: nothing else happens at these moments.
             std::this_thread::sleep_until(due - 1ms);
             while (now() < due) { }
             timer.updateTimerFunRunStatus();
