@@ -1,8 +1,6 @@
 #pragma once
 
-#include <atomic>
 #include <cstddef>
-#include <thread>
 
 namespace faults {
 
@@ -24,17 +22,8 @@ public:
     FailingLock& operator=(const FailingLock&) = delete;
     ~FailingLock();
 
-    /// Whether this lock is the one.
-    bool strikes(const void* mutex);
-
 private:
     FailingLock(const void* object, std::size_t size, int ordinal, On on);
-
-    const std::byte* const m_begin;
-    const std::byte* const m_end;
-    const On m_on;
-    const std::thread::id m_thread;
-    std::atomic<int> m_left;
 };
 
 } // namespace faults
