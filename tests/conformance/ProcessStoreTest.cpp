@@ -1,8 +1,8 @@
 #include "host/usm/Detail.hpp"
+#include "tests/StartLine.hpp"
 #include "tests/conformance/HostUnderTest.hpp"
 
 #include <atomic>
-#include <barrier>
 #include <set>
 #include <thread>
 #include <vector>
@@ -69,12 +69,12 @@ TEST_F(ProcessStoreTest, OfRacingInsertsOneObjectIsLeft)
 {
     const int key = Store::getNextID();
     std::vector<void*> got(4, nullptr);
-    std::barrier start(4);
+    StartLine start(got.size());
     {
         std::vector<std::jthread> threads;
         for (std::size_t i = 0; i < got.size(); ++i) {
             threads.emplace_back([&, i] {
-                start.arrive_and_wait();
+                start.arriveAndWait();
                 got[i] = Store::findOrInsert(key, makeOwner());
             });
         }

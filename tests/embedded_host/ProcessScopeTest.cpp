@@ -1,13 +1,13 @@
 #include "embedded_host/process/ProcessScope.hpp"
 
 #include "host/usm/Detail.hpp"
+#include "tests/StartLine.hpp"
 #include "tests/embedded_host/ThrownMessage.hpp"
 
 #include <gmock/gmock.h>
 
 #include <atomic>
 #include <functional>
-#include <latch>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -97,16 +97,16 @@ TEST_F(ProcessScopeTest, TheLosersDestructorMayCallTheStore)
 
 TEST_F(ProcessScopeTest, OfManyThreadsThatOfferAnObjectOneWins)
 {
-    constexpr std::ptrdiff_t threadCount = 8;
+    constexpr int threadCount = 8;
     const int key = Store::getNextID();
     std::atomic<int> destroyed { 0 };
     std::vector<void*> results(threadCount);
-    std::latch ready(threadCount);
+    StartLine start(threadCount);
     std::vector<std::thread> threads;
     for (void*& result : results) {
         threads.emplace_back([&] {
             usm::Owner owner = makeOwner([&destroyed] { ++destroyed; });
-            ready.arrive_and_wait();
+            start.arriveAndWait();
             result = Store::findOrInsert(key, std::move(owner));
         });
     }

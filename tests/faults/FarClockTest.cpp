@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <string>
 
 // A steady clock that has run for more than 375 days, the fixed moment until which an idle scheduler thread waits.
@@ -37,71 +38,57 @@ std::string enterNamespace()
     return "";
 }
 
-class FarClockTest : public testing::Test {
-protected:
-    /// Runs this test in a namespace. \returns false there, where it is to do its work
-    bool isElsewhere()
-    {
-        if (isFar()) {
-            return false;
-        }
-        const std::string enter = enterNamespace();
-        if (enter.empty()) {
-            m_skips = true;
-            return true;
-        }
-        const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-        EXPECT_TRUE(succeeds(enter + std::filesystem::read_symlink("/proc/self/exe").string()
-            + " --gtest_filter=" + test->test_suite_name() + "." + test->name()));
-        return true;
-    }
-
-    bool m_skips = false;
-};
-
-TEST_F(FarClockTest, TimersAreServedAndNeverEarly)
+/// Does the work of the test that runs: in a namespace where the clock is far.
+void whereTheClockIsFar(const std::function<void()>& work)
 {
-    if (isElsewhere()) {
-        if (m_skips) {
-            GTEST_SKIP() << "the kernel grants no time namespace";
-        }
+    if (isFar()) {
+        work();
         return;
     }
-    const World world(0);
-    std::vector<DueTime> moments;
-    journal().when("feval timercb TimerFcn", [&] { moments.push_back(now()); });
-    timerTasks().setRun(TaskRun::Inline);
-    const auto timer = world.makeTimer(ExecutionMode::FixedRate);
-    timer->setStartDelay(20.0);
-    timer->setPeriod(10.0);
-    timer->setNumOfTasksToExecute(3);
-    const DueTime start = now();
-    world.scheduler().createAndStartWork(timer);
-    journal().waitFor("feval timercb StopFcn");
-
-    ASSERT_EQ(moments.size(), 3U);
-    EXPECT_GE(moments[0] - start, 20ms);
-    EXPECT_GE(moments[1] - moments[0], 10ms);
-    EXPECT_GE(moments[2] - moments[1], 10ms);
-    EXPECT_FALSE(timer->getIsRunning());
+    const std::string enter = enterNamespace();
+    if (enter.empty()) {
+        GTEST_SKIP() << "the kernel grants no time namespace";
+    }
+    const auto* test = testing::UnitTest::GetInstance()->current_test_info();
+    EXPECT_TRUE(succeeds(enter + std::filesystem::read_symlink("/proc/self/exe").string()
+        + " --gtest_filter=" + test->test_suite_name() + "." + test->name()));
 }
 
-TEST_F(FarClockTest, AnIdleThreadDoesNotSleepButServesAndEnds)
+TEST(FarClockTest, TimersAreServedAndNeverEarly)
 {
-    if (isElsewhere()) {
-        if (m_skips) {
-            GTEST_SKIP() << "the kernel grants no time namespace";
-        }
-        return;
-    }
-    const World world;
-    world.serveAnother();
+    whereTheClockIsFar([] {
+        const World world(0);
+        std::vector<DueTime> moments;
+        journal().when("feval timercb TimerFcn", [&] { moments.push_back(now()); });
+        timerTasks().setRun(TaskRun::Inline);
+        const auto timer = world.makeTimer(ExecutionMode::FixedRate);
+        timer->setStartDelay(20.0);
+        timer->setPeriod(10.0);
+        timer->setNumOfTasksToExecute(3);
+        const DueTime start = now();
+        world.scheduler().createAndStartWork(timer);
+        journal().waitFor("feval timercb StopFcn");
 
-    // It looks again and again at its empty queue.
-    journal().waitFor("waiting forever/large timeout at", 100);
-    world.serveAnother();
-    world.scheduler().cleanup();
-    EXPECT_FALSE(TimerSchedulerPeer::hasThread(world.scheduler()));
+        ASSERT_EQ(moments.size(), 3U);
+        EXPECT_GE(moments[0] - start, 20ms);
+        EXPECT_GE(moments[1] - moments[0], 10ms);
+        EXPECT_GE(moments[2] - moments[1], 10ms);
+        EXPECT_FALSE(timer->getIsRunning());
+    });
+}
+
+TEST(FarClockTest, AnIdleThreadDoesNotSleepButServesAndEnds)
+{
+    whereTheClockIsFar([] {
+        const World world;
+        world.serveAnother();
+
+        // It looks again and again at its empty queue.
+        journal().waitFor("waiting forever/large timeout at", 100);
+        world.serveAnother();
+        world.scheduler().cleanup();
+        EXPECT_FALSE(TimerSchedulerPeer::hasThread(world.scheduler()));
+    });
 }
 
 } // namespace

@@ -26,6 +26,7 @@ using recording::TaskRun;
 using recording::timerTasks;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::UnorderedElementsAreArray;
 using tovrintimer::BusyMode;
 using tovrintimer::ExecutionMode;
 using tovrintimer::TimerInfo;

@@ -1,9 +1,9 @@
+#include "tests/StartLine.hpp"
 #include "timer_src/main/Concurrency.hpp"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <barrier>
 #include <stdexcept>
 #include <vector>
 
@@ -38,23 +38,23 @@ TEST(OnceFlagTest, AfterAnErrorTheNextCallerTriesAgain)
 
 TEST(OnceFlagTest, WhoeverComesWhileItRunsSeesItsResult)
 {
-    constexpr int threads = 4;
+    constexpr std::size_t threads = 4;
     OnceFlag flag;
-    int written = 0; // by whoever comes first, without a lock of its own
-    std::atomic<int> seen { 0 };
-    std::barrier start(threads);
+    std::size_t written = 0; // by whoever comes first, without a lock of its own
+    std::atomic<std::size_t> seen { 0 };
+    StartLine start(threads);
     {
         std::vector<std::jthread> all;
-        for (int thread = 0; thread < threads; ++thread) {
+        for (std::size_t thread = 0; thread < threads; ++thread) {
             all.emplace_back([&] {
-                start.arrive_and_wait();
+                start.arriveAndWait();
                 flag.callOnce([&] { written += 7; });
                 seen += written;
             });
         }
     }
 
-    EXPECT_EQ(written, 7);
+    EXPECT_EQ(written, 7U);
     EXPECT_EQ(seen, 7 * threads);
 }
 

@@ -1,8 +1,8 @@
 #include "tests/library/LibraryTest.hpp"
 
 #include "embedded_host/process/ProcessScope.hpp"
+#include "tests/StartLine.hpp"
 
-#include <barrier>
 #include <set>
 #include <thread>
 
@@ -31,12 +31,12 @@ TEST_F(ProcessInstanceTest, RacingFirstCallsYieldOneScheduler)
     for (int round = 0; round < rounds; ++round) {
         tovrinhost::destroyProcessScope();
         std::vector<TimerScheduler*> got(racers, nullptr);
-        std::barrier start(static_cast<std::ptrdiff_t>(racers));
+        StartLine start(racers);
         {
             std::vector<std::jthread> threads;
             for (std::size_t racer = 0; racer < racers; ++racer) {
                 threads.emplace_back([&, racer] {
-                    start.arrive_and_wait();
+                    start.arriveAndWait();
                     got[racer] = TimerScheduler::getPerTOVRINProcessInstance();
                 });
             }
