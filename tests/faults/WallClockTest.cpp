@@ -13,7 +13,7 @@ namespace {
 using namespace tovrintimer;
 
 // More than a wait that goes by the wall clock could be off by unnoticed.
-constexpr std::chrono::hours day { 24 };
+constexpr std::chrono::hours twoDays { 48 };
 
 class WallClockTest : public testing::TestWithParam<std::chrono::hours> {
 protected:
@@ -98,10 +98,10 @@ TEST_P(WallClockTest, AnEventShowsTheClockAsItIsSetNow)
     // The distance of the two clocks is taken in whole seconds, truncated.
     EXPECT_GE(shown, earliest - 1s);
     EXPECT_LE(shown, wallTime());
-    EXPECT_GE(std::chrono::abs(shown - before), 23h);
+    EXPECT_GE(std::chrono::abs(shown - before), 46h); // summer time may have begun or ended
 }
 
-INSTANTIATE_TEST_SUITE_P(Steps, WallClockTest, testing::Values(day, -day),
+INSTANTIATE_TEST_SUITE_P(Steps, WallClockTest, testing::Values(twoDays, -twoDays),
     [](const auto& step) { return step.param > std::chrono::hours(0) ? "Forward" : "Back"; });
 
 } // namespace

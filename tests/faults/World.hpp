@@ -26,7 +26,6 @@ using recording::TaskRun;
 using recording::timerTasks;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::UnorderedElementsAreArray;
 using tovrintimer::BusyMode;
 using tovrintimer::ExecutionMode;
 using tovrintimer::TimerInfo;
