@@ -18,7 +18,8 @@ namespace {
 struct Entry {
     int key;
     std::uint64_t number; ///< counts what was ever stored
-    Owner owner;
+    void* object;
+    Owner owner; ///< empty while the object is being destroyed
 };
 
 /// Lock order: no object is destroyed, and nothing else is called, under `mutex`.
@@ -34,7 +35,7 @@ struct Store {
     {
         const auto found
             = std::find_if(entries.begin(), entries.end(), [key](const Entry& entry) { return entry.key == key; });
-        return found != entries.end() ? found->owner.get() : nullptr;
+        return found != entries.end() ? found->object : nullptr;
     }
 };
 
@@ -71,7 +72,7 @@ void* Detail<Process>::findOrInsert(int key, Owner owner)
         return stored;
     }
     void* const inserted = owner.get();
-    store().entries.push_back({ key, store().stored, std::move(owner) });
+    store().entries.push_back({ key, store().stored, inserted, std::move(owner) });
     ++store().stored;
     return inserted;
 }
@@ -87,17 +88,18 @@ void destroyProcessScope()
     // What a destructor stores is left for the next call: else two that make each other anew would never end.
     const std::uint64_t end = store.stored;
     for (;;) {
-        // The objects stored before the one that is being destroyed can still be found by it.
         const auto latest = std::find_if(store.entries.rbegin(), store.entries.rend(),
-            [end](const usm::Entry& entry) { return entry.number < end; });
+            [end](const usm::Entry& entry) { return entry.owner && entry.number < end; });
         if (latest == store.entries.rend()) {
             return;
         }
         usm::Owner owner = std::move(latest->owner);
-        store.entries.erase(std::next(latest).base());
+        const std::uint64_t number = latest->number;
         lock.unlock();
+        // It can be found meanwhile, and so can what was stored before it.
         owner.reset();
         lock.lock();
+        std::erase_if(store.entries, [number](const usm::Entry& entry) { return entry.number == number; });
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "embedded_host/process/ProcessScope.hpp"
 #include "embedded_host/script/TimerLibrary.hpp"
+#include "timer_src/main/TimerScheduler.hpp"
 
 #include <cstdlib>
 
@@ -22,9 +23,11 @@ ScriptRunner::ScriptRunner(std::size_t maxBacklog)
 
 ScriptRunner::~ScriptRunner()
 {
-    // The scheduler first: then nobody hands anything over any more.
-    destroyProcessScope();
+    // The scheduler's thread first: then nobody hands anything over any more. Once the engine's has ended too,
+    // nobody asks for the scheduler.
+    tovrintimer::TimerScheduler::getPerTOVRINProcessInstance()->cleanup();
     m_engine->shutDown();
+    destroyProcessScope();
 }
 
 int ScriptRunner::run(const std::string& path, const std::vector<std::string>& arguments)

@@ -51,6 +51,11 @@ public:
     /// The library posts the do-nothing statement "if(1==1), end" this way each time that a timer stops
     /// running, and drops the future. Taking it off the queue must wake host code that waits in the engine's
     /// event loop, so that it looks at its timer again.
+    ///
+    /// What it throws leaves the task of the timer's last callback, or of its StopFcn. Some timers stop where no
+    /// task is running, and there it leaves the library's operation, or ends the process on the scheduler thread:
+    /// those without a StopFcn that the host stops, or whose callback is not over in time in busy mode Error, and
+    /// those whose StopFcn is taken away once it has been queued.
     virtual foundation::concurrent::future<void> evalAsync(const std::u16string& statement,
         cmddistributor::RunOptions options, foundation::msg_svc::exchange::IDType requestId)
         = 0;

@@ -112,6 +112,50 @@ TEST_F(ProcessStoreTest, AtTheEndOfTheScopeEverythingIsDestroyed)
     EXPECT_EQ(Store::find(second), nullptr);
 }
 
+// As the scheduler is destroyed, a handler may still be at work on its thread, and ask for the scheduler: it must
+// not find none, or it would make a second one.
+TEST_F(ProcessStoreTest, AnObjectIsFoundUntilItsDestructorHasReturned)
+{
+    static int key = 0;
+    static void* found = nullptr;
+    static void* kept = nullptr;
+    key = Store::getNextID();
+    found = kept = nullptr;
+    usm::Owner owner(new Stored, [](void* object) {
+        found = Store::find(key);
+        kept = Store::findOrInsert(key, makeOwner());
+        delete static_cast<Stored*>(object);
+    });
+    void* const object = owner.get();
+    Store::findOrInsert(key, std::move(owner));
+
+    m_host->destroyProcessScope();
+
+    EXPECT_EQ(found, object);
+    EXPECT_EQ(kept, object);
+    EXPECT_EQ(alive, 0) << "an object that came too late is left";
+    EXPECT_EQ(Store::find(key), nullptr);
+}
+
+TEST_F(ProcessStoreTest, AnotherThreadFindsAnObjectThatIsBeingDestroyed)
+{
+    static int key = 0;
+    static void* found = nullptr;
+    key = Store::getNextID();
+    found = nullptr;
+    usm::Owner owner(new Stored, [](void* object) {
+        // It would never end if the store were locked meanwhile.
+        std::thread([] { found = Store::find(key); }).join();
+        delete static_cast<Stored*>(object);
+    });
+    void* const object = owner.get();
+    Store::findOrInsert(key, std::move(owner));
+
+    m_host->destroyProcessScope();
+
+    EXPECT_EQ(found, object);
+}
+
 } // namespace
 
 } // namespace conformance

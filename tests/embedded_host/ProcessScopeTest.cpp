@@ -149,28 +149,31 @@ TEST_F(ProcessScopeTest, TheLatestIsDestroyedFirst)
     EXPECT_EQ(Store::find(late), nullptr);
 }
 
-TEST_F(ProcessScopeTest, ADestructorFindsTheObjectsStoredBeforeButNotItself)
+TEST_F(ProcessScopeTest, ADestructorFindsTheObjectsStoredBeforeAndItself)
 {
     const int first = Store::getNextID();
     const int second = Store::getNextID();
     void* const earlier = Store::findOrInsert(first, noting("first"));
     void* foundEarlier = nullptr;
-    void* foundItself = this;
-    Store::findOrInsert(second, makeOwner([&] {
+    void* foundItself = nullptr;
+    usm::Owner owner = makeOwner([&] {
         foundEarlier = Store::find(first);
         foundItself = Store::find(second);
-    }));
+    });
+    void* const later = Store::findOrInsert(second, std::move(owner));
 
     destroyProcessScope();
 
     EXPECT_EQ(foundEarlier, earlier);
-    EXPECT_EQ(foundItself, nullptr);
+    EXPECT_EQ(foundItself, later);
+    EXPECT_EQ(Store::find(second), nullptr);
 }
 
 TEST_F(ProcessScopeTest, WhatADestructorStoresStaysUntilTheNextCall)
 {
+    const int old = Store::getNextID();
     const int key = Store::getNextID();
-    Store::findOrInsert(key, makeOwner([&] {
+    Store::findOrInsert(old, makeOwner([&] {
         m_destroyed.emplace_back("old");
         Store::findOrInsert(key, noting("new"));
     }));
@@ -181,6 +184,21 @@ TEST_F(ProcessScopeTest, WhatADestructorStoresStaysUntilTheNextCall)
 
     destroyProcessScope();
     EXPECT_THAT(m_destroyed, ElementsAre("old", "new"));
+    EXPECT_EQ(Store::find(key), nullptr);
+}
+
+TEST_F(ProcessScopeTest, WhatADestructorStoresInItsOwnPlaceIsDestroyedAtOnce)
+{
+    const int key = Store::getNextID();
+    Store::findOrInsert(key, makeOwner([&] {
+        m_destroyed.emplace_back("old");
+        Store::findOrInsert(key, noting("new"));
+        m_destroyed.emplace_back("end of old");
+    }));
+
+    destroyProcessScope();
+
+    EXPECT_THAT(m_destroyed, ElementsAre("old", "new", "end of old"));
     EXPECT_EQ(Store::find(key), nullptr);
 }
 

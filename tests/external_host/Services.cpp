@@ -18,8 +18,14 @@
 namespace {
 
 std::atomic<int> retracted { 0 };
+
+struct Stored {
+    void* object;
+    usm::Owner owner; // empty while the object is being destroyed
+};
+
 std::mutex storeMutex;
-std::map<int, usm::Owner> store; // guarded by storeMutex
+std::map<int, Stored> store; // guarded by storeMutex
 
 } // namespace
 
@@ -29,10 +35,13 @@ void destroyProcessScope()
 {
     std::unique_lock lock(storeMutex);
     while (!store.empty()) {
-        auto last = store.extract(std::prev(store.end()));
+        const auto last = std::prev(store.end());
+        usm::Owner owner = std::move(last->second.owner);
         lock.unlock();
-        last = {};
+        // The library may ask for it until this has been done.
+        owner.reset();
         lock.lock();
+        store.erase(last);
     }
 }
 
@@ -55,14 +64,20 @@ void* Detail<Process>::find(int key)
 {
     const std::lock_guard lock(storeMutex);
     const auto found = store.find(key);
-    return found == store.end() ? nullptr : found->second.get();
+    return found == store.end() ? nullptr : found->second.object;
 }
 
 void* Detail<Process>::findOrInsert(int key, Owner owner)
 {
     const std::lock_guard lock(storeMutex);
     // An owner that finds its place taken stays in the parameter, which outlives the lock.
-    return store.try_emplace(key, std::move(owner)).first->second.get();
+    const auto found = store.find(key);
+    if (found != store.end()) {
+        return found->second.object;
+    }
+    void* const object = owner.get();
+    store.emplace(key, Stored { object, std::move(owner) });
+    return object;
 }
 
 } // namespace usm

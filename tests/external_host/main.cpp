@@ -84,6 +84,7 @@ int main()
     runTimer(engine, interruptData);
     // Ends the scheduler's thread, as every host has to before `main` returns. Until then that thread may be
     // just behind its latest hand-over: still telling the interpreter of it, and holding the timer.
+    tovrintimer::TimerScheduler::getPerTOVRINProcessInstance()->cleanup();
     external_host::destroyProcessScope();
 
     checkCalls(engine->calls, started);

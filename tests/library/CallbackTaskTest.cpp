@@ -49,6 +49,24 @@ protected:
         }
     }
 
+    static Numbers eventTimeOf(const recording::Engine::Evaluation& evaluation)
+    {
+        return Numbers(StructArray(evaluation.arguments[3]).getField(0, "Data"));
+    }
+
+    /// Whether the milliseconds of an event's time are those of a moment from `first` to `last`.
+    static bool isShownBy(const Numbers& eventTime, DueTime first, DueTime last)
+    {
+        const double seconds = eventTime.at(5);
+        const auto milliseconds = std::lround((seconds - std::floor(seconds)) * 1000);
+        for (DueTime moment = first; moment <= last; moment += 1ms) {
+            if (moment.time_since_epoch().count() % 1000 == milliseconds) {
+                return true;
+            }
+        }
+        return false;
+    }
+
     static constexpr WorkKind allKinds[] = { StartFcnWork, StopFcnWork, TimerFcnWork, ErrorFcnWork };
 };
 
@@ -111,12 +129,7 @@ TEST_F(CallbackTaskTest, TheEventsDataIsTheLocalTimeWithTheSteadyClocksMilliseco
     EXPECT_GE(calendar, calendarBefore - 1); // the moment is a whole millisecond, and may be just before
     EXPECT_LE(calendar, calendarAfter);
 
-    const auto milliseconds = std::lround((numbers.at(5) - std::floor(numbers.at(5))) * 1000);
-    bool shown = false;
-    for (DueTime moment = before; moment <= after; moment += 1ms) {
-        shown = shown || moment.time_since_epoch().count() % 1000 == milliseconds;
-    }
-    EXPECT_TRUE(shown) << milliseconds << " ms is none of the clock's";
+    EXPECT_TRUE(isShownBy(numbers, before, after)) << numbers.at(5) << " s is none of the clock's";
 }
 
 TEST_F(CallbackTaskTest, EachCallbackIsARequestOfItsOwnMadeBeforeItsArguments)
@@ -125,8 +138,18 @@ TEST_F(CallbackTaskTest, EachCallbackIsARequestOfItsOwnMadeBeforeItsArguments)
     handOver(TimerFcnWork, timer);
     handOver(TimerFcnWork, timer);
     journal().clearEvents();
+    // The arguments tell when they were made.
+    DueTime requested {};
+    journal().once("createRequestID", [&] {
+        const DueTime before = now();
+        while ((requested = now()) < before + 3ms) { }
+    });
 
-    timerTasks().runAll();
+    timerTasks().runNext();
+    const DueTime after = now();
+    timerTasks().runNext();
+
+    EXPECT_TRUE(isShownBy(eventTimeOf(m_engine->evaluations().front()), requested, after));
 
     const auto evaluations = m_engine->evaluations();
     ASSERT_EQ(evaluations.size(), 2U);

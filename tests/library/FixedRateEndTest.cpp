@@ -4,10 +4,15 @@
 #include "timer_src/main/handlers/Dispatch.hpp"
 
 #include <future>
+#include <stdexcept>
 
 namespace tovrintimer {
 
 namespace {
+
+struct WakeUpError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
 
 /// How a run without StopFcn ends: the callback that returns last and the dispatch that counts it meet in either
 /// order.
@@ -21,28 +26,109 @@ protected:
     }
 };
 
-TEST_F(FixedRateEndTest, ACallbackThatReturnsBeforeItIsCountedEndsTheRunWithTheCount)
+TEST_F(FixedRateEndTest, ACallbackThatReturnsBeforeTheDispatchHasCountedItEndsTheRunItself)
 {
     const auto timer = makeRateTimer(1);
     timerTasks().setRun(TaskRun::OtherThread);
     bool running = false;
     std::size_t evaluations = 0;
+    std::thread::id evaluating;
     // The wake-up is posted by whoever ends the run.
     std::thread::id ending;
     journal().once(wakeUp, [&] {
         evaluations = journal().count(evaluateTimerFcn);
         ending = std::this_thread::get_id();
     });
-    journal().once(evaluateTimerFcn, [&] { running = timer->getIsRunning(); });
+    journal().once(evaluateTimerFcn, [&] {
+        running = timer->getIsRunning();
+        evaluating = std::this_thread::get_id();
+    });
 
     scheduler().createAndStartWork(timer);
 
     EXPECT_TRUE(running);
     EXPECT_EQ(evaluations, 1U);
-    EXPECT_EQ(ending, std::this_thread::get_id());
+    EXPECT_EQ(ending, evaluating);
+    EXPECT_NE(ending, std::this_thread::get_id());
     EXPECT_FALSE(timer->getIsRunning());
     EXPECT_EQ(journal().count(wakeUp), 1U);
     EXPECT_THAT(timerTasks().errors(), IsEmpty());
+}
+
+TEST_F(FixedRateEndTest, AnErrorOfTheWakeUpLeavesTheTaskWhicheverComesFirst)
+{
+    journal().when(wakeUp, [] { throw WakeUpError("the engine takes no statement"); });
+    const auto early = makeRateTimer(1);
+    timerTasks().setRun(TaskRun::OtherThread);
+
+    scheduler().createAndStartWork(early);
+
+    ASSERT_EQ(timerTasks().errors().size(), 1U);
+    EXPECT_THROW(std::rethrow_exception(timerTasks().errors().front()), WakeUpError);
+    EXPECT_FALSE(early->getIsRunning());
+
+    const auto late = makeRateTimer(1);
+    timerTasks().setRun(TaskRun::Keep);
+    scheduler().createAndStartWork(late);
+
+    EXPECT_THROW(timerTasks().runNext(), WakeUpError);
+    EXPECT_FALSE(late->getIsRunning());
+}
+
+TEST_F(FixedRateEndTest, TheCountOfACallbackThatHasReturnedStandsWhateverIsSetBeforeItsDispatchGoesOn)
+{
+    keepQueueStill();
+    timerTasks().setRun(TaskRun::OtherThread);
+    const auto one = makeRateTimer(1);
+    const auto two = makeRateTimer(2);
+    for (const auto& timer : { one, two }) {
+        // The dispatch reads the switch between the hand-over and the count.
+        journal().once("Feature::get", [&] { timer->setNumOfTasksToExecute(5); });
+
+        scheduler().createAndStartWork(timer);
+
+        EXPECT_EQ(timer->getIsRunning(), timer == two);
+        EXPECT_EQ(queue().size(), timer == two ? 1U : 0U);
+    }
+    // The new number is honoured by the next callback.
+    while (!queue().empty()) {
+        dispatchNext();
+    }
+    EXPECT_EQ(evaluated().size(), 1U + 5U);
+}
+
+TEST_F(FixedRateEndTest, AChangedNumberIsReportedOnceWhoeverCounts)
+{
+    keepQueueStill();
+    for (const TaskRun run : { TaskRun::Keep, TaskRun::OtherThread }) {
+        const auto timer = makeRateTimer(3);
+        timerTasks().setRun(run);
+        journal().clearEvents();
+        journal().once(handOver, [&] { timer->setNumOfTasksToExecute(2); });
+
+        scheduler().createAndStartWork(timer);
+
+        EXPECT_EQ(journal().count("TasksToExecute changed, affecting callback ctr 3"), 1U);
+        EXPECT_EQ(journal().count("TasksToExecute changed, affecting callback ctr "), 1U);
+        TimerSchedulerPeer::remove(scheduler(), timer->getId());
+    }
+}
+
+TEST_F(FixedRateEndTest, AfterACallbackThatHasEndedTheRunItsDispatchQueuesNothing)
+{
+    keepQueueStill();
+    timerTasks().setRun(TaskRun::OtherThread);
+    const auto timer = makeRateTimer(1);
+    // The run has ended, and the host starts the next one, which has a StopFcn.
+    journal().once("Feature::get", [&] {
+        timer->setStopFcnIsEmpty(false);
+        timer->setActivationStatus(true);
+    });
+
+    scheduler().createAndStartWork(timer);
+
+    EXPECT_THAT(queue(), IsEmpty());
+    EXPECT_TRUE(timer->getIsRunning());
 }
 
 TEST_F(FixedRateEndTest, TheSameHoldsForTheLastOfSeveralCallbacks)

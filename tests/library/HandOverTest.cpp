@@ -178,8 +178,12 @@ TEST_F(HandOverDeathTest, EachKindOfHandlerReportsOnceInTheProcess)
         for (int round = 0; round < 3; ++round) {
             TimerSchedulerPeer::bypass(scheduler(), startFcn(timer));
             TimerSchedulerPeer::bypass(scheduler(), stopFcn(timer));
-            TimerSchedulerPeer::bypass(scheduler(), timerFcn(timer));
             TimerSchedulerPeer::bypass(scheduler(), errorFcn(timer));
+            for (const ExecutionMode mode : { ExecutionMode::SingleShot, ExecutionMode::FixedSpacing,
+                     ExecutionMode::FixedDelay, ExecutionMode::FixedRate }) {
+                timer->setExecutionMode(static_cast<size_t>(mode));
+                TimerSchedulerPeer::bypass(scheduler(), timerFcn(timer));
+            }
             std::cerr << journal().count("Timer Running on PPE") << " PPE, "
                       << journal().count("Timer Running on LineHook") << " LineHook\n";
         }
@@ -187,9 +191,9 @@ TEST_F(HandOverDeathTest, EachKindOfHandlerReportsOnceInTheProcess)
     };
 
     EXPECT_EXIT(
-        report(true), testing::ExitedWithCode(0), "4 PPE, 0 LineHook\n4 PPE, 0 LineHook\n4 PPE, 0 LineHook\n");
+        report(true), testing::ExitedWithCode(0), "7 PPE, 0 LineHook\n7 PPE, 0 LineHook\n7 PPE, 0 LineHook\n");
     EXPECT_EXIT(
-        report(false), testing::ExitedWithCode(0), "0 PPE, 4 LineHook\n0 PPE, 4 LineHook\n0 PPE, 4 LineHook\n");
+        report(false), testing::ExitedWithCode(0), "0 PPE, 7 LineHook\n0 PPE, 7 LineHook\n0 PPE, 7 LineHook\n");
 }
 
 TEST_F(HandOverTest, TheHandlersReportAtMostOnceInTheProcess)

@@ -139,6 +139,25 @@ TEST(MonotonicTimeTest, CalendarTimeOfTheEndsOfTheRangeDoesNotOverflow)
     EXPECT_GT(toCalendarTime(DueTime(DueTime::duration(lastMillisecond))).local.tm_year, 200);
 }
 
+TEST(MonotonicTimeTest, CalendarTimeBeyondTheRangeIsThatOfItsEnd)
+{
+    const auto expectTheDayOf = [](std::int64_t end, std::int64_t beyond) {
+        const CalendarTime expected = toCalendarTime(DueTime(DueTime::duration(end)));
+        const CalendarTime calendar = toCalendarTime(DueTime(DueTime::duration(beyond)));
+        EXPECT_EQ(calendar.local.tm_year, expected.local.tm_year) << beyond;
+        EXPECT_EQ(calendar.local.tm_yday, expected.local.tm_yday) << beyond;
+        EXPECT_EQ(calendar.millisecond, expected.millisecond) << beyond;
+    };
+    for (const std::int64_t beyond :
+        { lastMillisecond + 1, lastMillisecond + 1'000'000, std::numeric_limits<std::int64_t>::max() }) {
+        expectTheDayOf(lastMillisecond, beyond);
+    }
+    for (const std::int64_t beyond :
+        { firstMillisecond - 1, firstMillisecond - 1'000'000, std::numeric_limits<std::int64_t>::min() }) {
+        expectTheDayOf(firstMillisecond, beyond);
+    }
+}
+
 } // namespace
 
 } // namespace tovrintimer

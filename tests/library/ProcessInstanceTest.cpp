@@ -65,6 +65,36 @@ TEST_F(ProcessInstanceTest, TheStoreOwnsItToTheEndOfTheProcessScope)
     EXPECT_EQ(journal().count("Successful thread join"), 1U);
 }
 
+TEST_F(ProcessInstanceTest, AHandlerAtWorkDuringTheShutdownFindsTheSchedulerThatIsBeingDestroyed)
+{
+    startThread();
+    const auto timer = makeTimer();
+    timer->setExecutionMode(static_cast<size_t>(ExecutionMode::FixedRate));
+    timer->setPeriod(0.0);
+    timer->setNumOfTasksToExecute(1'000'000);
+    timer->setActivationStatus(true);
+    TimerScheduler* const first = &scheduler();
+    TimerScheduler* found = nullptr;
+    Gate gate;
+    journal().once("processTovrinTimerTask", [&] {
+        gate.pass();
+        found = TimerScheduler::getPerTOVRINProcessInstance();
+    });
+    scheduler().insertAscendingSorted(timerFcn(timer, past()));
+    gate.waitUntilReached();
+    journal().clearEvents();
+
+    // It empties the queue, and waits for the handler; which then queues what follows.
+    journal().once("unlocking lock @cleanup", [&] { gate.open(); });
+    tovrinhost::destroyProcessScope();
+
+    EXPECT_EQ(found, first);
+    EXPECT_EQ(journal().count("Request to Start Work with Id: "), 1U);
+    EXPECT_EQ(journal().count("setCurrentThreadName"), 0U) << "there is a second scheduler thread";
+    EXPECT_EQ(journal().count("Transfering WorkItem callback"), 0U);
+    journal().clearEvents();
+}
+
 } // namespace
 
 } // namespace tovrintimer

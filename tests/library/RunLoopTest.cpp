@@ -47,6 +47,39 @@ TEST_F(RunLoopTest, AnItemThatWasDueInThePastRunsAtOnce)
     EXPECT_THAT(queue(), IsEmpty());
 }
 
+TEST_F(RunLoopTest, AnItemThatIsDueBeyondTheClocksRangeIsNeverDispatched)
+{
+    startThread();
+    const auto never = makeTimer("never");
+    const auto other = makeTimer("other");
+    // In nanoseconds, these wrap round to moments that have passed.
+    scheduler().insertAscendingSorted(timerFcn(never, DueTime::max()));
+    scheduler().insertAscendingSorted(timerFcn(never, DueTime(DueTime::duration(9'223'372'036'855))));
+    waitUntilAsleepWithWork();
+    journal().clearEvents();
+
+    TimerSchedulerPeer::wake(scheduler());
+    journal().waitFor("@wait_until got notified and doesBackOfQueueHaveSmallerWork then intended ? 0");
+    scheduler().insertAscendingSorted(timerFcn(other, past()));
+    waitForDispatches();
+    waitUntilAsleepWithWork();
+
+    EXPECT_THAT(dispatched(), ElementsAre("<other>"));
+    EXPECT_EQ(queue().size(), 2U);
+}
+
+TEST_F(RunLoopTest, AnItemThatWasDueBeforeTheClocksRangeRunsAtOnce)
+{
+    startThread();
+    const auto timer = makeTimer();
+
+    scheduler().insertAscendingSorted(timerFcn(timer, DueTime(DueTime::duration(-9'223'372'036'855))));
+    scheduler().insertAscendingSorted(timerFcn(timer, DueTime::min()));
+    waitForDispatches(2);
+
+    EXPECT_THAT(queue(), IsEmpty());
+}
+
 TEST_F(RunLoopTest, EqualDueTimesRunInArrivalOrder)
 {
     startThread();
@@ -173,7 +206,13 @@ TEST_F(RunLoopTest, RemovingTheOnlyItemPutsTheThreadToSleepForGood)
 
     TimerSchedulerPeer::remove(scheduler(), timer->getId());
     journal().waitFor(" @wait_until workQueue.empty() status 1");
+    // Each further wake-up for nothing puts it to sleep again, in the same wait.
+    TimerSchedulerPeer::wake(scheduler());
+    journal().waitFor(" @wait_until workQueue.empty() status 1", 2);
+    TimerSchedulerPeer::wake(scheduler());
+    journal().waitFor(" @wait_until workQueue.empty() status 1", 3);
 
+    EXPECT_EQ(journal().count("Finished @wait_until condvar"), 0U);
     EXPECT_THAT(dispatched(), IsEmpty());
 }
 

@@ -1,5 +1,7 @@
 #include "tests/library/LibraryTest.hpp"
+#include "tests/library/TimerInfoPeer.hpp"
 
+#include <atomic>
 #include <cmath>
 #include <initializer_list>
 #include <thread>
@@ -97,6 +99,40 @@ TEST_F(RunStatisticsTest, ATimerThatStartsAgainCountsAfresh)
     EXPECT_EQ(timer->getTasksExecuted(), 0.0);
     EXPECT_TRUE(std::isnan(timer->getInstantPeriod()));
     EXPECT_TRUE(std::isnan(timer->getAveragePeriod()));
+}
+
+TEST_F(RunStatisticsTest, AResetLeavesTheTimesOfTheLatestRuns)
+{
+    const auto timer = timerWithRunsAt({ 0, 20 });
+    const auto times = TimerInfoPeer::runTimes(*timer);
+
+    timer->reset();
+
+    EXPECT_EQ(times.second - times.first, 20);
+    EXPECT_EQ(TimerInfoPeer::runTimes(*timer), times);
+}
+
+TEST_F(RunStatisticsTest, TheTimeOfARunIsReadUnderTheLock)
+{
+    // Else one that is held at the lock, while another is counted, would be later than that by a negative period.
+    const auto timer = makeTimer();
+    timer->updateTimerFunRunStatus();
+    Lock held = TimerInfoPeer::lock(*timer);
+    std::atomic<bool> isNear { false };
+    std::jthread counting([&] {
+        isNear = true;
+        isNear.notify_one();
+        timer->updateTimerFunRunStatus();
+    });
+    isNear.wait(false);
+    // Nothing tells that it stands at the lock. What is asserted holds wherever it stands.
+    std::this_thread::sleep_for(20ms);
+    const DueTime released = now();
+    held.unlock();
+    counting.join();
+
+    EXPECT_GE(TimerInfoPeer::runTimes(*timer).second, released.time_since_epoch().count());
+    EXPECT_GE(timer->getInstantPeriod(), 0.02);
 }
 
 TEST_F(RunStatisticsTest, RunsAreCountedOnSeveralThreadsWhileOthersRead)

@@ -1,6 +1,7 @@
 #include "tests/library/LibraryTest.hpp"
 
 #include <limits>
+#include <thread>
 
 namespace tovrintimer {
 
@@ -33,6 +34,15 @@ TEST_F(TimerResolutionTest, AShorterPeriodRaisesItOnce)
 
     startWithPeriod(1.0);
     startWithPeriod(-1.0);
+    EXPECT_EQ(timerResolutionBegins(), 1U);
+}
+
+TEST_F(TimerResolutionTest, AnotherFastTimerThatStartsWhileItIsBeingRaisedLeavesItAtThat)
+{
+    journal().once("beginTimerResolution", [this] { std::thread([this] { startWithPeriod(1.0); }).join(); });
+
+    startWithPeriod(1.0);
+
     EXPECT_EQ(timerResolutionBegins(), 1U);
 }
 

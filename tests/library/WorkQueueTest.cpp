@@ -78,6 +78,25 @@ TEST_F(WorkQueueTest, APastDueTimeIsInsertedLikeAnyOther)
             Queued { TimerFcnWork, "<A>", DueTime(DueTime::duration(-7)) }));
 }
 
+TEST_F(WorkQueueTest, ADueTimeBeyondTheClocksRangeIsTheEndOfThatRange)
+{
+    const auto a = makeTimer();
+    const DueTime last { DueTime::duration(9'223'372'036'854) };
+    const DueTime first { DueTime::duration(-9'223'372'036'854) };
+
+    scheduler().insertAscendingSorted(startFcn(a, first));
+    scheduler().insertAscendingSorted(stopFcn(a, first - 1ms));
+    scheduler().insertAscendingSorted(errorFcn(a, DueTime::min()));
+    scheduler().insertAscendingSorted(startFcn(a, last));
+    scheduler().insertAscendingSorted(stopFcn(a, last + 1ms));
+    scheduler().insertAscendingSorted(timerFcn(a, DueTime::max()));
+
+    EXPECT_THAT(queue(),
+        ElementsAre(Queued { TimerFcnWork, "<A>", last }, Queued { StopFcnWork, "<A>", last },
+            Queued { StartFcnWork, "<A>", last }, Queued { ErrorFcnWork, "<A>", first },
+            Queued { StopFcnWork, "<A>", first }, Queued { StartFcnWork, "<A>", first }));
+}
+
 TEST_F(WorkQueueTest, AnInsertWritesTheRequestAndThenItsLockSteps)
 {
     const auto a = makeTimer("A");

@@ -1,3 +1,4 @@
+#include "tests/StartLine.hpp"
 #include "timer_src/main/platform/Platform.hpp"
 
 #include <gtest/gtest.h>
@@ -68,6 +69,34 @@ TEST_F(TimerSlackTest, TheLastOfSeveralRequestsEndsIt)
         adoptTimerResolution();
         EXPECT_EQ(slackNs(), before);
     });
+}
+
+TEST_F(TimerSlackTest, EachOfTwoThreadsThatLiveAtTheSameTimeAdoptsIt)
+{
+    beginTimerResolution();
+    // Both exist before either adopts anything: a thread begins with the slack of the one that has made it.
+    StartLine bothHaveBegun(2);
+    StartLine oneHasAdopted(2);
+    StartLine bothHaveAdopted(2);
+    int slackOfOther = 0;
+    std::thread other([&] {
+        bothHaveBegun.arriveAndWait();
+        oneHasAdopted.arriveAndWait();
+        adoptTimerResolution();
+        slackOfOther = slackNs();
+        bothHaveAdopted.arriveAndWait();
+    });
+    onANewThread([&] {
+        bothHaveBegun.arriveAndWait();
+        adoptTimerResolution();
+        EXPECT_EQ(slackNs(), 1);
+        oneHasAdopted.arriveAndWait();
+        bothHaveAdopted.arriveAndWait();
+    });
+    other.join();
+    endTimerResolution();
+
+    EXPECT_EQ(slackOfOther, 1);
 }
 
 TEST_F(TimerSlackTest, WithoutARequestNothingChanges)

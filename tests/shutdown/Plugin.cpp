@@ -51,7 +51,7 @@ void startTimer()
 void shutDown()
 {
     TimerScheduler::getPerTOVRINProcessInstance()->cleanup();
-    tovrinhost::destroyProcessScope();
     host->engine->shutDown();
+    tovrinhost::destroyProcessScope();
     delete host;
 }

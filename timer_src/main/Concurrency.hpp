@@ -12,8 +12,8 @@
 
 namespace tovrintimer {
 
-// The one place that names the clock, the lock, the condition variable and the thread. Everything else in the
-// library uses these names, so that a build may put other types behind them.
+// The one place that names the clock, the lock, the condition variable, the thread and what is shared without a
+// lock. Everything else in the library uses these names, so that a build may put other types behind them.
 
 using SteadyClock = std::chrono::steady_clock;
 using SystemClock = std::chrono::system_clock;
@@ -25,6 +25,7 @@ using ConditionVariable = CappedConditionVariable;
 using ConditionVariable = std::condition_variable;
 #endif
 using Thread = std::thread;
+template <typename T> using Atomic = std::atomic<T>;
 
 inline Thread::id currentThreadId()
 {
@@ -55,7 +56,7 @@ public:
 
 private:
     Mutex m_mutex;
-    std::atomic<bool> m_done { false };
+    Atomic<bool> m_done { false };
 };
 
 } // namespace tovrintimer

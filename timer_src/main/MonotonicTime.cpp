@@ -2,6 +2,7 @@
 
 #include "timer_src/main/platform/Platform.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <iomanip>
@@ -15,6 +16,9 @@ namespace {
 constexpr std::int64_t nanosecondsPerMillisecond = 1'000'000;
 constexpr std::int64_t latest = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t earliest = std::numeric_limits<std::int64_t>::min();
+
+/// What can be told in nanoseconds, either way.
+constexpr std::int64_t longestMilliseconds = latest / nanosecondsPerMillisecond;
 
 /// Spelt out: not every standard library knows the short forms.
 constexpr const char* timeFormat = "%Y-%m-%d %H:%M:%S";
@@ -34,15 +38,14 @@ DueTime fromNanoseconds(std::int64_t nanoseconds)
 
 std::int64_t wholeMilliseconds(double milliseconds)
 {
-    constexpr std::int64_t limit = latest / nanosecondsPerMillisecond;
     if (std::isnan(milliseconds)) {
         return 0;
     }
-    if (milliseconds >= static_cast<double>(limit)) {
-        return limit;
+    if (milliseconds >= static_cast<double>(longestMilliseconds)) {
+        return longestMilliseconds;
     }
-    if (milliseconds <= -static_cast<double>(limit)) {
-        return -limit;
+    if (milliseconds <= -static_cast<double>(longestMilliseconds)) {
+        return -longestMilliseconds;
     }
     return static_cast<std::int64_t>(milliseconds);
 }
@@ -71,10 +74,16 @@ DueTime nowPlus(double milliseconds)
     return fromNanoseconds(saturatingSum(steadyNanoseconds(), span));
 }
 
+DueTime withinClock(DueTime moment)
+{
+    constexpr DueTime::duration longest(longestMilliseconds);
+    return std::clamp(moment, DueTime(-longest), DueTime(longest));
+}
+
 CalendarTime toCalendarTime(DueTime moment)
 {
     using namespace std::chrono;
-    const std::int64_t sinceEpoch = moment.time_since_epoch().count();
+    const std::int64_t sinceEpoch = withinClock(moment).time_since_epoch().count();
     const nanoseconds distance(saturatingSum(sinceEpoch * nanosecondsPerMillisecond, -steadyNanoseconds()));
     const auto system = duration_cast<Ticks>(SystemClock::now().time_since_epoch());
     const auto calendar = duration_cast<seconds>(system + duration_cast<Ticks>(distance));

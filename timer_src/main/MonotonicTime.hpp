@@ -18,10 +18,15 @@ DueTime now();
 /// and what would lie beyond the clock's range gives the end of that range, which no timer lives to see.
 DueTime nowPlus(double milliseconds);
 
+/// The moment itself, or the end of the clock's range that it lies beyond: there a comparison with the clock, in
+/// nanoseconds, would wrap round.
+DueTime withinClock(DueTime moment);
+
 /// A moment of the steady clock as local calendar time.
 ///
 /// The seconds are those of the system clock; the millisecond is the steady clock's own remainder. Near the
-/// boundary of a second the two may therefore belong to neighbouring seconds.
+/// boundary of a second the two may therefore belong to neighbouring seconds. A moment beyond the clock's range is
+/// shown as the end of that range.
 struct CalendarTime {
     std::tm local;
     int millisecond;

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <atomic>
+#include "timer_src/main/Concurrency.hpp"
+
 #include <memory>
 
 namespace tovrintimer {
@@ -13,12 +14,12 @@ namespace tovrintimer {
 class prevCallBackStatus : public std::enable_shared_from_this<prevCallBackStatus> {
 public:
     /// Nobody sets it: it stands in the record for the contention trace, which therefore always shows 0.
-    std::atomic<bool> hasStarted { false };
+    Atomic<bool> hasStarted { false };
 
     /// Set once the callback has returned; never set for one that raised an error.
-    std::atomic<bool> hasCompleted { false };
+    Atomic<bool> hasCompleted { false };
 };
 
-static_assert(std::atomic<bool>::is_always_lock_free);
+static_assert(Atomic<bool>::is_always_lock_free);
 
 } // namespace tovrintimer

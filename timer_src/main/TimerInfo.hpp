@@ -6,7 +6,6 @@
 #include "timer_src/main/Concurrency.hpp"
 #include "timer_src/main/Export.hpp"
 
-#include <atomic>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -127,6 +126,8 @@ public:
     void reset();
 
 private:
+    friend class TimerInfoPeer; // looks at the times of the runs, for tests
+
     static void breakOutOfEventLoop(std::shared_ptr<vorn::VORN>& engine);
 
     // Constant after construction.
@@ -134,20 +135,20 @@ private:
     std::shared_ptr<vorn::VORN> m_vornInstanceWhereTimerWasFirstCreated;
 
     // Shared without a lock.
-    std::atomic<double> m_period { std::numeric_limits<double>::infinity() };
-    std::atomic<double> m_startDelay { 0.0 };
-    std::atomic<bool> m_isRunning { false };
-    std::atomic<BusyMode> m_busyMode { BusyMode::Drop };
-    std::atomic<ExecutionMode> m_executionMode { ExecutionMode::SingleShot };
-    std::atomic<std::uint64_t> m_numOfTasksToExecute { 0 };
+    Atomic<double> m_period { std::numeric_limits<double>::infinity() };
+    Atomic<double> m_startDelay { 0.0 };
+    Atomic<bool> m_isRunning { false };
+    Atomic<BusyMode> m_busyMode { BusyMode::Drop };
+    Atomic<ExecutionMode> m_executionMode { ExecutionMode::SingleShot };
+    Atomic<std::uint64_t> m_numOfTasksToExecute { 0 };
 
     // Guarded by m_statsMutex. Atomic because `reset` writes it without the lock.
-    std::atomic<std::uint64_t> m_tasksExecuted { 0 };
+    Atomic<std::uint64_t> m_tasksExecuted { 0 };
 
     // Shared without a lock.
-    std::atomic<bool> m_startFcnIsEmpty { true };
-    std::atomic<bool> m_stopFcnIsEmpty { true };
-    std::atomic<bool> m_errorFcnIsEmpty { true };
+    Atomic<bool> m_startFcnIsEmpty { true };
+    Atomic<bool> m_stopFcnIsEmpty { true };
+    Atomic<bool> m_errorFcnIsEmpty { true };
 
     // Constant after construction.
     const foundation::msg_svc::exchange::IDType m_id;
@@ -155,17 +156,17 @@ private:
     // Guarded by m_statsMutex: milliseconds of the steady clock, and seconds.
     std::int64_t m_lastRunTime = std::numeric_limits<std::int64_t>::min();
     std::int64_t m_prevRunTime = std::numeric_limits<std::int64_t>::min();
-    std::atomic<double> m_averagePeriod { std::nan("1") }; // atomic because of `reset`
+    Atomic<double> m_averagePeriod { std::nan("1") }; // atomic because of `reset`
     mutable Mutex m_statsMutex;
 
     // A reference on purpose: the record takes no share of the data.
     const std::shared_ptr<InterruptStateData>& m_interruptData;
 };
 
-static_assert(std::atomic<double>::is_always_lock_free);
-static_assert(std::atomic<bool>::is_always_lock_free);
-static_assert(std::atomic<BusyMode>::is_always_lock_free);
-static_assert(std::atomic<ExecutionMode>::is_always_lock_free);
-static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
+static_assert(Atomic<double>::is_always_lock_free);
+static_assert(Atomic<bool>::is_always_lock_free);
+static_assert(Atomic<BusyMode>::is_always_lock_free);
+static_assert(Atomic<ExecutionMode>::is_always_lock_free);
+static_assert(Atomic<std::uint64_t>::is_always_lock_free);
 
 } // namespace tovrintimer

@@ -138,6 +138,7 @@ void TimerScheduler::insertAscendingSorted(WorkItem<ErrorFcnWork> item)
 template <int kind> void TimerScheduler::requestWork(WorkItem<kind> item)
 {
     m_threadStarted.callOnce([this] { startThread(); });
+    item.m_executeAt = withinClock(item.m_executeAt);
     trace("Request to Start Work with Id: ", item.m_id, " for ", kindName(WorkKind { kind }), " to execute @",
         ToTheSecond { item.m_executeAt });
     insertInOrder(std::move(item));

@@ -4,7 +4,6 @@
 #include "timer_src/main/Export.hpp"
 #include "timer_src/main/WorkItem.hpp"
 
-#include <atomic>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -63,8 +62,9 @@ public:
     /// \throws whatever the host's operations throw
     void forceStopWorkAndScheduleStopFcn(std::weak_ptr<TimerInfo> timer);
 
-    /// Queues an item, behind those of an equal due time, and starts the scheduler thread with the first.
-    /// \throws std::system_error if that cannot be started (the next insert tries again) or m_mutex cannot be
+    /// Queues an item, behind those of an equal due time, and starts the scheduler thread with the first. A due
+    /// time beyond the clock's range becomes the end of that range. \throws std::system_error if that cannot be
+    /// started (the next insert tries again) or m_mutex cannot be
     ///         locked, std::bad_alloc; the queue then holds what it held
     void insertAscendingSorted(WorkItem<StartFcnWork> item);
     void insertAscendingSorted(WorkItem<StopFcnWork> item);
@@ -106,10 +106,10 @@ private:
     Mutex m_mutex;
     ConditionVariable m_workCondition; // the scheduler thread waits here: for the queue or m_finish to change
     ConditionVariable m_consumerCondition; // told of each dispatch; a hook that nobody waits on yet
-    std::atomic<bool> m_finish { false }; // written under m_mutex, or its wake-up could be lost
+    Atomic<bool> m_finish { false }; // written under m_mutex, or its wake-up could be lost
     OnceFlag m_threadStarted;
     std::unique_ptr<Dispatcher> m_dispatcher; // reserved: always empty, passed along with each dispatch
-    std::atomic<bool> m_timerResolutionRaised { false };
+    Atomic<bool> m_timerResolutionRaised { false };
 };
 
 } // namespace tovrintimer

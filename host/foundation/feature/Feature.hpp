@@ -20,8 +20,9 @@ public:
 
 /// The switch with a given name.
 ///
-/// Lifetime: the library keeps static objects of this class, made on first use and destroyed as the process
-/// ends: construction must work at any time, destruction after everything else of the host has gone.
+/// Lifetime: the library keeps static objects of this class, made on first use and never destroyed: construction
+/// must work at any time, and `get` until the last hand-over. In a process that ends without an orderly shutdown,
+/// that may come while static objects are being destroyed.
 class TOVRINHOST_API Feature : public IFeature {
 public:
     explicit Feature(const char* name);

@@ -52,13 +52,17 @@ public:
 
     MadeTimer makeTimer(int slot, const Settings& settings);
 
-    /// A timer with this period is about to be started.
-    void timerStarts(double period) { m_wantsResolution = m_wantsResolution || period < 500.0; }
+    /// A timer has been started that had these periods meanwhile.
+    void timerStarted(const std::vector<double>& periods);
 
     void startEngine();
 
-    /// Has it run what has been handed over, and end.
-    void stopEngine();
+    /// What becomes of the tasks that have been handed over.
+    enum class Tasks { Run, Drop };
+
+    /// Has it end, after the tasks or after the one that it is running.
+    void stopEngine(Tasks tasks = Tasks::Run);
+    void dropTasks() { m_tasks.clear(); }
     bool isIdle() const { return m_tasks.empty() && !m_isBusy; }
 
     /// At the very end: nothing is left.
@@ -98,12 +102,14 @@ private:
     std::deque<Task> m_tasks;
     bool m_isBusy = false;
     bool m_isEnding = false;
+    bool m_dropsTasks = false;
     int m_engineThread = -1;
     WorkKind m_latestKind = tovrintimer::TimerFcnWork;
     std::map<const void*, int> m_objects; // of the class system, and their timers
     int m_engines = 0;
-    bool m_wantsResolution = false;
-    int m_raised = 0; // the timer resolution
+    bool m_mayRaise = false; // the timer resolution
+    bool m_hasToRaise = false;
+    int m_raised = 0;
     int m_givenBack = 0;
     int m_handedOver = 0;
     int m_requestsPending = 0;

@@ -34,6 +34,7 @@ class Witness {
 public:
     virtual ~Witness() = default;
     virtual void clockWasRead(Moment now) = 0;
+    virtual void atomicWasWritten() = 0;
     virtual void mutexWasReleased(const void* mutex) = 0;
     virtual void conditionWasNotified(const void* condition) = 0;
 

@@ -35,6 +35,13 @@ SystemClock::time_point SystemClock::now()
     return time_point(duration(calendarAtStart + (Kernel::current() ? Kernel::current()->now() : 0)));
 }
 
+void atomicWasWritten()
+{
+    if (Kernel::current() != nullptr && Kernel::current()->witness() != nullptr) {
+        Kernel::current()->witness()->atomicWasWritten();
+    }
+}
+
 // ---- Mutex
 
 Mutex::Mutex()

@@ -2,13 +2,18 @@
 
 #include "tests/simulation/kernel/Kernel.hpp"
 
+#include <atomic>
 #include <chrono>
 #include <mutex>
+#include <utility>
 
 namespace simulation {
 
 // The types that stand behind Concurrency.hpp in the simulation. Each operation is a point where another virtual
 // thread may go on. They may be made and destroyed where nothing runs.
+
+/// Tells the witness, if there is one.
+void atomicWasWritten();
 
 /// The virtual clock.
 struct SteadyClock {
@@ -30,6 +35,68 @@ struct SystemClock {
     static constexpr bool is_steady = false;
 
     static time_point now();
+};
+
+/// What is shared without a lock. Each operation is seen by all threads in the same order.
+template <typename T> class Atomic {
+public:
+    static constexpr bool is_always_lock_free = std::atomic<T>::is_always_lock_free;
+
+    Atomic() = default;
+    Atomic(T value) // NOLINT(google-explicit-constructor,hicpp-explicit-conversions): as of std::atomic
+        : m_value(value)
+    {
+    }
+    Atomic(const Atomic&) = delete;
+    Atomic& operator=(const Atomic&) = delete;
+    ~Atomic() = default;
+
+    T load(std::memory_order /*order*/ = std::memory_order_seq_cst) const
+    {
+        const Operation operation("read atomic");
+        return m_value;
+    }
+
+    void store(T value, std::memory_order order = std::memory_order_seq_cst) { exchange(value, order); }
+
+    T exchange(T value, std::memory_order /*order*/ = std::memory_order_seq_cst)
+    {
+        const Operation operation("write atomic");
+        const T before = std::exchange(m_value, value);
+        atomicWasWritten();
+        return before;
+    }
+
+    bool compare_exchange_strong(T& expected, T desired)
+    {
+        const Operation operation("compare and write atomic");
+        if (m_value != expected) {
+            expected = m_value;
+            return false;
+        }
+        m_value = desired;
+        atomicWasWritten();
+        return true;
+    }
+
+    T operator++()
+    {
+        const Operation operation("count atomic");
+        ++m_value;
+        atomicWasWritten();
+        return m_value;
+    }
+
+    operator T() const { return load(); } // NOLINT(google-explicit-constructor,hicpp-explicit-conversions)
+
+    T operator=(T value) // NOLINT(misc-unconventional-assign-operator)
+    {
+        store(value);
+        return value;
+    }
+
+private:
+    T m_value {};
 };
 
 class Mutex {

@@ -14,8 +14,8 @@ constexpr auto drop = static_cast<std::size_t>(BusyMode::Drop);
 constexpr auto queue = static_cast<std::size_t>(BusyMode::Queue);
 constexpr auto error = static_cast<std::size_t>(BusyMode::Error);
 
-/// The last callback of a fixed-rate run without StopFcn ends it once it has returned and has been counted,
-/// whichever comes later.
+/// The last callback of a fixed-rate run without StopFcn ends it, whether it returns before its dispatch has
+/// counted it or after.
 void checkEndOfRun(const Reading& reading, const HandOver& callback)
 {
     if (callback.woken > 0) {
@@ -27,8 +27,7 @@ void checkEndOfRun(const Reading& reading, const HandOver& callback)
         const Window window { callback.when, reading.window().to };
         reading.require(contains(callback.left, false) || reading.timer().hasStop.had(window, true),
             "a fixed-rate run without StopFcn ends after its last callback, whichever of its dispatch and its "
-            "task "
-            "comes later");
+            "task comes later");
     }
 }
 
@@ -86,7 +85,7 @@ void readFixedRate(Reading& reading, const std::vector<Count>& counts, const Han
     // Where the mode changed as the callback before was handed over, it may be of either.
     const bool isUnclear = before != nullptr && before->modes.size() > 1;
     const bool mayBeOver = isUnclear || (before != nullptr && reading.had(before->completed, true));
-    const bool mayBeBusy = isUnclear || before == nullptr || reading.had(before->completed, false);
+    const bool mayBeBusy = isUnclear || before == nullptr || reading.had(before->hasSettled, false);
     const bool asks = reading.any(timer.busy, [](std::size_t busy) { return busy != queue; });
     if (!reading.nextIs(Event::HandedOver)) {
         reading.require(
@@ -99,10 +98,6 @@ void readFixedRate(Reading& reading, const std::vector<Count>& counts, const Han
     HandOver& callback = *reading.take().handOver;
     callback.isFixedRate = true;
     callback.left = readFollowUp(reading, counts);
-    while (reading.nextIs(Event::Woken)) {
-        reading.take();
-        ++callback.woken;
-    }
     callback.dispatchEnded = true;
     checkEndOfRun(reading, callback);
 }

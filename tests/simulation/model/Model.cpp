@@ -94,6 +94,12 @@ void Model::end()
     const std::unique_ptr<Activity> ended = std::move(activities().back());
     activities().pop_back();
     ++m_time;
+    if (ended->what == Activity::Start && ended->events.empty()) {
+        at(ended->timer).lastReset = m_time;
+    }
+    if (ended->handOver) {
+        ended->handOver->hasSettled.set(m_time, ended->handOver->completed.latest());
+    }
     if (m_kernel.isTracing()) {
         m_kernel.note("(" + describe(*ended) + ")");
     }
@@ -114,6 +120,9 @@ Event& Model::add(Event::What what, int timer)
     Event& event = current->events.emplace_back();
     event.what = what;
     event.when = ++m_time;
+    if (current->what == Activity::Start && current->events.size() == 1) {
+        at(timer).lastReset = m_time;
+    }
     return event;
 }
 
@@ -121,8 +130,6 @@ void Model::operationBegins(Activity::What what, int timer)
 {
     begin(what, timer);
     if (what == Activity::Start && at(timer).exists) {
-        at(timer).running.set(m_time, true);
-        at(timer).lastStart = m_time;
         at(timer).statistics.reset();
     }
 }
@@ -145,6 +152,7 @@ std::shared_ptr<HandOver> Model::handedOver(int timer)
     event.handOver->timer = timer;
     event.handOver->when = m_time;
     event.handOver->completed.set(0, false);
+    event.handOver->hasSettled.set(0, false);
     expectOf(*event.handOver, at(timer), by, m_time);
     return event.handOver;
 }
@@ -171,7 +179,8 @@ void Model::evaluationBegins(int timer, WorkKind kind)
             fail("a run is not counted before its callback begins: " + describe(task));
         }
         TimerModel& model = at(timer);
-        model.statistics.runStarts(task.clockReads.front().second / millisecond, model.lastStart > task.begin);
+        model.statistics.runStarts(
+            task.clockReads.front().second / millisecond, model.lastReset > task.begin || isBeingReset(timer));
         checkStatistics(timer);
     }
 }
@@ -188,9 +197,20 @@ void Model::evaluationEnds(int timer, WorkKind kind, bool succeeded)
     checkStatistics(timer);
 }
 
+/// Whether a start has begun that may not have come to the statistics yet.
+bool Model::isBeingReset(int timer) const
+{
+    return std::ranges::any_of(m_activities, [timer](const auto& ofThread) {
+        return std::ranges::any_of(ofThread.second, [timer](const auto& activity) {
+            return activity->what == Activity::Start && activity->timer == timer && activity->events.empty();
+        });
+    });
+}
+
 void Model::checkStatistics(int timer) const
 {
-    if (const auto info = at(timer).timer.lock()) {
+    const auto info = at(timer).timer.lock();
+    if (info && !isBeingReset(timer)) {
         const std::string difference = at(timer).statistics.compare(*info);
         if (!difference.empty()) {
             fail("timer " + std::to_string(timer) + ": " + difference);
@@ -215,6 +235,7 @@ void Model::schedulerThreadStarted()
 
 void Model::checkFlags() const
 {
+    const Kernel::Atomically atomically;
     for (const TimerModel& model : m_timers) {
         const auto timer = model.timer.lock();
         if (timer && timer->getIsRunning() != model.running.latest()) {
@@ -249,6 +270,21 @@ void Model::clockWasRead(Moment now)
     m_aboutToNotify.erase(m_kernel.self());
     if (Activity* const current = activity()) {
         current->clockReads.emplace_back(++m_time, now);
+    }
+}
+
+/// That is how a start sets the running flag.
+void Model::atomicWasWritten()
+{
+    Activity* const current = activity();
+    if (current == nullptr || current->what != Activity::Start) {
+        return;
+    }
+    const Kernel::Atomically atomically;
+    TimerModel& model = at(current->timer);
+    const auto timer = model.timer.lock();
+    if (timer && !model.running.latest() && timer->getIsRunning()) {
+        model.running.set(++m_time, true);
     }
 }
 

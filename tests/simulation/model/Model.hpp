@@ -34,7 +34,7 @@ struct TimerModel {
     History<bool> hasError;
     bool hasStart = false;
 
-    std::uint64_t lastStart = 0;
+    std::uint64_t lastReset = 0; ///< when a start had come to the statistics, at the latest
     Statistics statistics;
 };
 
@@ -82,6 +82,7 @@ public:
     [[noreturn]] void fail(const std::string& what) const { m_kernel.fail(what); }
 
     void clockWasRead(Moment now) override;
+    void atomicWasWritten() override;
     void mutexWasReleased(const void* mutex) override;
     void conditionWasNotified(const void* condition) override;
     void timeMoves() override;
@@ -104,6 +105,7 @@ private:
     void checkFlags() const;
     bool matchesQueue(std::size_t skipped) const;
     void checkStatistics(int timer) const;
+    bool isBeingReset(int timer) const;
 
     Kernel& m_kernel;
     tovrintimer::TimerScheduler* m_scheduler = nullptr;

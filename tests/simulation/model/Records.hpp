@@ -33,16 +33,18 @@ struct HandOver {
     std::vector<ExecutionMode> modes;
     std::vector<Count> counts;
 
-    History<bool> completed; ///< of a fixed-rate callback: whether it has returned
+    // Of a fixed-rate callback: whether it has returned; and whether all can know of it by now.
+    History<bool> completed;
+    History<bool> hasSettled;
 
-    // The end of a fixed-rate run, which the dispatch and the task find out together.
+    // The end of a fixed-rate run.
     bool isFixedRate = false;
     std::uint64_t when = 0;
     bool dispatchEnded = false;
     bool taskEnded = false;
     bool taskSucceeded = false;
     std::vector<std::uint64_t> left; ///< after this callback
-    int woken = 0; ///< how often the two have ended the run
+    int woken = 0; ///< how often the task has ended the run
 };
 
 /// An item of the queue.

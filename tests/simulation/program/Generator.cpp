@@ -119,8 +119,8 @@ Script randomScript(Choices& choices)
     script.timerPpe = !choices.oneIn(4);
     script.logs = choices.oneIn(25);
     script.settle = choices.oneOf({ 0.0, 3.0, 20.0, 60.0 });
-    script.ending = choices.oneOf(
-        { Ending::StopAll, Ending::StopAll, Ending::StopAll, Ending::CleanupWhileRunning, Ending::CleanupAtOnce });
+    script.ending = choices.oneOf({ Ending::StopAll, Ending::StopAll, Ending::StopAll, Ending::CleanupWhileRunning,
+        Ending::CleanupAtOnce, Ending::DestroyWhileRunning });
 
     const int timers = static_cast<int>(choices.oneIn(10) ? 1 + choices.below(20) : 1 + choices.below(4));
     for (int timer = 0; timer < timers; ++timer) {

@@ -112,7 +112,7 @@ void readLine(Script& script, const std::string& text)
     } else if (what == "end") {
         const Fields fields(line);
         script.settle = fields.number("settle");
-        script.ending = static_cast<Ending>(std::min<std::uint64_t>(fields.whole("how"), 2));
+        script.ending = static_cast<Ending>(std::min<std::uint64_t>(fields.whole("how"), 3));
     } else if (what == "timer") {
         script.timers.push_back(timerFrom(Fields(line)));
     } else {

@@ -62,6 +62,7 @@ enum class Ending {
     StopAll, ///< all timers are stopped, and their callbacks run, before the cleanup
     CleanupWhileRunning, ///< the host threads have ended
     CleanupAtOnce, ///< the host threads go on
+    DestroyWhileRunning, ///< all other threads have ended, but the scheduler's has not: there is no cleanup before
 };
 
 /// A program for the simulation, and the weather and the seed under which it runs: all that a run depends on.

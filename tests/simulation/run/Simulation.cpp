@@ -93,6 +93,7 @@ public:
 private:
     void main();
     void finish();
+    void destroyScope();
     void stopAll();
     void joinHosts();
     void cleanUp();
@@ -125,7 +126,9 @@ void Play::main()
     if (m_script.ending == Ending::StopAll) {
         stopAll();
     }
-    cleanUp();
+    if (m_script.ending != Ending::DestroyWhileRunning) {
+        cleanUp();
+    }
     joinHosts();
     finish();
 }
@@ -172,13 +175,23 @@ void Play::finish()
 {
     {
         const Doing doing("stop the engine");
-        m_host.stopEngine();
+        m_host.stopEngine(m_script.ending == Ending::DestroyWhileRunning ? Host::Tasks::Drop : Host::Tasks::Run);
     }
+    destroyScope();
+    m_host.dropTasks();
     m_stage.clear();
-    m_model.unwatch();
-    tovrinhost::destroyProcessScope();
     m_model.checkNothingIsLeft();
     m_host.checkNothingIsLeft();
+}
+
+/// The scheduler cleans up as it is destroyed, and may be at work for a timer meanwhile.
+void Play::destroyScope()
+{
+    const Operation operation("destroy the process scope");
+    m_model.operationBegins(Activity::Cleanup, -1);
+    tovrinhost::destroyProcessScope();
+    m_model.unwatch();
+    m_model.operationEnds();
 }
 
 void Play::hostThread(int number)

@@ -2,6 +2,8 @@
 
 #include "timer_src/main/TimerScheduler.hpp"
 
+#include <utility>
+
 namespace simulation {
 
 using tovrintimer::TimerInfo;
@@ -31,6 +33,7 @@ void Stage::setUp()
 
 void Stage::make(int slot)
 {
+    const Kernel::Atomically atomically;
     const Settings& settings = m_specs[static_cast<std::size_t>(slot)].settings;
     const Host::MadeTimer made = m_host.makeTimer(slot, settings);
     at(slot) = { made.timer, made.timer, settings, made.number };
@@ -38,6 +41,7 @@ void Stage::make(int slot)
 
 bool Stage::isRunning(int slot) const
 {
+    const Kernel::Atomically atomically;
     return at(slot).timer && at(slot).timer->getIsRunning();
 }
 
@@ -101,13 +105,17 @@ void Stage::operate(Activity::What what, int slot)
 {
     const Operation operation(name(what), slot);
     const std::weak_ptr<TimerInfo> handle = at(slot).handle;
-    m_model.operationBegins(what, at(slot).number);
+    const int number = at(slot).number; // the slot may get another timer meanwhile
+    m_model.operationBegins(what, number);
+    const std::uint64_t begin = m_model.time();
+    const bool exists = !handle.expired();
     switch (what) {
     case Activity::Start:
-        if (const auto timer = handle.lock()) {
-            m_host.timerStarts(timer->getPeriod());
-        }
         m_scheduler->createAndStartWork(handle);
+        if (exists) {
+            const History<double>& period = std::as_const(m_model).at(number).period;
+            m_host.timerStarted(period.during({ begin, m_model.time() }));
+        }
         break;
     case Activity::Stop:
         m_scheduler->forceStopWorkAndScheduleStopFcn(handle);
@@ -131,6 +139,8 @@ void Stage::change(Slot& slot, const Step& step)
     if (!slot.timer) {
         return;
     }
+    // The timer is changed, and the model told, in one step.
+    const Kernel::Atomically atomically;
     const bool isPeriod = step.verb == Verb::SetPeriod || step.verb == Verb::SetDelay;
     const std::size_t whole = isPeriod ? 0 : static_cast<std::size_t>(step.value); // a period may be infinite
     if (step.verb == Verb::SetPeriod) {

@@ -4,6 +4,7 @@
 #include "host/foundation/tovrindata/ArrayFactory.hpp"
 #include "host/vorn/VORN.hpp"
 #include "timer_src/main/MonotonicTime.hpp"
+#include "timer_src/main/NeverDestroyed.hpp"
 
 #include <string>
 #include <vector>
@@ -11,15 +12,20 @@
 namespace tovrintimer {
 
 using foundation::tovrindata::Array;
+using foundation::tovrindata::ArrayDimensions;
 using foundation::tovrindata::ArrayFactory;
 
 namespace {
 
-/// Year, month, day, hour, minute, and seconds with milliseconds.
+/// Year, month, day, hour, minute, and seconds with milliseconds: the seconds are the calendar's, and the
+/// milliseconds the steady clock's. The two do not begin their seconds together, so that the time can be off by up
+/// to a second, and that of a later event can be the earlier one.
 Array makeEventTime(ArrayFactory& factory)
 {
+    static const NeverDestroyed<ArrayDimensions> row(ArrayDimensions { 1, 6 });
+
     const auto [local, millisecond] = toCalendarTime(now());
-    return factory.createDoubleArray({ 1, 6 },
+    return factory.createDoubleArray(*row,
         { local.tm_year + 1900.0, local.tm_mon + 1.0, static_cast<double>(local.tm_mday),
             static_cast<double>(local.tm_hour), static_cast<double>(local.tm_min),
             local.tm_sec + millisecond / 1000.0 });

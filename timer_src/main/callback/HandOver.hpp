@@ -1,8 +1,8 @@
 #pragma once
 
 #include "host/foundation/feature/Feature.hpp"
+#include "timer_src/main/Concurrency.hpp"
 
-#include <atomic>
 #include <functional>
 
 namespace tovrintimer {
@@ -14,8 +14,7 @@ using CallbackTask = std::function<void()>;
 
 /// The way of one handler's callback tasks to the host.
 ///
-/// Lifetime: each handler has one, and never destroys it: in a process that ends without an orderly shutdown, the
-/// scheduler thread hands tasks over to the last.
+/// Lifetime: each handler has one, which is never destroyed.
 ///
 /// Threading: any thread. Called with no lock held: all that happens here happens in the host.
 class HandOver {
@@ -29,7 +28,7 @@ public:
 
 private:
     foundation::feature::Feature m_timerPpe;
-    std::atomic<bool> m_reported { false };
+    Atomic<bool> m_reported { false };
 };
 
 } // namespace tovrintimer

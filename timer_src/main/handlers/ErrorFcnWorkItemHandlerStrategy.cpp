@@ -1,5 +1,6 @@
 #include "timer_src/main/handlers/ErrorFcnWorkItemHandlerStrategy.hpp"
 
+#include "timer_src/main/NeverDestroyed.hpp"
 #include "timer_src/main/callback/CallbackTask.hpp"
 #include "timer_src/main/callback/WorkHandlerLog.hpp"
 
@@ -17,7 +18,7 @@ void runErrorFcn(TimerInfo& timer, vorn::VORN& engine)
 
 void ErrorFcnWorkItemHandlerStrategy::handle(WorkItem<ErrorFcnWork> item) const
 {
-    static auto& handOver = *new HandOver;
+    static NeverDestroyed<HandOver> handOver;
 
     const auto timer = item.m_timerInfo.lock();
     if (!timer) {
@@ -29,7 +30,7 @@ void ErrorFcnWorkItemHandlerStrategy::handle(WorkItem<ErrorFcnWork> item) const
     }
     auto engine = timer->getVORNInstanceWhereTimerWasFirstCreated();
     trace("Requesting ErrorFcn Processing");
-    handOver(*timer, makeCallbackTask(std::move(item.m_timerInfo), std::move(engine), runErrorFcn));
+    (*handOver)(*timer, makeCallbackTask(std::move(item.m_timerInfo), std::move(engine), runErrorFcn));
 }
 
 } // namespace tovrintimer

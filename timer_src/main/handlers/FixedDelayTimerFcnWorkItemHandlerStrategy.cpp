@@ -1,5 +1,6 @@
 #include "timer_src/main/handlers/FixedDelayTimerFcnWorkItemHandlerStrategy.hpp"
 
+#include "timer_src/main/NeverDestroyed.hpp"
 #include "timer_src/main/callback/CallbackTask.hpp"
 #include "timer_src/main/handlers/NextWorkItem.hpp"
 
@@ -7,7 +8,7 @@ namespace tovrintimer {
 
 void FixedDelayTimerFcnWorkItemHandlerStrategy::handle(WorkItem<TimerFcnWork> item) const
 {
-    static auto& handOver = *new HandOver;
+    static NeverDestroyed<HandOver> handOver;
 
     const auto timer = item.m_timerInfo.lock();
     if (!timer) {
@@ -20,7 +21,7 @@ void FixedDelayTimerFcnWorkItemHandlerStrategy::handle(WorkItem<TimerFcnWork> it
         evaluateTimerCallback(info, vorn, TimerFcnWork);
         endRunWithoutStopFcn(*current);
     };
-    handOver(*timer, makeCallbackTask(std::move(item.m_timerInfo), std::move(engine), runTimerFcn));
+    (*handOver)(*timer, makeCallbackTask(std::move(item.m_timerInfo), std::move(engine), runTimerFcn));
 }
 
 } // namespace tovrintimer

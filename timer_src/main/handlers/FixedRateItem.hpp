@@ -1,48 +1,59 @@
 #pragma once
 
+#include "timer_src/main/Concurrency.hpp"
 #include "timer_src/main/WorkItem.hpp"
 
-#include <atomic>
+#include <cstdint>
 #include <memory>
 
 namespace tovrintimer {
 
 /// The item of one fixed-rate callback, shared by its dispatch and its task.
 ///
-/// The dispatch counts the callback after it has handed the task over. The task, when the callback has returned,
-/// ends the run if that was the last one and there is no StopFcn to do so. The two may come in either order, so
-/// the second of them makes this final check, and finds what the first has written:
+/// The callback is counted once it has been handed over. When it has returned, its task ends the run if that was
+/// the last one and there is no StopFcn to do so. The two may come in either order: the first counts, and the
+/// second takes that count. So it is always the task that ends the run, and an error of the wake-up statement
+/// leaves the task:
 ///
 ///     dispatching thread                    thread of the task
 ///     ------------------                    ------------------
 ///     hand the task over  ---------------->  evaluate the callback
-///     count it in m_taskCount                        :
-///     callbackCounted()  --- the second ---  callbackReturned()
-///                                |
-///                      endRunWithoutStopFcn
+///     callbackHandedOver()                   callbackReturned()
+///       count  -------- the first counts --------  count
+///       queue what follows                   end the run, if it is over without a StopFcn
 ///
-/// A host may also run the task inside the hand-over, on the handing thread. Nothing has been counted then, and
-/// the task's own check finds it so: such a run goes on until it is stopped.
+/// A host may also run the task inside the hand-over, on the handing thread. It finds what stood before the count
+/// then, and so such a run goes on until it is stopped.
 ///
-/// Threading: the counter and the task count belong to the dispatching thread until it calls `callbackCounted`.
+/// Threading: constant after construction, but for the counts.
 class FixedRateItem : public WorkItem<TimerFcnWork> {
 public:
+    struct Count {
+        std::uint64_t total = 0; ///< callbacks of the run
+        std::uint64_t left = 0; ///< those still to be dispatched, after this one
+        bool endsRun = false; ///< by the task: nothing follows
+    };
+
     /// To be made on the thread that hands the task over.
     explicit FixedRateItem(const WorkItem<TimerFcnWork>& due);
 
     /// The dispatching thread's side.
-    void callbackCounted();
+    const Count& callbackHandedOver(const TimerInfo& timer);
 
     /// The task's side.
-    void callbackReturned();
+    /// \throws whatever the engine's `evalAsync` throws
+    void callbackReturned(TimerInfo& timer);
 
 private:
-    /// \returns true for the second to come
-    bool meet() noexcept { return m_oneHasCome.exchange(true, std::memory_order_acq_rel); }
+    Count countFor(const TimerInfo& timer) const;
+    const Count& firstOf(const Count& mine);
 
     const Thread::id m_handingThread;
-    bool m_isCounted = false; // only for m_handingThread
-    std::atomic<bool> m_oneHasCome { false };
+    bool m_isHandedOver = false; // only for m_handingThread
+
+    Atomic<const Count*> m_first { nullptr }; // one of these, which is constant from then on
+    Count m_byDispatch;
+    Count m_byTask;
 };
 
 } // namespace tovrintimer

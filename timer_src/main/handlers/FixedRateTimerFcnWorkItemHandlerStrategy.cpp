@@ -1,6 +1,7 @@
 #include "timer_src/main/handlers/FixedRateTimerFcnWorkItemHandlerStrategy.hpp"
 
 #include "timer_src/main/MonotonicTime.hpp"
+#include "timer_src/main/NeverDestroyed.hpp"
 #include "timer_src/main/TimerScheduler.hpp"
 #include "timer_src/main/callback/CallbackTask.hpp"
 #include "timer_src/main/callback/WorkHandlerLog.hpp"
@@ -69,7 +70,7 @@ bool FixedRateTimerFcnWorkItemHandlerStrategy::isPreviousCallbackStillRunning(
 void FixedRateTimerFcnWorkItemHandlerStrategy::handleFixedRateTimerFcnWithNoContention(
     WorkItem<TimerFcnWork> item) const
 {
-    static auto& handOver = *new HandOver;
+    static NeverDestroyed<HandOver> handOver;
 
     const auto timer = item.m_timerInfo.lock();
     if (!timer) {
@@ -82,11 +83,14 @@ void FixedRateTimerFcnWorkItemHandlerStrategy::handleFixedRateTimerFcnWithNoCont
         info.updateTimerFunRunStatus();
         evaluateTimerCallback(info, vorn, TimerFcnWork);
         record->hasCompleted = true;
-        current->callbackReturned();
+        current->callbackReturned(info);
     };
-    handOver(*timer, makeCallbackTask(std::move(item.m_timerInfo), std::move(engine), runTimerFcn));
-    countAndScheduleNext(*current, *timer, record);
-    current->callbackCounted();
+    (*handOver)(*timer, makeCallbackTask(std::move(item.m_timerInfo), std::move(engine), runTimerFcn));
+    const FixedRateItem::Count& count = current->callbackHandedOver(*timer);
+    if (!count.endsRun) {
+        scheduleNextWorkItem(makeNextWorkItem(current->m_timerInfo, record, false, current->m_id,
+            std::make_shared<std::uint64_t>(count.total), count.left));
+    }
 }
 
 void FixedRateTimerFcnWorkItemHandlerStrategy::handleFixedRateTimerFcnWithContention(

@@ -1,5 +1,6 @@
 #include "timer_src/main/handlers/SingleShotTimerFcnWorkItemHandlerStrategy.hpp"
 
+#include "timer_src/main/NeverDestroyed.hpp"
 #include "timer_src/main/callback/CallbackTask.hpp"
 #include "timer_src/main/callback/WorkHandlerLog.hpp"
 #include "timer_src/main/handlers/NextWorkItem.hpp"
@@ -24,7 +25,7 @@ void endRun(const WorkItem<TimerFcnWork>& item)
 
 void SingleShotTimerFcnWorkItemHandlerStrategy::handle(WorkItem<TimerFcnWork> item) const
 {
-    static auto& handOver = *new HandOver;
+    static NeverDestroyed<HandOver> handOver;
 
     const auto timer = item.m_timerInfo.lock();
     if (!timer) {
@@ -40,7 +41,7 @@ void SingleShotTimerFcnWorkItemHandlerStrategy::handle(WorkItem<TimerFcnWork> it
         evaluateTimerCallback(info, vorn, TimerFcnWork);
         endRun(*current);
     };
-    handOver(*timer, makeCallbackTask(std::move(item.m_timerInfo), std::move(engine), runTimerFcn));
+    (*handOver)(*timer, makeCallbackTask(std::move(item.m_timerInfo), std::move(engine), runTimerFcn));
 }
 
 } // namespace tovrintimer

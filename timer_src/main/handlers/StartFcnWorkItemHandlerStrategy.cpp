@@ -1,5 +1,6 @@
 #include "timer_src/main/handlers/StartFcnWorkItemHandlerStrategy.hpp"
 
+#include "timer_src/main/NeverDestroyed.hpp"
 #include "timer_src/main/callback/CallbackTask.hpp"
 #include "timer_src/main/callback/WorkHandlerLog.hpp"
 #include "timer_src/main/handlers/NextWorkItem.hpp"
@@ -18,7 +19,7 @@ void runStartFcn(TimerInfo& timer, vorn::VORN& engine)
 
 void StartFcnWorkItemHandlerStrategy::handle(WorkItem<StartFcnWork> item) const
 {
-    static auto& handOver = *new HandOver;
+    static NeverDestroyed<HandOver> handOver;
 
     const auto timer = item.m_timerInfo.lock();
     if (!timer) {
@@ -29,7 +30,7 @@ void StartFcnWorkItemHandlerStrategy::handle(WorkItem<StartFcnWork> item) const
     } else {
         auto engine = timer->getVORNInstanceWhereTimerWasFirstCreated();
         trace("Requesting StartFcn Processing");
-        handOver(*timer, makeCallbackTask(item.m_timerInfo, std::move(engine), runStartFcn));
+        (*handOver)(*timer, makeCallbackTask(item.m_timerInfo, std::move(engine), runStartFcn));
     }
     scheduleIfTimerIsRunning(makeFirstTimerFcnWorkItem(*timer, item.m_id, item.m_timerInfo));
 }

@@ -1,5 +1,6 @@
 #include "timer_src/main/handlers/StopFcnWorkItemHandlerStrategy.hpp"
 
+#include "timer_src/main/NeverDestroyed.hpp"
 #include "timer_src/main/callback/CallbackTask.hpp"
 #include "timer_src/main/callback/WorkHandlerLog.hpp"
 
@@ -7,7 +8,7 @@ namespace tovrintimer {
 
 void StopFcnWorkItemHandlerStrategy::handle(WorkItem<StopFcnWork> item) const
 {
-    static auto& handOver = *new HandOver;
+    static NeverDestroyed<HandOver> handOver;
 
     const auto timer = item.m_timerInfo.lock();
     if (!timer) {
@@ -26,7 +27,7 @@ void StopFcnWorkItemHandlerStrategy::handle(WorkItem<StopFcnWork> item) const
         info.setActivationStatus(false);
         evaluateTimerCallback(info, vorn, StopFcnWork);
     };
-    handOver(*timer, makeCallbackTask(std::move(item.m_timerInfo), std::move(engine), runStopFcn));
+    (*handOver)(*timer, makeCallbackTask(std::move(item.m_timerInfo), std::move(engine), runStopFcn));
 }
 
 } // namespace tovrintimer

@@ -8,6 +8,16 @@ namespace tovrintimer {
 std::pair<std::uint64_t, std::uint64_t> updateCallbackCounter(const WorkItem<TimerFcnWork>& current,
     std::uint64_t tasksToExecute, std::uint64_t counterValue, std::uint64_t taskCount)
 {
+    const auto after = afterCallback(tasksToExecute, counterValue, taskCount);
+    if (after.first != counterValue) {
+        traceChangedTotal(current);
+    }
+    return after;
+}
+
+std::pair<std::uint64_t, std::uint64_t> afterCallback(
+    std::uint64_t tasksToExecute, std::uint64_t counterValue, std::uint64_t taskCount)
+{
     if (counterValue == tasksToExecute || taskCount == 0) {
         return { counterValue, taskCount - 1 };
     }
@@ -15,9 +25,13 @@ std::pair<std::uint64_t, std::uint64_t> updateCallbackCounter(const WorkItem<Tim
     if (dispatchedBefore >= tasksToExecute - 1) {
         return { counterValue, taskCount - 1 };
     }
+    return { tasksToExecute, (tasksToExecute - dispatchedBefore) - 1 };
+}
+
+void traceChangedTotal(const WorkItem<TimerFcnWork>& current)
+{
     writeRecord(
         workItemLogger, Severity::Trace, "TasksToExecute changed, affecting callback ctr ", current.m_taskCount);
-    return { tasksToExecute, (tasksToExecute - dispatchedBefore) - 1 };
 }
 
 void countCallback(WorkItem<TimerFcnWork>& current, const TimerInfo& timer)

@@ -20,6 +20,13 @@ namespace tovrintimer {
 std::pair<std::uint64_t, std::uint64_t> updateCallbackCounter(const WorkItem<TimerFcnWork>& current,
     std::uint64_t tasksToExecute, std::uint64_t counterValue, std::uint64_t taskCount);
 
+/// The same without the record.
+std::pair<std::uint64_t, std::uint64_t> afterCallback(
+    std::uint64_t tasksToExecute, std::uint64_t counterValue, std::uint64_t taskCount);
+
+/// Records that a changed number of tasks has been honoured.
+void traceChangedTotal(const WorkItem<TimerFcnWork>& current);
+
 /// Counts the callback of this item, in the item: a new counter object, and the callbacks that are left.
 void countCallback(WorkItem<TimerFcnWork>& current, const TimerInfo& timer);
 

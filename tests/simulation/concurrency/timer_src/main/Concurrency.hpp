@@ -17,6 +17,7 @@ using SystemClock = simulation::SystemClock;
 using Mutex = simulation::Mutex;
 using Lock = std::unique_lock<Mutex>;
 using ConditionVariable = simulation::ConditionVariable;
+template <typename T> using Atomic = simulation::Atomic<T>;
 using Thread = simulation::Thread;
 using simulation::currentThreadId;
 
