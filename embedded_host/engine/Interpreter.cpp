@@ -137,7 +137,10 @@ Interpreter::Interpreter(EventLoop& loop)
     });
 }
 
-Interpreter::~Interpreter() = default;
+Interpreter::~Interpreter()
+{
+    m_main.reset(); // finalizers run: everything else has to be there still
+}
 
 Interpreter& Interpreter::of(lua_State* state)
 {
