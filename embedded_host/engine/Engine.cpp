@@ -134,8 +134,19 @@ void Engine::serve()
     setCurrentThreadName("interpreter");
     const InterpreterThread here(m_loop);
     m_interpreter = std::make_unique<Interpreter>(m_loop);
+    const auto interruptCode = [](void* code) { static_cast<RunningCode*>(code)->interrupt(); };
+    setInterjection(std::make_unique<platform::Interjection>(interruptCode, &m_interpreter->code()));
     m_loop.runUntilStopped();
+    setInterjection(nullptr);
+    // Finalizers run as the state is closed. Nothing comes any more that they could pump for.
+    m_loop.interrupt(Interruption::Exit);
     m_interpreter.reset();
+}
+
+void Engine::setInterjection(std::unique_ptr<platform::Interjection> interjection)
+{
+    const std::lock_guard lock(m_interjectionMutex);
+    m_interjection = std::move(interjection);
 }
 
 foundation::concurrent::future<std::vector<foundation::tovrindata::Array>> Engine::feval(
@@ -159,6 +170,15 @@ foundation::concurrent::future<void> Engine::evalAsync(const std::u16string& sta
 void Engine::submit(const std::function<void()>& task)
 {
     m_loop.submit(std::make_shared<NoTimer>(), task, wakesInterpreter());
+}
+
+void Engine::interrupt(Interruption why)
+{
+    m_loop.interrupt(why);
+    const std::lock_guard lock(m_interjectionMutex);
+    if (m_interjection) {
+        m_interjection->interject();
+    }
 }
 
 void Engine::run(const std::function<void(Interpreter&)>& work)

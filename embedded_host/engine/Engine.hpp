@@ -3,9 +3,11 @@
 #include "embedded_host/engine/EventLoop.hpp"
 #include "embedded_host/engine/Interpreter.hpp"
 #include "embedded_host/engine/TaskSink.hpp"
+#include "embedded_host/engine/platform/Platform.hpp"
 #include "host/vorn/VORN.hpp"
 
 #include <memory>
+#include <mutex>
 #include <thread>
 
 namespace iqm {
@@ -43,6 +45,9 @@ public:
     /// Queues a callback task that belongs to no timer. What leaves the task is written to standard error.
     void submit(const std::function<void()>& task) override;
 
+    /// Makes the code that runs, and each pumping call, give up, until the loop's interruption is cleared.
+    void interrupt(Interruption why);
+
     EventLoop& loop() { return m_loop; }
 
     /// Only for the interpreter thread.
@@ -55,11 +60,16 @@ public:
 private:
     Engine();
     void serve();
+    void setInterjection(std::unique_ptr<platform::Interjection> interjection);
 
     const vorn::ContextId m_contextId;
     EventLoop m_loop;
     std::unique_ptr<Interpreter> m_interpreter; // made and destroyed on the interpreter thread
     std::shared_ptr<iqm::Iqm> m_queueManager;
+
+    std::mutex m_interjectionMutex;
+    std::unique_ptr<platform::Interjection> m_interjection; // guarded by it; there while the interpreter serves
+
     std::thread m_thread;
 };
 

@@ -117,7 +117,7 @@ public:
     /// Ends `runUntilStopped`. Waiting entries are dropped, and so is whatever comes later.
     void stop();
 
-    /// Makes the code that runs, and each pumping call, give up, until it is cleared.
+    /// Makes each pumping call give up, until it is cleared. Engine::interrupt is for the code that runs, too.
     void interrupt(Interruption why);
     void clearInterruption() { m_interruption = Interruption::None; }
     Interruption interruption() const { return m_interruption; }

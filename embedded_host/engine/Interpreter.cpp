@@ -1,6 +1,5 @@
 #include "embedded_host/engine/Interpreter.hpp"
 
-#include "embedded_host/engine/EventLoop.hpp"
 #include "embedded_host/engine/LuaArrays.hpp"
 #include "embedded_host/engine/ScriptError.hpp"
 
@@ -9,152 +8,274 @@
 #include <lauxlib.h>
 #include <lualib.h>
 
+#include <exception>
 #include <new>
+#include <stdexcept>
 #include <utility>
 
 namespace tovrinhost {
 
 namespace {
 
-// How many instructions run between two looks at the interruption: some microseconds.
-constexpr int instructionsPerLook = 1000;
+constexpr int mostNested = 150;
 
-/// Raises the error "interrupted", also at every following instruction, so that no protected call of the script's
-/// own can hold it up.
-void giveUpIfInterrupted(lua_State* state, lua_Debug* /*unused*/)
+/// Its address is the registry key of the host's functions.
+const char functionsKey = 0;
+
+/// The stack is at the end what it was at the beginning.
+class RestoredStack {
+public:
+    explicit RestoredStack(lua_State* state)
+        : m_state(state)
+        , m_top(lua_gettop(state))
+    {
+    }
+    RestoredStack(const RestoredStack&) = delete;
+    RestoredStack& operator=(const RestoredStack&) = delete;
+    ~RestoredStack() { lua_settop(m_state, m_top); }
+
+    int top() const { return m_top; }
+
+private:
+    lua_State* const m_state;
+    const int m_top;
+};
+
+/// Throws in a way in which the future that carries the error to its reader keeps its type.
+[[noreturn]] void fail(std::string message, std::string traceback = "")
 {
-    const bool interrupted = Interpreter::of(state).loop().interruption() != Interruption::None;
-    lua_sethook(state, giveUpIfInterrupted, LUA_MASKCOUNT, interrupted ? 1 : instructionsPerLook);
-    if (interrupted) {
-        luaL_error(state, "interrupted");
+    throw boost::enable_current_exception(ScriptError(std::move(message), std::move(traceback)));
+}
+
+void reserveStack(lua_State* state, std::size_t values)
+{
+    if (values > LUAI_MAXSTACK || lua_checkstack(state, static_cast<int>(values)) == 0) {
+        fail("stack overflow (" + std::to_string(values) + " more values)");
     }
 }
 
-/// Turns the error value into text, and notes the traceback in the std::string that the upvalue points to.
-int describeError(lua_State* state)
+/// The text on top of the stack.
+std::string topText(lua_State* state)
 {
-    auto* traceback = static_cast<std::string*>(lua_touserdata(state, lua_upvalueindex(1)));
-    luaL_traceback(state, state, nullptr, 1);
-    *traceback = lua_tostring(state, -1);
-    luaL_tolstring(state, 1, nullptr);
-    return 1;
+    if (lua_type(state, -1) != LUA_TSTRING) {
+        return "an error that cannot be shown";
+    }
+    std::size_t length = 0;
+    const char* text = lua_tolstring(state, -1, &length);
+    return { text, length };
 }
 
-std::string popText(lua_State* state)
+void pushText(lua_State* state, const std::string& text)
 {
-    std::size_t length = 0;
-    const char* text = luaL_tolstring(state, -1, &length);
-    std::string copy(text, length);
-    lua_pop(state, 2);
-    return copy;
+    lua_pushlstring(state, text.data(), text.size());
 }
+
+/// Leaves the loaded chunk on the stack.
+void checkLoaded(lua_State* state, int status)
+{
+    if (status != LUA_OK) {
+        fail(topText(state));
+    }
+}
+
+void load(lua_State* state, const std::string& statements, const std::string& chunkName)
+{
+    checkLoaded(state, luaL_loadbufferx(state, statements.data(), statements.size(), chunkName.c_str(), "t"));
+}
+
+/// The host's function of this name, or the global of this name, or nil.
+void pushFunction(lua_State* state, const std::string& name)
+{
+    lua_rawgetp(state, LUA_REGISTRYINDEX, &functionsKey);
+    pushText(state, name);
+    if (lua_rawget(state, -2) == LUA_TNIL) {
+        lua_pushglobaltable(state);
+        pushText(state, name);
+        lua_gettable(state, -2);
+    }
+}
+
+/// Does what `protect` is given, in a call of its own.
+struct Protected {
+    const std::function<int(lua_State*)>& work;
+    std::exception_ptr thrown;
+
+    static int call(lua_State* state)
+    {
+        auto& self = *static_cast<Protected*>(lua_touserdata(state, 1));
+        lua_settop(state, 0);
+        try {
+            return self.work(state);
+        } catch (const std::exception&) {
+            // Lua does not let it through.
+            self.thrown = std::current_exception();
+        }
+        lua_settop(state, 0);
+        lua_pushnil(state);
+        return lua_error(state);
+    }
+};
 
 } // namespace
 
 Interpreter::Interpreter(EventLoop& loop)
     : m_loop(loop)
     , m_main(luaL_newstate())
-    , m_current(m_main.get())
+    , m_code(m_main.get(), loop)
 {
     if (!m_main) {
         throw std::bad_alloc();
     }
-    // Coroutines inherit both from the state that makes them.
+    // Coroutines inherit it from the main state.
     *static_cast<Interpreter**>(lua_getextraspace(m_main.get())) = this;
-    lua_sethook(m_main.get(), giveUpIfInterrupted, LUA_MASKCOUNT, instructionsPerLook);
-    luaL_openlibs(m_main.get());
+    protect([](lua_State* state) {
+        luaL_openlibs(state);
+        RunningCode::watchCoroutines(state);
+        lua_newtable(state);
+        lua_rawsetp(state, LUA_REGISTRYINDEX, &functionsKey);
+        return 0;
+    });
 }
 
-Interpreter::~Interpreter() = default;
+Interpreter::~Interpreter()
+{
+    m_main.reset(); // finalizers run: everything else has to be there still
+}
 
 Interpreter& Interpreter::of(lua_State* state)
 {
     return **static_cast<Interpreter**>(lua_getextraspace(state));
 }
 
-void Interpreter::lookAtInterruption(lua_State* state)
+void Interpreter::define(const std::string& name, const std::string& source)
 {
-    lua_sethook(state, giveUpIfInterrupted, LUA_MASKCOUNT, 1);
+    protect([&](lua_State* state) {
+        lua_rawgetp(state, LUA_REGISTRYINDEX, &functionsKey);
+        pushText(state, name);
+        load(state, source, "=" + name);
+        lua_call(state, 0, 1);
+        lua_rawset(state, -3);
+        return 0;
+    });
 }
 
 std::vector<foundation::tovrindata::Array> Interpreter::call(
     const std::string& function, const std::vector<foundation::tovrindata::Array>& arguments, std::size_t outputs)
 {
-    lua_State* state = m_current;
-    const int top = lua_gettop(state);
-    luaL_checkstack(state, static_cast<int>(arguments.size() + outputs) + 4, "too many arguments");
-    lua_getglobal(state, function.c_str());
-    for (const auto& argument : arguments) {
-        pushArray(state, argument);
-    }
+    const RestoredStack stack(state());
+    protect([&](lua_State* state) {
+        reserveStack(state, arguments.size() + 3);
+        pushFunction(state, function);
+        for (const auto& argument : arguments) {
+            pushArray(state, argument);
+        }
+        return static_cast<int>(arguments.size()) + 1;
+    });
+    reserveStack(state(), outputs + 1);
     callOnStack(static_cast<int>(arguments.size()), static_cast<int>(outputs));
     std::vector<foundation::tovrindata::Array> results;
     for (std::size_t i = 0; i < outputs; ++i) {
-        results.push_back(toArray(state, top + 1 + static_cast<int>(i)));
+        results.push_back(toArray(state(), stack.top() + 1 + static_cast<int>(i)));
     }
-    lua_settop(state, top);
     return results;
 }
 
 void Interpreter::execute(const std::string& statements, const std::string& chunkName)
 {
-    load(luaL_loadbufferx(m_current, statements.data(), statements.size(), chunkName.c_str(), "t"));
+    const RestoredStack stack(state());
+    protect([&](lua_State* state) {
+        load(state, statements, chunkName);
+        return 1;
+    });
     callOnStack(0, 0);
 }
 
 void Interpreter::runFile(const std::string& path, const std::vector<std::string>& arguments)
 {
-    lua_State* state = m_current;
-    lua_createtable(state, static_cast<int>(arguments.size()), 1);
-    lua_pushstring(state, path.c_str());
-    lua_rawseti(state, -2, 0);
-    lua_Integer place = 0;
-    for (const std::string& argument : arguments) {
-        lua_pushlstring(state, argument.data(), argument.size());
-        lua_rawseti(state, -2, ++place);
-    }
-    lua_setglobal(state, "arg");
+    const RestoredStack stack(state());
+    protect([&](lua_State* state) {
+        lua_createtable(state, static_cast<int>(arguments.size()), 1);
+        pushText(state, path);
+        lua_rawseti(state, -2, 0);
+        lua_Integer place = 0;
+        for (const std::string& argument : arguments) {
+            pushText(state, argument);
+            lua_rawseti(state, -2, ++place);
+        }
+        lua_setglobal(state, "arg");
 
-    load(luaL_loadfilex(state, path.c_str(), "t"));
-    for (const std::string& argument : arguments) {
-        luaL_checkstack(state, 1, "too many arguments");
-        lua_pushlstring(state, argument.data(), argument.size());
-    }
+        reserveStack(state, arguments.size() + 2);
+        checkLoaded(state, luaL_loadfilex(state, path.c_str(), "t"));
+        for (const std::string& argument : arguments) {
+            pushText(state, argument);
+        }
+        return static_cast<int>(arguments.size()) + 1;
+    });
     callOnStack(static_cast<int>(arguments.size()), 0);
 }
 
+void Interpreter::protect(const std::function<int(lua_State*)>& work)
+{
+    Protected call { work, nullptr };
+    reserveStack(state(), 3);
+    lua_pushcfunction(state(), Protected::call);
+    lua_pushlightuserdata(state(), &call);
+    try {
+        callOnStack(1, LUA_MULTRET);
+    } catch (const ScriptError&) {
+        if (call.thrown) {
+            std::rethrow_exception(call.thrown);
+        }
+        throw;
+    }
+}
+
+/// Calls the function below its arguments on the stack of `state()`. Needs one free slot.
 void Interpreter::callOnStack(int arguments, int results)
 {
-    lua_State* state = m_current;
+    lua_State* const state = this->state();
     std::string traceback;
-    const int function = lua_absindex(state, -arguments - 1);
-    lua_pushlightuserdata(state, &traceback);
-    lua_pushcclosure(state, describeError, 1);
-    lua_insert(state, function);
-    const int status = lua_pcall(state, arguments, results, function);
-    lua_remove(state, function);
-    if (status != LUA_OK) {
-        // The future that carries the error to its reader keeps the type only of an error that is thrown this way.
-        throw boost::enable_current_exception(ScriptError(popText(state), std::move(traceback)));
+    std::string* const outerTraceback = std::exchange(m_traceback, &traceback);
+    const int handler = lua_absindex(state, -arguments - 1);
+    lua_pushcfunction(state, describeError);
+    lua_insert(state, handler);
+    const int status = lua_pcall(state, arguments, results, handler);
+    lua_remove(state, handler);
+    m_traceback = outerTraceback;
+    if (status == LUA_OK) {
+        return;
     }
+    std::string message = topText(state);
+    lua_pop(state, 1);
+    if (m_code.isInterrupted()) {
+        fail("interrupted");
+    }
+    fail(std::move(message), std::move(traceback));
 }
 
-void Interpreter::load(int status)
+/// The message handler: notes the traceback, and turns the error value into text.
+int Interpreter::describeError(lua_State* state)
 {
-    if (status != LUA_OK) {
-        throw boost::enable_current_exception(ScriptError(popText(m_current), ""));
-    }
+    luaL_traceback(state, state, nullptr, 1);
+    *of(state).m_traceback = topText(state);
+    luaL_tolstring(state, 1, nullptr);
+    return 1;
 }
 
-Interpreter::Nested::Nested(lua_State* running)
+Interpreter::Nested::Nested(lua_State* running, const std::string& caller)
     : m_interpreter(of(running))
-    , m_outer(std::exchange(m_interpreter.m_current, running))
 {
+    if (m_interpreter.m_nested == mostNested) {
+        throw std::runtime_error(caller + ": " + std::to_string(mostNested)
+            + " calls of pause, wait and delete are nested in one another's callbacks, and no more may be; let "
+              "callbacks return instead");
+    }
+    ++m_interpreter.m_nested;
 }
 
 Interpreter::Nested::~Nested()
 {
-    m_interpreter.m_current = m_outer;
+    --m_interpreter.m_nested;
 }
 
 } // namespace tovrinhost

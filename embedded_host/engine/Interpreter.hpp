@@ -1,10 +1,12 @@
 #pragma once
 
+#include "embedded_host/engine/RunningCode.hpp"
 #include "host/Export.hpp"
 #include "host/foundation/tovrindata/Array.hpp"
 
 #include <lua.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -16,9 +18,8 @@ class EventLoop;
 /// A Lua state with the standard libraries.
 ///
 /// Threading: the interpreter thread only.
-/// Errors: what a script raises and does not catch is a ScriptError, with the traceback.
-/// While the event loop is interrupted, all running code is given up by the error "interrupted", again and again
-/// until it has left every protected call.
+/// Errors: what a script raises and does not catch is a ScriptError, with the traceback. The stack is then as it
+/// was. While the event loop is interrupted, all running code is given up; see RunningCode.
 class TOVRINHOST_API Interpreter {
 public:
     explicit Interpreter(EventLoop& loop);
@@ -29,15 +30,17 @@ public:
     /// The interpreter that a running script belongs to.
     static Interpreter& of(lua_State* state);
 
-    /// Has running code look at once whether the event loop has been interrupted, and not in a while.
-    static void lookAtInterruption(lua_State* state);
-
     EventLoop& loop() { return m_loop; }
+    RunningCode& code() { return m_code; }
 
     /// Where code runs: the main state, or the coroutine that pumps the event loop.
-    lua_State* state() { return m_current; }
+    lua_State* state() { return m_code.state(); }
 
-    /// Calls the function of this global name.
+    /// Makes a function of the host's known to `call`, under a name that scripts neither see nor take away.
+    /// \param source statements that return the function
+    void define(const std::string& name, const std::string& source);
+
+    /// Calls the function of this name: the host's if there is one, else the global one.
     std::vector<foundation::tovrindata::Array> call(const std::string& function,
         const std::vector<foundation::tovrindata::Array>& arguments, std::size_t outputs);
 
@@ -48,20 +51,24 @@ public:
     /// Runs a script file, with the global `arg` as the standalone interpreter sets it.
     void runFile(const std::string& path, const std::vector<std::string>& arguments);
 
-    /// Calls the function below its arguments on the stack of `state()`.
-    void callOnStack(int arguments, int results);
+    /// Does something that may raise errors of Lua. Everything that the host does with a state goes through here,
+    /// but for the functions that scripts call. \param work given a stack of its own; returns how many values on
+    /// its top it leaves on that of `state()` \throws ScriptError for an error of Lua; what `work` throws
+    void protect(const std::function<int(lua_State*)>& work);
 
-    /// Makes the running coroutine the one in which nested code runs, for as long as this object lives.
+    /// Code that the event loop runs while a script pumps is nested in it for as long as this object lives.
     class TOVRINHOST_API Nested {
     public:
-        explicit Nested(lua_State* running);
+        /// \throws std::runtime_error, beginning with `caller`, if too much is nested already: Lua's own limit,
+        /// which
+        ///         other calls count towards, too, is near 200
+        Nested(lua_State* running, const std::string& caller);
         Nested(const Nested&) = delete;
         Nested& operator=(const Nested&) = delete;
         ~Nested();
 
     private:
         Interpreter& m_interpreter;
-        lua_State* const m_outer;
     };
 
 private:
@@ -69,11 +76,14 @@ private:
         void operator()(lua_State* state) const { lua_close(state); }
     };
 
-    void load(int status);
+    static int describeError(lua_State* state);
+    void callOnStack(int arguments, int results);
 
     EventLoop& m_loop;
     std::unique_ptr<lua_State, Close> m_main;
-    lua_State* m_current;
+    RunningCode m_code;
+    std::string* m_traceback = nullptr; // of the innermost protected call
+    int m_nested = 0;
 };
 
 } // namespace tovrinhost

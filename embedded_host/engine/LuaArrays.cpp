@@ -41,8 +41,9 @@ void pushRecord(lua_State* state, const StructArray& records, std::size_t index)
 {
     lua_newtable(state);
     for (const std::string& field : records.getFieldNames()) {
+        lua_pushlstring(state, field.data(), field.size());
         pushArray(state, records.getField(index, field));
-        lua_setfield(state, -2, field.c_str());
+        lua_rawset(state, -3);
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "embedded_host/engine/Interpreter.hpp"
+#include "embedded_host/engine/EventLoop.hpp"
+#include "embedded_host/engine/RunningCode.hpp"
 
 #include <lauxlib.h>
 #include <lua.h>
@@ -9,20 +10,24 @@
 
 namespace tovrinhost {
 
-/// Makes a C++ function callable from scripts: what it throws becomes an error of the script, at its line.
+/// Makes a C++ function callable from scripts: what it throws becomes an error of the script, at its line. Texts
+/// of these errors end at a zero byte, so that what they quote is to be escaped.
 ///
 /// The Lua library is the one that raises its errors as C++ exceptions, so destructors run in either direction.
 template <lua_CFunction function> int luaFunction(lua_State* state)
 {
     try {
         return function(state);
+    } catch (const Interrupted&) {
+        // Below: no error is raised from within a handler.
     } catch (const std::exception& error) {
-        Interpreter::lookAtInterruption(state);
+        lua_settop(state, 0);
         luaL_where(state, 1);
         lua_pushstring(state, error.what());
         lua_concat(state, 2);
+        return lua_error(state);
     }
-    return lua_error(state);
+    return RunningCode::giveUp(state);
 }
 
 } // namespace tovrinhost

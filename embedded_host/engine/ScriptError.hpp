@@ -22,6 +22,9 @@ public:
 
     const char* what() const noexcept override { return m_message.c_str(); }
 
+    /// The whole text, zero bytes included.
+    const std::string& message() const noexcept { return m_message; }
+
     /// "stack traceback:" and a line for each call, without a newline at the end.
     const std::string& traceback() const noexcept { return m_traceback; }
 

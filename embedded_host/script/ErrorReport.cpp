@@ -22,13 +22,14 @@ std::string ErrorReport::report(const std::string& where, const std::exception_p
 std::string ErrorReport::report(const std::string& where, const std::exception& error)
 {
     m_hasErrors = true;
-    std::string lines = "tovrin: error in " + escape(where) + ": " + escape(error.what()) + '\n';
     const auto* script = dynamic_cast<const ScriptError*>(&error);
+    std::string message = script != nullptr ? script->message() : error.what();
+    std::string lines = "tovrin: error in " + escape(where) + ": " + escape(message) + '\n';
     if (script != nullptr && !script->traceback().empty()) {
         lines += escapeTraceback(script->traceback()) + '\n';
     }
     std::cerr << lines << std::flush;
-    return error.what();
+    return message;
 }
 
 } // namespace tovrinhost

@@ -77,7 +77,7 @@ bool ScriptRunner::runScript(
 
 void ScriptRunner::interrupt()
 {
-    m_engine->loop().interrupt(Interruption::User);
+    m_engine->interrupt(Interruption::User);
 }
 
 } // namespace tovrinhost

@@ -14,7 +14,7 @@ namespace {
 
 /// What the library has the engine evaluate for each callback: finds the function and calls it.
 constexpr const char* timercb = R"lua(
-function timercb(object, callback, _, event)
+return function(object, callback, _, event)
   local fcn = object[callback]
   if fcn then
     fcn(object, event)
@@ -39,7 +39,7 @@ int liveTimers(lua_State* state)
 int pause(lua_State* state)
 {
     const EventLoop::Deadline deadline = deadlineArgument(state, 1, "pause: the time");
-    const Interpreter::Nested nested(state);
+    const Interpreter::Nested nested(state, "pause");
     timersOf(state).engine().loop().runUntil(
         EventLoop::State::Pumping, [] { return false; }, deadline);
     return 0;
@@ -63,7 +63,7 @@ int leave(lua_State* state)
     } else {
         *exitCode = static_cast<int>(luaL_optinteger(state, 1, EXIT_SUCCESS));
     }
-    timersOf(state).engine().loop().interrupt(Interruption::Exit);
+    timersOf(state).engine().interrupt(Interruption::Exit);
     throw Interrupted();
 }
 
@@ -71,20 +71,20 @@ int leave(lua_State* state)
 
 void openTimerLibrary(Interpreter& interpreter, TimerSet& timers, int& exitCode)
 {
-    lua_State* state = interpreter.state();
-    openTimerObjects(state, timers);
-    lua_register(state, "timer", luaFunction<newTimerObject>);
-    lua_register(state, "timers", luaFunction<liveTimers>);
-    lua_register(state, "pause", luaFunction<pause>);
-    lua_register(state, "now", luaFunction<monotonicSeconds>);
+    interpreter.protect([&](lua_State* state) {
+        openTimerObjects(state, timers);
+        lua_register(state, "timer", luaFunction<newTimerObject>);
+        lua_register(state, "timers", luaFunction<liveTimers>);
+        lua_register(state, "pause", luaFunction<pause>);
+        lua_register(state, "now", luaFunction<monotonicSeconds>);
 
-    lua_getglobal(state, "os");
-    lua_pushlightuserdata(state, &exitCode);
-    lua_pushcclosure(state, luaFunction<leave>, 1);
-    lua_setfield(state, -2, "exit");
-    lua_pop(state, 1);
-
-    interpreter.execute(timercb, "=timercb");
+        lua_getglobal(state, "os");
+        lua_pushlightuserdata(state, &exitCode);
+        lua_pushcclosure(state, luaFunction<leave>, 1);
+        lua_setfield(state, -2, "exit");
+        return 0;
+    });
+    interpreter.define("timercb", timercb);
 }
 
 } // namespace tovrinhost

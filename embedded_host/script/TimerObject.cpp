@@ -2,6 +2,7 @@
 
 #include "embedded_host/engine/LuaArrays.hpp"
 #include "embedded_host/engine/LuaFunction.hpp"
+#include "embedded_host/log/Escape.hpp"
 #include "embedded_host/script/TimerProperties.hpp"
 
 #include <lauxlib.h>
@@ -25,22 +26,33 @@ using Handle = std::shared_ptr<ScriptTimer>;
 
 std::string label(const TimerSettings& settings)
 {
-    return settings.name.empty() ? "timer" : "timer \"" + settings.name + "\"";
+    return settings.name.empty() ? "timer" : "timer \"" + escape(settings.name) + "\"";
 }
 
-/// The timer object at the stack's bottom, also a deleted one.
-ScriptTimer& anyTimer(lua_State* state)
+/// What the timer object at the stack's bottom holds: nothing once it has been collected. Finalizers may still
+/// reach it then.
+Handle& handleOf(lua_State* state)
 {
-    return **static_cast<Handle*>(luaL_checkudata(state, 1, timerType));
+    return *static_cast<Handle*>(luaL_checkudata(state, 1, timerType));
 }
 
 ScriptTimer& liveTimer(lua_State* state)
 {
-    ScriptTimer& timer = anyTimer(state);
-    if (timer.isDeleted()) {
-        throw std::logic_error(label(timer.settings()) + " has been deleted");
+    const Handle& timer = handleOf(state);
+    if (!timer) {
+        throw std::logic_error("the timer has been collected");
     }
-    return timer;
+    if (timer->isDeleted()) {
+        throw std::logic_error(label(timer->settings()) + " has been deleted");
+    }
+    return *timer;
+}
+
+std::string textAt(lua_State* state, int index)
+{
+    std::size_t length = 0;
+    const char* text = lua_tolstring(state, index, &length);
+    return { text, length };
 }
 
 /// Calls an operation of the timer, whose errors do not name it.
@@ -77,7 +89,7 @@ void setProperty(lua_State* state, int key, int value, TimerSettings& settings, 
     if (lua_type(state, key) != LUA_TSTRING) {
         failUnknown(before, describeValue(state, key));
     }
-    const std::string name = lua_tostring(state, key);
+    const std::string name = textAt(state, key);
     if (const Property* property = findProperty(name)) {
         if (!property->set(state, value, settings)) {
             failValue(state, value, before, name, property->allowed);
@@ -114,7 +126,7 @@ int assignProperty(lua_State* state)
 {
     ScriptTimer& timer = liveTimer(state);
     if (lua_type(state, 2) == LUA_TSTRING) {
-        failIfFixedWhileRunning(timer, lua_tostring(state, 2));
+        failIfFixedWhileRunning(timer, textAt(state, 2));
     }
     TimerSettings settings = timer.settings();
     lua_getiuservalue(state, 1, 1);
@@ -130,7 +142,7 @@ int readProperty(lua_State* state)
     if (lua_type(state, 2) != LUA_TSTRING) {
         failUnknown(timer.settings(), describeValue(state, 2));
     }
-    const std::string name = lua_tostring(state, 2);
+    const std::string name = textAt(state, 2);
     if (const Property* property = findProperty(name)) {
         property->push(state, timer.settings());
     } else if (const ReadOnlyProperty* readOnly = findReadOnlyProperty(name)) {
@@ -138,8 +150,11 @@ int readProperty(lua_State* state)
     } else if (findCallbackProperty(name) != nullptr) {
         lua_getiuservalue(state, 1, 1);
         lua_getfield(state, -1, name.c_str());
-    } else if (lua_getfield(state, lua_upvalueindex(1), name.c_str()) == LUA_TNIL) {
-        failUnknown(timer.settings(), describeValue(state, 2));
+    } else {
+        lua_pushvalue(state, 2);
+        if (lua_rawget(state, lua_upvalueindex(1)) == LUA_TNIL) {
+            failUnknown(timer.settings(), describeValue(state, 2));
+        }
     }
     return 1;
 }
@@ -167,7 +182,7 @@ int wait(lua_State* state)
     if (!lua_isnoneornil(state, 2)) {
         deadline = deadlineArgument(state, 2, label(timer.settings()) + ": the limit of wait");
     }
-    const Interpreter::Nested nested(state);
+    const Interpreter::Nested nested(state, label(timer.settings()));
     lua_pushboolean(state, named(timer, [&] { return timer.wait(deadline); }) ? 1 : 0);
     return 1;
 }
@@ -175,7 +190,7 @@ int wait(lua_State* state)
 int destroy(lua_State* state)
 {
     ScriptTimer& timer = liveTimer(state);
-    const Interpreter::Nested nested(state);
+    const Interpreter::Nested nested(state, label(timer.settings()));
     named(timer, [&] { timersOf(state).destroy(timer); });
     if (!timer.isDeleted()) {
         return 0; // asked for by one of its last callbacks; there may be more of them
@@ -189,16 +204,21 @@ int destroy(lua_State* state)
 
 int toString(lua_State* state)
 {
-    const ScriptTimer& timer = anyTimer(state);
-    const char* status = timer.isDeleted() ? " (deleted)" : timer.isRunning() ? " (running)" : " (stopped)";
-    const std::string text = label(timer.settings()) + status;
+    const Handle& timer = handleOf(state);
+    if (!timer) {
+        lua_pushliteral(state, "timer (collected)");
+        return 1;
+    }
+    const char* status = timer->isDeleted() ? " (deleted)" : timer->isRunning() ? " (running)" : " (stopped)";
+    const std::string text = label(timer->settings()) + status;
     lua_pushlstring(state, text.data(), text.size());
     return 1;
 }
 
+/// __gc. What is left, an empty handle, needs no destructor.
 int collect(lua_State* state)
 {
-    static_cast<Handle*>(luaL_checkudata(state, 1, timerType))->~Handle();
+    handleOf(state).reset();
     return 0;
 }
 

@@ -1,5 +1,7 @@
 #include "embedded_host/script/TimerProperties.hpp"
 
+#include "embedded_host/log/Escape.hpp"
+
 #include <lauxlib.h>
 
 #include <array>
@@ -193,7 +195,12 @@ std::string describeValue(lua_State* state, int index)
     default:
         return std::string("a ") + luaL_typename(state, index);
     }
-    const std::string text = luaL_tolstring(state, index, nullptr);
+    if (std::isnan(lua_tonumber(state, index))) {
+        return "nan"; // some platforms show a sign, too
+    }
+    std::size_t length = 0;
+    const char* start = luaL_tolstring(state, index, &length);
+    const std::string text = escape({ start, length });
     lua_pop(state, 1);
     return lua_type(state, index) == LUA_TSTRING ? '"' + text + '"' : text;
 }

@@ -58,6 +58,41 @@ TEST_F(InterruptTest, GivesUpABusyScriptAlsoInProtectedCalls)
         "StartFcn\nready\nStopFcn\n");
 }
 
+TEST_F(InterruptTest, GivesUpABusyCoroutineAndWhoeverResumedIt)
+{
+    expectOrderlyEnd(
+        runningTimer + "coroutine.wrap(function() print('ready') while true do end end)() print('not reached')",
+        "StartFcn\nready\nStopFcn\n");
+}
+
+TEST_F(InterruptTest, GivesUpAnEndlessMessageHandler)
+{
+    expectOrderlyEnd(runningTimer + "xpcall(error, function() print('ready') while true do end end)",
+        "StartFcn\nready\nStopFcn\n");
+    expectOrderlyEnd(
+        runningTimer + "print('ready') xpcall(function() while true do end end, function() while true do end end)",
+        "StartFcn\nready\nStopFcn\n");
+}
+
+TEST_F(InterruptTest, ASecondOneDoesNotWaitForAFinalizer)
+{
+    const Outcome outcome = runAndInterrupt(R"(
+setmetatable({}, { __gc = function()
+  print("finalizing")
+  local begin = now()
+  while now() - begin < 0.2 do end
+  print("still finalizing")
+  while true do end
+end })
+collectgarbage()
+)",
+        { "finalizing", "still finalizing" });
+
+    EXPECT_EQ(outcome.out, "finalizing\nstill finalizing\n");
+    EXPECT_EQ(outcome.err, "tovrin: interrupted again, leaving at once\n");
+    EXPECT_EQ(outcome.status, 130);
+}
+
 TEST_F(InterruptTest, GivesUpABusyCallbackWithoutCallingItAnError)
 {
     expectOrderlyEnd(R"(
