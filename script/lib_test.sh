@@ -108,7 +108,7 @@ build_and_test() {
   fi
   built=$SECONDS
   say "$step: running the tests ..."
-  for_step "$step" ctest --test-dir "$tree" --output-on-failure --no-tests=error --timeout 300 --parallel "$jobs" \
+  for_step "$step" ctest --test-dir "$tree" --output-on-failure --no-tests=error --timeout 300 --parallel $((2 * jobs)) \
     --output-junit "$report" "${ctestArguments[@]}" >>"$log" 2>&1 || status=$?
   if [ "$status" != 0 ]; then
     # What passed is of no interest now.
