@@ -2,6 +2,9 @@
 # which `find_package(tovrintimer)` finds them.
 include(CMakePackageConfigHelpers)
 
+# What is not said to belong elsewhere: `cmake --install --component library` leaves out the embedded host.
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME library)
+
 install(TARGETS tovrintimer tovrintimer_host EXPORT tovrintimerTargets)
 install(DIRECTORY host/
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tovrintimer/host
@@ -21,7 +24,7 @@ if(TOVRINTIMER_BUILD_EMBEDDED_HOST)
   file(RELATIVE_PATH libraryPath /${CMAKE_INSTALL_FULL_BINDIR} /${CMAKE_INSTALL_FULL_LIBDIR})
   set_target_properties(tovrin PROPERTIES INSTALL_RPATH "$ORIGIN/${libraryPath}")
   set_target_properties(tovrinhost PROPERTIES INSTALL_RPATH "$ORIGIN")
-  install(TARGETS tovrinhost tovrin)
+  install(TARGETS tovrinhost tovrin COMPONENT embedded_host)
 endif()
 
 set(packageDir ${CMAKE_INSTALL_LIBDIR}/cmake/tovrintimer)

@@ -6,8 +6,9 @@ option(TOVRINTIMER_PRECOMPILED_HEADERS "Read the heavy headers once" ON)
 set(heavyHeaders <boost/log/attributes/attribute_set.hpp> <boost/log/core/record.hpp> <boost/optional.hpp>
   <boost/thread/future.hpp> <boost/variant.hpp>)
 
-file(WRITE ${PROJECT_BINARY_DIR}/precompiled/library.cpp "")
-file(WRITE ${PROJECT_BINARY_DIR}/precompiled/program.cpp "int main() { }\n")
+# Written only where they change, since all that uses them would be built again.
+file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/precompiled/library.cpp CONTENT "")
+file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/precompiled/program.cpp CONTENT "int main() { }\n")
 
 # A target of which nothing is used but what it has read.
 function(precompile_for_libraries)

@@ -26,18 +26,77 @@ as_root() {
   fi
 }
 
+# tell_of_failure LOG COMMAND...: the end of the log.
+tell_of_failure() {
+  local log=$1
+  shift
+  say "failed: $*"
+  tail -n 60 "$log" >&2
+  say "(all of it: $log)"
+}
+
 # run_logged LOG COMMAND...: what the command writes goes to the log, whose end is shown only if it fails.
 run_logged() {
   local log=$1
   shift
   mkdir -p "$(dirname "$log")"
-  if "$@" >>"$log" 2>&1; then
-    return 0
-  fi
-  say "failed: $*"
-  tail -n 60 "$log" >&2
-  say "(all of it: $log)"
+  "$@" >>"$log" 2>&1 && return
+  tell_of_failure "$log" "$@"
   return 1
+}
+
+# run_build LOG COMMAND...: the same, and shows how far the build has come.
+run_build() {
+  local log=$1
+  shift
+  mkdir -p "$(dirname "$log")"
+  "$@" 2>&1 | tee -a "$log" | show_progress && return
+  tell_of_failure "$log" "$@"
+  return 1
+}
+
+# Of what a build writes, its steps ("[12/258] Building ..."): on a terminal in one line, else every tenth part of them.
+show_progress() {
+  local line tenths shown=0 columns
+  columns=$(tput cols 2>/dev/null || echo 80)
+  while IFS= read -r line; do
+    [[ $line =~ ^\[([0-9]+)/([0-9]+)\] ]] || continue
+    tenths=$((10 * BASH_REMATCH[1] / BASH_REMATCH[2]))
+    if [ -t 2 ]; then
+      printf '\r\033[K%s' "${line:0:columns-1}" >&2
+    elif [ "$tenths" -gt "$shown" ]; then
+      shown=$tenths
+      say "  step ${BASH_REMATCH[1]} of ${BASH_REMATCH[2]}"
+    fi
+  done
+  [ ! -t 2 ] || printf '\r\033[K' >&2
+}
+
+# Warnings are errors with the compilers that have been seen to give none. All scripts have the same, so that they can
+# use each other's builds.
+if grep -qsx VERSION_CODENAME=bookworm /etc/os-release; then
+  warningsAreErrors=ON
+else
+  warningsAreErrors=OFF
+fi
+
+# check_place TREE: a build folder is of use only where it was made.
+check_place() {
+  local tree=$1 made
+  made=$(sed -n 's/^CMAKE_CACHEFILE_DIR:INTERNAL=//p' "$tree/CMakeCache.txt" 2>/dev/null) || return 0
+  if ! [ "$made" -ef "$tree" ]; then
+    say "$tree was made as $made, and has been moved or copied since. It is of no use here; remove it, and try again:"
+    say "  rm -r $tree"
+    return 1
+  fi
+}
+
+# configure PRESET ARGUMENT...: sets a build up, in the folder of the preset.
+configure() {
+  local preset=$1
+  shift
+  check_place "$buildDir/$preset" \
+    && cmake --preset "$preset" -S "$projectDir" -DTOVRINTIMER_WERROR=$warningsAreErrors "$@"
 }
 
 is_installed() {

@@ -1,9 +1,6 @@
-# How script/test builds, runs and counts. To be sourced after lib.sh; expects the number of jobs in `jobs`, and how
-# long to fuzz in `fuzzSeconds`.
+# How script/test builds, runs and counts. To be sourced after lib.sh; expects the number of jobs in `jobs`.
 
-minLineCoverage=95
-minBranchCoverage=85
-
+ctestArguments=() # which tests of a tree are run: all
 passed=0
 failed=0
 skipped=0
@@ -29,21 +26,54 @@ for_step() {
   esac
 }
 
-count() {
-  grep --count --extended-regexp "$1" "$2" || true
+# tests_of STEP TREE: what became of each test, "passed NAME", "failed NAME" or "skipped NAME" a line; a reason after
+# what was skipped, behind a tab. An entry of ctest is one test, or one run of a program of GoogleTest's, which has left
+# a report of its tests: without a report it has broken down, and is a test that failed. Neither may a program fail all
+# of whose tests have passed.
+tests_of() {
+  local step=$1 tree=$2 name status tests
+  sed -n 's/^\s*<testcase name="\([^"]*\)".* status="\([a-z]*\)".*/\2 \1/p' "$buildDir/log/test-$step.xml" \
+    | while read -r status name; do
+      case $status,$name in
+      disabled,*) echo "skipped $name" ;;
+      *,*-of-[0-9]*)
+        tests=$(tests_in_report "$tree/test-reports/$name.xml")
+        [ -z "$tests" ] || echo "$tests"
+        if [ -z "$tests" ] || { [ "$status" != run ] && ! grep -q '^failed ' <<<"$tests"; }; then
+          echo "failed $name"
+        fi
+        ;;
+      run,*) echo "passed $name" ;;
+      *) echo "failed $name" ;;
+      esac
+    done
 }
 
-# add_totals STEP REPORT STATUS BUILD_SECONDS TEST_SECONDS: counts the tests in a report of ctest, and prints the
-# step's line. A test that could not be run has failed; skipped is only what asked for it.
+# tests_in_report FILE: the same for a report of GoogleTest's.
+tests_in_report() {
+  [ ! -f "$1" ] || awk -F '"' '
+    function tell() { if (name != "") print outcome " " name }
+    /^    <testcase / {
+      tell()
+      name = $0; sub(/.* classname="/, "", name); sub(/".*/, "", name); name = name "." $2
+      outcome = / result="completed"/ ? "passed" : "skipped"
+    }
+    /^      <failure / { outcome = "failed" }
+    /^      <skipped / { reason = $2; sub(/.*&#x0A;/, "", reason); name = name "\t" reason }
+    END { tell() }' "$1"
+}
+
+count() {
+  grep --count "^$1 " "$buildDir/log/test-$2.txt" || true
+}
+
+# add_totals STEP TREE STATUS BUILD_SECONDS TEST_SECONDS: counts the tests, and prints the step's line.
 add_totals() {
-  local step=$1 report=$2 status=$3 buildSeconds=$4 testSeconds=$5
-  local all=0 good=0 left=0 bad
-  if [ -f "$report" ]; then
-    all=$(count '^\s*<testcase ' "$report")
-    good=$(count '^\s*<testcase .*status="run"' "$report")
-    left=$(count '^\s*(<skipped message="SKIP_|<testcase .*status="disabled")' "$report")
-  fi
-  bad=$((all - good - left))
+  local step=$1 tree=$2 status=$3 buildSeconds=$4 testSeconds=$5 good bad left
+  tests_of "$step" "$tree" >"$buildDir/log/test-$step.txt"
+  good=$(count passed "$step")
+  bad=$(count failed "$step")
+  left=$(count skipped "$step")
   if [ "$status" != 0 ] && [ "$bad" = 0 ]; then
     bad=1 # no test at all, or ctest itself failed
   fi
@@ -69,59 +99,51 @@ build_and_test() {
   local log=$buildDir/log/test-$step.log report=$buildDir/log/test-$step.xml
   mkdir -p "$buildDir/log"
   : >"$log"
-  rm -f "$report"
+  rm -rf "$report" "$buildDir/log/test-$step.txt" "$tree/test-reports"
   say "$step: building ..."
-  if ! run_logged "$log" "$@"; then
+  if ! run_build "$log" "$@"; then
     failed=$((failed + 1))
     printf '%-22s does not build\n' "$step"
     return 0
   fi
   built=$SECONDS
   say "$step: running the tests ..."
-  for_step "$step" ctest --test-dir "$tree" --output-on-failure --no-tests=error --timeout 300 --parallel "$jobs" \
-    --output-junit "$report" >>"$log" 2>&1 || status=$?
+  for_step "$step" ctest --test-dir "$tree" --output-on-failure --no-tests=error --timeout 300 --parallel $((2 * jobs)) \
+    --output-junit "$report" "${ctestArguments[@]}" >>"$log" 2>&1 || status=$?
   if [ "$status" != 0 ]; then
     # What passed is of no interest now.
-    grep --invert-match --extended-regexp '^ *Start +[0-9]+: | +Passed +[0-9.]+ sec$' "$log" | tail -n 200 >&2
+    grep --invert-match --extended-regexp '^ *Start +[0-9]+: | +Passed +[0-9.]+ sec$|^\[ *(RUN|OK) *\]' "$log" \
+      | tail -n 200 >&2
     say "(all of it: $log)"
   fi
-  add_totals "$step" "$report" "$status" $((built - start)) $((SECONDS - built))
+  add_totals "$step" "$tree" "$status" $((built - start)) $((SECONDS - built))
 }
 
 build_preset() {
-  local preset=$1
-  # The build asks each test program for its tests, and so runs it.
-  cmake --preset "$preset" -S "$projectDir" -DTOVRINTIMER_WERROR=ON -DTOVRINTIMER_BUILD_TESTS=ON \
-    && for_step "$preset" cmake --build "$buildDir/$preset" --parallel "$jobs"
+  configure "$1" -DTOVRINTIMER_BUILD_TESTS=ON && cmake --build "$buildDir/$1" --parallel "$jobs"
 }
 
 test_preset() {
-  local preset=$1
-  if [ "$preset" = coverage ] && [ -d "$buildDir/coverage" ]; then
-    # Else what an earlier run has reached would be counted in.
-    find "$buildDir/coverage" -name '*.gcda' -delete
-  fi
-  build_and_test "$preset" "$buildDir/$preset" build_preset "$preset"
+  build_and_test "$1" "$buildDir/$1" build_preset "$1"
 }
 
-report_coverage() {
-  gcovr --root "$projectDir" --filter "$projectDir/timer_src/" \
-    --exclude-throw-branches --exclude-unreachable-branches \
-    --print-summary --fail-under-line "$minLineCoverage" --fail-under-branch "$minBranchCoverage" \
-    "$buildDir/coverage" || broken=true
-}
-
-# The library is built without the embedded host and installed; then a host that knows only the package.
+# A host that knows only the installed package. For g++ the library comes out of the release build; for clang++ it is
+# built on its own, as somebody does who has no use for the embedded host.
 build_external_host() {
   local compiler=$1 tree=$2
-  local configure=(cmake -G Ninja -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_BUILD_TYPE=Release)
+  local use=(cmake -G Ninja -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_BUILD_TYPE=Release)
   rm -rf "$tree/prefix" "$tree/program"
-  "${configure[@]}" -S "$projectDir" -B "$tree/library" -DTOVRINTIMER_WERROR=ON \
-    -DTOVRINTIMER_BUILD_EMBEDDED_HOST=OFF -DTOVRINTIMER_BUILD_TESTS=OFF \
-    && cmake --build "$tree/library" --parallel "$jobs" \
-    && cmake --install "$tree/library" --prefix "$tree/prefix" \
-    && "${configure[@]}" -S "$projectDir/tests/external_host" -B "$tree/program" \
-      -DCMAKE_PREFIX_PATH="$tree/prefix" \
+  if [ "$compiler" = g++ ]; then
+    build_preset release \
+      && cmake --install "$buildDir/release" --component library --prefix "$tree/prefix" || return
+  else
+    check_place "$tree/library" \
+      && "${use[@]}" -S "$projectDir" -B "$tree/library" -DTOVRINTIMER_WERROR=$warningsAreErrors \
+        -DTOVRINTIMER_BUILD_EMBEDDED_HOST=OFF -DTOVRINTIMER_BUILD_TESTS=OFF \
+      && cmake --build "$tree/library" --parallel "$jobs" \
+      && cmake --install "$tree/library" --prefix "$tree/prefix" || return
+  fi
+  "${use[@]}" -S "$projectDir/tests/external_host" -B "$tree/program" -DCMAKE_PREFIX_PATH="$tree/prefix" \
     && cmake --build "$tree/program" --parallel "$jobs"
 }
 
@@ -131,26 +153,24 @@ test_external_host() {
   build_and_test "external-host-$compiler" "$tree/program" build_external_host "$compiler" "$tree"
 }
 
-# The corpus of the tree is where it begins; what it finds besides stays in the build folder, and so do the bytes that
-# made it fail. The script that they stand for is at the end of the log.
+# test_fuzz SECONDS: the corpus of the tree is where it begins; what it finds besides stays in the build folder, and so
+# do the bytes that made it fail. The script that they stand for is at the end of the log.
 test_fuzz() {
-  local tree=$buildDir/fuzz log=$buildDir/log/test-fuzz.log start=$SECONDS built
-  local binary=$tree/tests/simulation/simulation_fuzz
-  mkdir -p "$buildDir/log"
+  local seconds=$1 built start=$SECONDS
+  local tree=$buildDir/clang-asan-ubsan log=$buildDir/log/test-fuzz.log
+  local found=$tree/fuzz
+  mkdir -p "$buildDir/log" "$found/corpus" "$found/failures"
   : >"$log"
   say "fuzz: building ..."
-  if ! run_logged "$log" cmake --preset fuzz -S "$projectDir" -DTOVRINTIMER_WERROR=ON \
-    -DTOVRINTIMER_BUILD_TESTS=ON \
-    || ! run_logged "$log" cmake --build --preset fuzz --parallel "$jobs"; then
+  if ! run_build "$log" build_preset clang-asan-ubsan; then
     failed=$((failed + 1))
     printf '%-22s does not build\n' fuzz
     return 0
   fi
   built=$SECONDS
-  say "fuzz: running for $fuzzSeconds s ..."
-  mkdir -p "$tree/corpus" "$tree/found"
-  if run_logged "$log" for_step fuzz "$binary" -max_total_time="$fuzzSeconds" -max_len=400 -len_control=0 \
-    -timeout=60 -artifact_prefix="$tree/found/" "$tree/corpus" "$projectDir/tests/simulation/fuzz/corpus"; then
+  say "fuzz: running for $seconds s ..."
+  if run_logged "$log" for_step fuzz "$tree/bin/simulation_fuzz" -max_total_time="$seconds" -max_len=400 -len_control=0 \
+    -timeout=60 -artifact_prefix="$found/failures/" "$found/corpus" "$projectDir/tests/simulation/fuzz/corpus"; then
     passed=$((passed + 1))
     printf '%-22s %s; built in %d s, run in %d s: %s\n' fuzz "$(sum_up 1 0 0)" $((built - start)) \
       $((SECONDS - built)) "$(tail -n 1 "$log")"

@@ -28,10 +28,14 @@ build_boost() {
   local tree=$dependencies/boost
   fetch_source boost1.74 "$tree" || return 1
   echo "using gcc : mingw : $crossCompiler ;" >"$tree/user-config.jam"
+  # Settings from files would be a second library, and need a third; nobody here reads any.
+  sed -i 's/^boost-install boost_log boost_log_setup ;/boost-install boost_log ;/' "$tree/libs/log/build/Jamfile.v2"
   (cd "$tree" && b2 -d0 headers \
     && b2 -d0 -j "$jobs" --user-config=user-config.jam toolset=gcc-mingw target-os=windows address-model=64 \
       architecture=x86 binary-format=pe abi=ms threadapi=win32 link=shared variant=release \
-      cxxflags=-D_WIN32_WINNT=0x0A00 --with-log --with-thread --prefix="$dependencies" install) || return 1
+      cxxflags=-D_WIN32_WINNT=0x0A00 cxxflags=-O1 define=BOOST_LOG_WITHOUT_SETTINGS_PARSERS \
+      define=BOOST_LOG_WITHOUT_IPC define=BOOST_LOG_WITHOUT_SYSLOG define=BOOST_LOG_WITHOUT_EVENT_LOG \
+      --with-log --with-thread --prefix="$dependencies" install) || return 1
   # Beside the other DLLs, where Windows looks for them.
   mv "$dependencies"/lib/*.dll "$dependencies/bin/" && rm -rf "$tree"
 }
