@@ -37,10 +37,14 @@ basic_diagnostic_logger<char>::~basic_diagnostic_logger()
 
 boost::log::record basic_diagnostic_logger<char>::open_record(std::uint32_t severity)
 {
+    // Until the record has one of its own.
+    const tovrinhost::RecordInBeing inBeing;
+    if (tovrinhost::isRecordGateShut()) {
+        return {};
+    }
     const std::lock_guard lock(m_lock);
     get_severity_level() = severity;
-    boost::log::record record = tovrinhost::recordCore().open_record(m_attributes);
-    return tovrinhost::isRecordGateShut() ? boost::log::record() : std::move(record);
+    return tovrinhost::recordCore().open_record(m_attributes);
 }
 
 void basic_diagnostic_logger<char>::push_record(boost::log::record&& record)

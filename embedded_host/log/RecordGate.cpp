@@ -4,6 +4,7 @@
 
 #include <boost/log/sinks/sink.hpp>
 #include <boost/log/sources/record_ostream.hpp>
+#include <boost/log/sources/severity_feature.hpp>
 #include <boost/log/utility/manipulators/add_value.hpp>
 #include <boost/smart_ptr/make_shared_object.hpp>
 
@@ -60,6 +61,7 @@ boost::log::core& recordCore()
 
 void openRecordGate()
 {
+    static_cast<void>(boost::log::sources::aux::get_severity_level());
     recordCore().add_sink(boost::make_shared<NoRecords>());
     boost::log::record record = recordCore().open_record(boost::log::attribute_set());
     if (record) {

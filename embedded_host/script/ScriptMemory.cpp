@@ -1,5 +1,7 @@
 #include "embedded_host/script/ScriptMemory.hpp"
 
+#include "embedded_host/engine/ScriptError.hpp"
+
 #include <atomic>
 #include <cstddef>
 #include <cstdlib>
@@ -44,6 +46,13 @@ void* allocate(void* /*unused*/, void* block, std::size_t sizeBefore, std::size_
     return shrinks || isReserveWhole() ? std::realloc(block, size) : nullptr;
 }
 
+/// For what fails outside of every protected call, where Lua would end the process.
+int throwError(lua_State* state)
+{
+    const char* const message = lua_tostring(state, -1);
+    throw ScriptError(message != nullptr ? message : "an error that is no text", "");
+}
+
 } // namespace
 
 void keepReserveFrom(lua_State* state)
@@ -51,6 +60,7 @@ void keepReserveFrom(lua_State* state)
     std::set_new_handler(giveReserveUp);
     // The blocks so far are of the C library's heap, too.
     lua_setallocf(state, allocate, nullptr);
+    lua_atpanic(state, throwError);
 }
 
 } // namespace tovrinhost

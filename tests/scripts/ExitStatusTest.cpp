@@ -62,7 +62,7 @@ TEST_F(ExitStatusTest, TheCodeThatTheScriptGivesWhereverItDoes)
         { "os.exit(7)", 7 },
         { "os.exit(255)", 255 },
         { "timer { TimerFcn = function() os.exit(7) end }:start()", 7 },
-        { withStopFcn("os.exit(7)"), 7 },
+        { withStopFcn("os.exit(7)") + "os.exit()", 7 },
         { fails + "os.exit(7)", 7 },
         { withStopFcn("os.exit(7)") + "error('boom')", 7 },
         { withStopFcn("error('boom')") + "os.exit(7)", 7 },

@@ -9,12 +9,13 @@ using testing::ElementsAre;
 /// What a script does that takes all the memory that there is. The pieces become ever smaller, until nothing is
 /// left.
 const std::string takeAll = R"(
-local keep
-local function takeAll()
+local kept
+local function takeAll(keeps)
+  local keep
   for power = 20, 0, -1 do
-    pcall(function() while true do keep = { keep, ("x"):rep(2 ^ power) } end end)
+    pcall(function() while true do keep = { keep, ("x"):rep(2 ^ power) } kept = keeps and keep end end)
   end
-  while true do keep = { keep } end
+  while true do keep = { keep } kept = keeps and keep end
 end
 local function say(t, event) print(event.Type) end
 )";
@@ -53,12 +54,26 @@ TEST_F(MemoryTest, ACallbackThatTakesAllMemoryIsReportedAndTheRunEnds)
 {
     for (const char* mode : { "SingleShot", "FixedSpacing", "FixedRate" }) {
         const Outcome outcome = runInLittleMemory(std::string("timer { Name = 't', ExecutionMode = '") + mode
-            + "', Period = 0.01, TimerFcn = takeAll, ErrorFcn = say, StopFcn = say }:start()");
+            + "', Period = 0.01, TimerFcn = function() takeAll() end, ErrorFcn = say, StopFcn = say }:start()");
 
         EXPECT_EQ(outcome.out, "ErrorFcn\nStopFcn\n") << mode;
         EXPECT_THAT(linesWith(outcome.err, "tovrin:"),
             ElementsAre("tovrin: error in TimerFcn of timer \"t\": not enough memory"))
             << mode;
+        EXPECT_EQ(outcome.status, 1) << mode;
+    }
+}
+
+TEST_F(MemoryTest, ACallbackThatTakesAllMemoryAndKeepsItEndsTheProgramToo)
+{
+    for (const char* mode : { "SingleShot", "FixedSpacing", "FixedRate" }) {
+        const Outcome outcome = runInLittleMemory(std::string("timer { Name = 't', ExecutionMode = '") + mode
+            + "', Period = 0.01, TimerFcn = function() takeAll(true) end, ErrorFcn = say, StopFcn = say "
+              "}:start()");
+
+        const auto reports = linesWith(outcome.err, "tovrin:");
+        ASSERT_FALSE(reports.empty()) << mode;
+        EXPECT_EQ(reports.front(), "tovrin: error in TimerFcn of timer \"t\": not enough memory") << mode;
         EXPECT_EQ(outcome.status, 1) << mode;
     }
 }

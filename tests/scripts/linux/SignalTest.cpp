@@ -142,13 +142,13 @@ print(select("#", io.lines("script.lua")))
         "nil\texit\t3\n"
         "nil\tsignal\t15\n"
         "nil\texit\t127\n"
-        "false\tbad argument #1 to 'execute' (string expected, got table)\n"
+        "false\tbad argument #1 to 'os.execute' (string expected, got table)\n"
         "one\ntwo\n\ttrue\texit\t0\n"
         "nil\texit\t5\n"
         "nil\tsignal\t15\n"
         "into\n"
         "nil\texit\t4\n"
-        "false\tbad argument #2 to 'popen' (invalid mode)\n"
+        "false\tbad argument #2 to 'io.popen' (invalid mode)\n"
         "closed file\tfalse\tattempt to use a closed file\n"
         "4\n");
     EXPECT_EQ(outcome.status, 0);
