@@ -1,6 +1,7 @@
 #include "embedded_host/script/Processes.hpp"
 
 #include "embedded_host/engine/EventLoop.hpp"
+#include "embedded_host/engine/Interpreter.hpp"
 #include "embedded_host/engine/LuaFunction.hpp"
 #include "embedded_host/process/platform/Platform.hpp"
 
