@@ -1,5 +1,7 @@
 #include "embedded_host/class_system/ObjectSystem.hpp"
 
+#include "embedded_host/process/NeverDestroyed.hpp"
+
 #include <mutex>
 #include <stdexcept>
 #include <unordered_map>
@@ -20,10 +22,10 @@ struct ObjectSystem {
     std::uint64_t latest = 0; ///< numbers are never used again
 };
 
-// Never destroyed: objects may still be retracted while static objects are being destroyed.
+// Objects may still be retracted while static objects are being destroyed.
 ObjectSystem& objectSystem()
 {
-    static auto* const system = new ObjectSystem;
+    static NeverDestroyed<ObjectSystem> system;
     return *system;
 }
 

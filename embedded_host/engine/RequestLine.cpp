@@ -1,10 +1,10 @@
 #include "embedded_host/engine/RequestLine.hpp"
 
 #include "embedded_host/engine/Engine.hpp"
+#include "embedded_host/process/NeverDestroyed.hpp"
 #include "host/inRequestLineNoService.hpp"
 #include "host/setReadyRequestPending.hpp"
 
-#include <atomic>
 #include <map>
 #include <mutex>
 #include <utility>
@@ -30,9 +30,6 @@ private:
 
 namespace {
 
-/// Set by whoever has a request, cleared by whoever then makes an interpreter look.
-std::atomic<bool> readyRequestPending { false };
-
 class QueueManager final : public iqm::Iqm {
 public:
     explicit QueueManager(const std::shared_ptr<tovrinhost::Engine>& engine)
@@ -54,8 +51,8 @@ struct QueueManagers {
 
 QueueManagers& queueManagers()
 {
-    static auto& managers = *new QueueManagers; // in use to the last, whichever way the process ends
-    return managers;
+    static tovrinhost::NeverDestroyed<QueueManagers> managers;
+    return *managers;
 }
 
 } // namespace
@@ -89,14 +86,13 @@ std::shared_ptr<Iqm> Iqm::getInstance(vorn::ContextId context)
 
 } // namespace iqm
 
-void setReadyRequestPending(bool pending)
+// This host has no user interface to tell. Whether an interpreter is woken must not hang on it either: there is
+// one for the process, and an interpreter that looks would take away what another has not looked at yet.
+void setReadyRequestPending(bool /*pending*/)
 {
-    readyRequestPending = pending;
 }
 
 void inRequestLineNoService(const std::shared_ptr<InterruptStateData>& interruptState)
 {
-    if (readyRequestPending.exchange(false)) {
-        interruptState->wakeInterpreter();
-    }
+    interruptState->wakeInterpreter();
 }

@@ -1,9 +1,9 @@
 #include "embedded_host/log/LoggerRegistry.hpp"
+#include "embedded_host/log/RecordGate.hpp"
 #include "host/foundation/log/basic_diagnostic_logger.hpp"
 
 #include <boost/log/attributes/constant.hpp>
 #include <boost/log/attributes/function.hpp>
-#include <boost/log/core/core.hpp>
 #include <boost/log/sources/severity_feature.hpp>
 
 #include <mutex>
@@ -22,6 +22,8 @@ basic_diagnostic_logger<char>::basic_diagnostic_logger(const std::string& channe
     m_attributes.insert("Severity",
         boost::log::attributes::make_function([] { return static_cast<std::uint32_t>(get_severity_level()); }));
     m_attributes.insert("Indent", m_indent);
+    m_attributes.insert(
+        "InBeing", boost::log::attributes::make_function([] { return tovrinhost::RecordInBeing(); }));
     // Last, since from here on others may set the mask.
     tovrinhost::LoggerRegistry::instance().add(*this);
 }
@@ -35,14 +37,19 @@ basic_diagnostic_logger<char>::~basic_diagnostic_logger()
 
 boost::log::record basic_diagnostic_logger<char>::open_record(std::uint32_t severity)
 {
+    // Until the record has one of its own.
+    const tovrinhost::RecordInBeing inBeing;
+    if (tovrinhost::isRecordGateShut()) {
+        return {};
+    }
     const std::lock_guard lock(m_lock);
     get_severity_level() = severity;
-    return boost::log::core::get()->open_record(m_attributes);
+    return tovrinhost::recordCore().open_record(m_attributes);
 }
 
 void basic_diagnostic_logger<char>::push_record(boost::log::record&& record)
 {
-    boost::log::core::get()->push_record(std::move(record));
+    tovrinhost::recordCore().push_record(std::move(record));
 }
 
 } // namespace foundation::log

@@ -1,14 +1,19 @@
 #include "embedded_host/log/LogSinks.hpp"
 
+#include "embedded_host/log/Escape.hpp"
 #include "embedded_host/log/LineSink.hpp"
+#include "embedded_host/log/RecordGate.hpp"
+#include "embedded_host/process/NeverDestroyed.hpp"
 
-#include <boost/log/core/core.hpp>
 #include <boost/log/sinks/sync_frontend.hpp>
 #include <boost/smart_ptr/make_shared_object.hpp>
 #include <boost/smart_ptr/shared_ptr.hpp>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
+#include <functional>
+#include <iostream>
 #include <memory>
 #include <system_error>
 #include <utility>
@@ -25,28 +30,29 @@ struct Sinks {
     Sink file;
 };
 
-// Never destroyed: records are still written while static objects are being destroyed.
+// Records are still written while static objects are being destroyed.
 Sinks& sinks()
 {
-    static auto* const inPlace = new Sinks;
+    static NeverDestroyed<Sinks> inPlace;
     return *inPlace;
 }
 
-Sink makeSink(std::shared_ptr<std::FILE> stream)
+std::atomic<bool> recordsAreLost { false };
+
+Sink makeSink(std::shared_ptr<std::FILE> stream, std::function<void(int error)> onLoss)
 {
     using Frontend = boost::log::sinks::synchronous_sink<LineSink>;
-    return boost::make_shared<Frontend>(boost::make_shared<LineSink>(std::move(stream)));
+    return boost::make_shared<Frontend>(boost::make_shared<LineSink>(std::move(stream), std::move(onLoss)));
 }
 
 /// Puts a sink, or none, in the place of another.
 void replace(Sink& inPlace, Sink next)
 {
-    const auto core = boost::log::core::get();
     if (next) {
-        core->add_sink(next);
+        recordCore().add_sink(next);
     }
     if (inPlace) {
-        core->remove_sink(inPlace);
+        recordCore().remove_sink(inPlace);
         inPlace->flush();
     }
     inPlace = std::move(next);
@@ -58,7 +64,9 @@ void logToStandardError()
 {
     if (!sinks().standardError) {
         // Unbuffered from the start, and not ours to close.
-        replace(sinks().standardError, makeSink(std::shared_ptr<std::FILE>(stderr, [](std::FILE*) {})));
+        // There is nowhere to tell of it.
+        const auto onLoss = [](int /*error*/) { recordsAreLost = true; };
+        replace(sinks().standardError, makeSink(std::shared_ptr<std::FILE>(stderr, [](std::FILE*) {}), onLoss));
     }
 }
 
@@ -70,7 +78,17 @@ void logToFile(const std::string& path)
     }
     std::shared_ptr<std::FILE> stream(opened, [](std::FILE* file) { std::fclose(file); });
     std::setvbuf(opened, nullptr, _IONBF, 0);
-    replace(sinks().file, makeSink(std::move(stream)));
+    const auto onLoss = [path](int error) {
+        recordsAreLost = true;
+        std::cerr << "tovrin: cannot write the log file \"" + escape(path)
+                + "\": " + std::generic_category().message(error) + "; records are lost\n";
+    };
+    replace(sinks().file, makeSink(std::move(stream), onLoss));
+}
+
+bool hasLostRecords()
+{
+    return recordsAreLost;
 }
 
 void stopLogging()

@@ -12,8 +12,8 @@ namespace tovrinhost {
 //
 // Time is local; a record inside a traced scope is indented by two blanks. Each line is written as a whole,
 // and control characters in it are written out (\n, \x1b): no text can pass for a record. A line that cannot be
-// written is lost.
-// Threading: the three operations, one thread; the records, any thread.
+// written is lost; the first that a file does not take is told of on standard error.
+// Threading: the operations, one thread; the records, any thread.
 
 /// Nothing more happens if it is so already.
 TOVRINHOST_API void logToStandardError();
@@ -24,5 +24,8 @@ TOVRINHOST_API void logToFile(const std::string& path);
 
 /// Flushes and removes what the operations above have put in place; records go nowhere then.
 TOVRINHOST_API void stopLogging();
+
+/// Whether a line could not be written since the process began.
+TOVRINHOST_API bool hasLostRecords();
 
 } // namespace tovrinhost

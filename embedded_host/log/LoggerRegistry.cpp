@@ -1,41 +1,20 @@
 #include "embedded_host/log/LoggerRegistry.hpp"
 
-#include <boost/log/core/core.hpp>
-#include <boost/log/sinks/sink.hpp>
-#include <boost/smart_ptr/make_shared_object.hpp>
+#include "embedded_host/log/RecordGate.hpp"
+#include "embedded_host/process/NeverDestroyed.hpp"
 
 namespace tovrinhost {
 
-namespace {
-
-/// A sink that wants no record.
-///
-/// Where there is no sink at all, Boost.Log prints the records on the console. This one is always there, so that
-/// records without a sink that wants them are not even opened.
-class NoRecords : public boost::log::sinks::sink {
-public:
-    NoRecords()
-        : sink(false)
-    {
-    }
-
-    bool will_consume(const boost::log::attribute_value_set&) override { return false; }
-    void consume(const boost::log::record_view&) override { }
-    void flush() override { }
-};
-
-} // namespace
-
 LoggerRegistry& LoggerRegistry::instance()
 {
-    static auto* const registry = new LoggerRegistry;
+    static NeverDestroyed<LoggerRegistry> registry;
     return *registry;
 }
 
 LoggerRegistry::LoggerRegistry()
 {
-    // The core is made here, if not earlier, and so before any logger: each can still write as it is destroyed.
-    boost::log::core::get()->add_sink(boost::make_shared<NoRecords>());
+    // Here, and so before any logger: each can still write as it is destroyed.
+    openRecordGate();
 }
 
 void LoggerRegistry::add(Logger& logger)

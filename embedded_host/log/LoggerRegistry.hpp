@@ -23,6 +23,8 @@ public:
 
     static LoggerRegistry& instance();
 
+    /// For `instance` alone.
+    LoggerRegistry();
     LoggerRegistry(const LoggerRegistry&) = delete;
     LoggerRegistry& operator=(const LoggerRegistry&) = delete;
 
@@ -34,8 +36,6 @@ public:
     void setMask(const std::string& channel, std::uint32_t mask);
 
 private:
-    LoggerRegistry();
-
     std::mutex m_mutex;
 
     // Guarded by m_mutex.

@@ -126,7 +126,9 @@ std::variant<RunCommand, Leave> parseCommandLine(int argc, const char* const* ar
         ->check(CLI::PositiveNumber)
         ->type_name("N");
     run->footer(
-        "Exit status: 0 success, 1 the script or a callback failed, 2 wrong usage, 130 interrupted by Ctrl-C.");
+        "Exit status: 130, 143 or 129 after Ctrl-C, SIGTERM or SIGHUP; else the code that the script gave to "
+        "os.exit last; else 0 if all went well, 1 if the script or a callback failed or output was lost; 2 wrong "
+        "usage.");
 
     try {
         if (argc > 1 && *argv[1] != '-' && argv[1] != run->get_name()) {

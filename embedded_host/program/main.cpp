@@ -9,12 +9,11 @@
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <system_error>
 
 namespace tovrinhost {
 
 namespace {
-
-constexpr int interruptedStatus = 130;
 
 void configure(const RunCommand& command)
 {
@@ -34,16 +33,27 @@ void configure(const RunCommand& command)
 int run(const RunCommand& command)
 {
     ScriptRunner runner(command.maxBacklog);
-    const platform::InterruptWatcher watcher([&runner, again = false]() mutable {
-        if (again) {
-            // What Ctrl-C could not stop the first time, a StopFcn perhaps, is not waited for.
+    const platform::SignalWatcher watcher([&runner, first = 0](int status) mutable {
+        if (first != 0) {
+            // What could not be stopped the first time, a StopFcn perhaps, is not waited for.
             std::cerr << "tovrin: interrupted again, leaving at once\n";
-            std::_Exit(interruptedStatus);
+            std::_Exit(first);
         }
-        again = true;
-        runner.interrupt();
+        first = status;
+        runner.interrupt(status);
     });
     return runner.run(command.file, command.arguments);
+}
+
+/// \returns whether all output has been written
+bool endOutput()
+{
+    const int error = platform::flushStandardOutput();
+    if (error != 0) {
+        std::cerr << "tovrin: standard output cannot be written: " + std::generic_category().message(error) + '\n';
+    }
+    stopLogging();
+    return error == 0 && !hasLostRecords();
 }
 
 int runProgram(int argc, const char* const* argv)
@@ -55,8 +65,8 @@ int runProgram(int argc, const char* const* argv)
     platform::setUpStandardOutput();
     configure(std::get<RunCommand>(command));
     const int status = run(std::get<RunCommand>(command));
-    stopLogging();
-    return status;
+    const bool isComplete = endOutput();
+    return status == EXIT_SUCCESS && !isComplete ? EXIT_FAILURE : status;
 }
 
 } // namespace

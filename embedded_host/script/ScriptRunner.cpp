@@ -1,6 +1,8 @@
 #include "embedded_host/script/ScriptRunner.hpp"
 
 #include "embedded_host/process/ProcessScope.hpp"
+#include "embedded_host/script/Processes.hpp"
+#include "embedded_host/script/ScriptMemory.hpp"
 #include "embedded_host/script/TimerLibrary.hpp"
 #include "timer_src/main/TimerScheduler.hpp"
 
@@ -10,7 +12,7 @@ namespace tovrinhost {
 
 namespace {
 
-constexpr int interruptedStatus = 130;
+constexpr int controlCStatus = 130;
 
 } // namespace
 
@@ -18,7 +20,14 @@ ScriptRunner::ScriptRunner(std::size_t maxBacklog)
     : m_engine(Engine::start())
     , m_timers(m_engine, m_errors, maxBacklog)
 {
-    m_engine->run([this](Interpreter& interpreter) { openTimerLibrary(interpreter, m_timers, m_exitCode); });
+    m_engine->run([this](Interpreter& interpreter) {
+        keepReserveFrom(interpreter.state());
+        openTimerLibrary(interpreter, m_timers, m_exitCode);
+        interpreter.protect([](lua_State* state) {
+            openProcesses(state);
+            return 0;
+        });
+    });
 }
 
 ScriptRunner::~ScriptRunner()
@@ -32,7 +41,6 @@ ScriptRunner::~ScriptRunner()
 
 int ScriptRunner::run(const std::string& path, const std::vector<std::string>& arguments)
 {
-    Interruption why = Interruption::None;
     m_engine->run([&](Interpreter& interpreter) {
         EventLoop& loop = m_engine->loop();
         try {
@@ -42,21 +50,20 @@ int ScriptRunner::run(const std::string& path, const std::vector<std::string>& a
         } catch (const Interrupted&) {
             // Told by the loop.
         }
-        why = loop.interruption();
+        noteInterruption();
         loop.clearInterruption();
         try {
             m_timers.stopAll();
         } catch (const Interrupted&) {
-            // A StopFcn has called os.exit: what is left is not waited for.
+            // In a StopFcn: what is left is not waited for.
+            noteInterruption();
         }
     });
-    switch (why) {
-    case Interruption::User:
-        return interruptedStatus;
-    case Interruption::Exit:
+    if (m_interruptedStatus != 0) {
+        return m_interruptedStatus;
+    }
+    if (m_exitCode != EXIT_SUCCESS) {
         return m_exitCode;
-    case Interruption::None:
-        break;
     }
     return m_errors.hasErrors() ? EXIT_FAILURE : EXIT_SUCCESS;
 }
@@ -75,9 +82,19 @@ bool ScriptRunner::runScript(
     }
 }
 
-void ScriptRunner::interrupt()
+void ScriptRunner::interrupt(int status)
 {
+    int none = 0;
+    m_interruptedStatus.compare_exchange_strong(none, status);
     m_engine->interrupt(Interruption::User);
+}
+
+void ScriptRunner::noteInterruption()
+{
+    if (m_engine->loop().interruption() == Interruption::User) {
+        int none = 0;
+        m_interruptedStatus.compare_exchange_strong(none, controlCStatus);
+    }
 }
 
 } // namespace tovrinhost

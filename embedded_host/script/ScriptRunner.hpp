@@ -4,6 +4,7 @@
 #include "embedded_host/script/ErrorReport.hpp"
 #include "embedded_host/script/TimerSet.hpp"
 
+#include <atomic>
 #include <memory>
 #include <string>
 #include <vector>
@@ -23,22 +24,31 @@ public:
     /// Shuts the engine down, and the process-wide scheduler with it.
     ~ScriptRunner();
 
-    /// \returns the exit status of the program: 0, 1 if the script or a callback failed, 130 if interrupted, or
-    /// what
-    ///          the script gave to os.exit
+    /// \returns the exit status of the program, by the first of these that holds:
+    ///          - what `interrupt` was given first, or 130 if a program that the script ran was ended by Ctrl-C;
+    ///          - what the script gave to os.exit last, wherever it did, if that is not 0 (success);
+    ///          - 1 if the script or a callback failed, at whatever time;
+    ///          - 0
     int run(const std::string& path, const std::vector<std::string>& arguments);
 
     /// Gives up what is running; `run` then stops all timers, StopFcn included, and returns.
-    void interrupt();
+    /// \param status what `run` returns then
+    void interrupt(int status);
 
 private:
     /// \returns whether it ran to its end
     bool runScript(Interpreter& interpreter, const std::string& path, const std::vector<std::string>& arguments);
 
+    /// Notes an interruption that the script itself has met with.
+    void noteInterruption();
+
     const std::shared_ptr<Engine> m_engine;
     ErrorReport m_errors;
     TimerSet m_timers;
-    int m_exitCode = 0;
+    int m_exitCode = 0; ///< the latest that the script gave
+
+    // Shared without a lock.
+    std::atomic<int> m_interruptedStatus { 0 }; ///< 0 while there was no interruption
 };
 
 } // namespace tovrinhost

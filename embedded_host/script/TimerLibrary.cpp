@@ -3,10 +3,13 @@
 #include "embedded_host/engine/LuaArrays.hpp"
 #include "embedded_host/engine/LuaFunction.hpp"
 #include "embedded_host/script/TimerObject.hpp"
+#include "embedded_host/script/TimerProperties.hpp"
 
 #include <lauxlib.h>
 
 #include <cstdlib>
+#include <stdexcept>
+#include <string>
 
 namespace tovrinhost {
 
@@ -54,16 +57,32 @@ int monotonicSeconds(lua_State* state)
     return 1;
 }
 
+int exitCodeArgument(lua_State* state)
+{
+    if (lua_isnoneornil(state, 1)) {
+        return EXIT_SUCCESS;
+    }
+    if (lua_isboolean(state, 1)) {
+        return lua_toboolean(state, 1) != 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    }
+    constexpr lua_Integer largest = 255; // what every system hands on
+    int isWhole = 0;
+    const lua_Integer code = lua_tointegerx(state, 1, &isWhole);
+    if (lua_type(state, 1) != LUA_TNUMBER || isWhole == 0 || code < 0 || code > largest) {
+        throw std::invalid_argument("os.exit: the code is " + describeValue(state, 1)
+            + ", but must be a whole number from 0 to 255, or a boolean");
+    }
+    return static_cast<int>(code);
+}
+
 /// os.exit([code]). Upvalue: where the code goes.
 int leave(lua_State* state)
 {
-    auto* exitCode = static_cast<int*>(lua_touserdata(state, lua_upvalueindex(1)));
-    if (lua_isboolean(state, 1)) {
-        *exitCode = lua_toboolean(state, 1) != 0 ? EXIT_SUCCESS : EXIT_FAILURE;
-    } else {
-        *exitCode = static_cast<int>(luaL_optinteger(state, 1, EXIT_SUCCESS));
+    *static_cast<int*>(lua_touserdata(state, lua_upvalueindex(1))) = exitCodeArgument(state);
+    Engine& engine = timersOf(state).engine();
+    if (engine.loop().interruption() == Interruption::None) {
+        engine.interrupt(Interruption::Exit);
     }
-    timersOf(state).engine().interrupt(Interruption::Exit);
     throw Interrupted();
 }
 

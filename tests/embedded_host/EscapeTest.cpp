@@ -24,6 +24,8 @@ TEST(EscapeTest, ControlCharactersAreWrittenAsTheirNumbers)
 
 TEST(EscapeTest, ControlCharactersOfTwoBytesAreWrittenAsTheirNumbersToo)
 {
+    // The ends of the range, and its neighbours, which stay as they are.
+    EXPECT_EQ(escape("\u007e\u0080 \u009f\u00a0"), "\u007e\\xc2\\x80 \\xc2\\x9f\u00a0");
     EXPECT_EQ(escape("a\u0085b\u009b31m\u00a0"), "a\\xc2\\x85b\\xc2\\x9b31m\u00a0");
 }
 

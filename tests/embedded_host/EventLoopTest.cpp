@@ -189,6 +189,44 @@ TEST_F(EventLoopTest, ATaskThatDoesNotWakeWaitsForTheNextLook)
     EXPECT_THAT(m_done, ElementsAre("quiet task"));
 }
 
+TEST_F(EventLoopTest, AWakeUpBetweenTheLookAndTheWaitIsNotLost)
+{
+    // What is asked for, and then found missing, is there before the wait begins.
+    for (const auto& deadline : { EventLoop::Deadline(), EventLoop::Deadline(EventLoop::Clock::now() + 1h) }) {
+        int asked = 0;
+        const auto wakeAtFirst = [&] {
+            if (++asked == 1) {
+                onOtherThread([this] { m_loop.wake(); });
+            }
+            return asked > 1;
+        };
+        EXPECT_TRUE(m_loop.runUntil(State::Pumping, wakeAtFirst, deadline));
+        EXPECT_EQ(asked, 2);
+    }
+}
+
+TEST_F(EventLoopTest, ATaskThatMayNotRunYetDoesNotUseUpTheWakeUpOfAnother)
+{
+    m_loop.submit(
+        m_owner,
+        [this] {
+            int asked = 0;
+            EXPECT_TRUE(m_loop.runUntil(State::Pumping, [&] {
+                if (++asked == 1) {
+                    // The first is found, but waits for this one to end; the second comes behind it.
+                    onOtherThread([this] { m_loop.submit(m_owner, note("waits"), true); });
+                    onOtherThread([this] { m_loop.submit(m_other, note("comes"), true); });
+                }
+                return !m_done.empty();
+            }));
+        },
+        true);
+
+    drain(State::Idle);
+
+    EXPECT_THAT(m_done, ElementsAre("comes", "waits"));
+}
+
 TEST_F(EventLoopTest, ADeadlineIsNeverEarly)
 {
     const auto deadline = EventLoop::Clock::now() + 30ms;

@@ -44,7 +44,7 @@ ScriptTest::~ScriptTest()
 
 Outcome ScriptTest::tovrin(const Words& words)
 {
-    return execute(words, {});
+    return execute(TOVRIN_PROGRAM, words, {});
 }
 
 Outcome ScriptTest::run(const std::string& script, const Words& options, const Words& arguments)
@@ -54,13 +54,18 @@ Outcome ScriptTest::run(const std::string& script, const Words& options, const W
     words.insert(words.end(), options.begin(), options.end());
     words.emplace_back("script.lua");
     words.insert(words.end(), arguments.begin(), arguments.end());
-    return execute(words, {});
+    return tovrin(words);
 }
 
 Outcome ScriptTest::runAndInterrupt(const std::string& script, const std::vector<std::string>& afterLines)
 {
     write("script.lua", script);
-    return execute({ "run", "script.lua" }, afterLines);
+    return execute(TOVRIN_PROGRAM, { "run", "script.lua" }, afterLines);
+}
+
+Outcome ScriptTest::shell(const std::string& commands)
+{
+    return execute("/bin/sh", { "-c", "TOVRIN='" TOVRIN_PROGRAM "'\n" + commands }, {});
 }
 
 std::string ScriptTest::write(const std::string& name, const std::string& text)
@@ -70,12 +75,13 @@ std::string ScriptTest::write(const std::string& name, const std::string& text)
     return path;
 }
 
-Outcome ScriptTest::execute(const Words& words, const std::vector<std::string>& interruptAfter)
+Outcome ScriptTest::execute(
+    const std::string& program, const Words& words, const std::vector<std::string>& interruptAfter)
 {
     bp::ipstream out;
     bp::ipstream err;
-    bp::child child(TOVRIN_PROGRAM, bp::args(words), bp::start_dir(m_folder),
-        bp::std_in<bp::null, bp::std_out> out, bp::std_err > err);
+    bp::child child(program, bp::args(words), bp::start_dir(m_folder), bp::std_in<bp::null, bp::std_out> out,
+        bp::std_err > err);
     auto complaints = std::async(std::launch::async,
         [&err] { return std::string(std::istreambuf_iterator<char>(err), std::istreambuf_iterator<char>()); });
     std::promise<void> ended;

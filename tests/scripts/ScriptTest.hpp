@@ -34,13 +34,17 @@ protected:
     /// Runs a script, and presses Ctrl-C after each of these lines of its output has come.
     Outcome runAndInterrupt(const std::string& script, const std::vector<std::string>& afterLines);
 
+    /// Runs commands of the system's shell, in which $TOVRIN is the program.
+    Outcome shell(const std::string& commands);
+
     /// Writes a file into the folder. \returns its path
     std::string write(const std::string& name, const std::string& text);
 
     const std::string& folder() const { return m_folder; }
 
 private:
-    Outcome execute(const Words& words, const std::vector<std::string>& interruptAfter);
+    Outcome execute(
+        const std::string& program, const Words& words, const std::vector<std::string>& interruptAfter);
 
     std::string m_folder;
 };

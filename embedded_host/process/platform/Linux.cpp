@@ -1,11 +1,44 @@
 #include "embedded_host/process/platform/Platform.hpp"
 
-#include <pthread.h>
-
 #include <array>
+#include <cerrno>
+#include <csignal>
 #include <cstring>
 
+#include <poll.h>
+#include <pthread.h>
+#include <spawn.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 namespace tovrinhost::platform {
+
+namespace {
+
+/// Returns when the process has ended; it is still to be waited for.
+void awaitEnd(pid_t process, const std::function<bool()>& isInterrupted)
+{
+    constexpr int look = 50; // milliseconds
+    int looksUntilToldToEnd = 1000 / look;
+    const int end = static_cast<int>(syscall(SYS_pidfd_open, process, 0U));
+    if (end < 0) {
+        return; // a system that has none: the wait itself cannot be left
+    }
+    for (;;) {
+        pollfd event { end, POLLIN, 0 };
+        const int ready = poll(&event, 1, look);
+        if (ready > 0 || (ready < 0 && errno != EINTR)) {
+            break;
+        }
+        if (isInterrupted() && looksUntilToldToEnd-- == 0) {
+            kill(process, SIGTERM);
+        }
+    }
+    close(end);
+}
+
+} // namespace
 
 void nameCurrentThread(const char* name) noexcept
 {
@@ -13,6 +46,47 @@ void nameCurrentThread(const char* name) noexcept
     std::array<char, 16> shortened {};
     std::strncpy(shortened.data(), name, shortened.size() - 1);
     pthread_setname_np(pthread_self(), shortened.data());
+}
+
+// Unlike std::system, does not have the program ignore Ctrl-C meanwhile.
+int runCommand(const char* command, const std::function<bool()>& isInterrupted)
+{
+    const std::array<const char*, 4> words { "sh", "-c", command, nullptr };
+    pid_t shell = 0;
+    const int error
+        = posix_spawn(&shell, "/bin/sh", nullptr, nullptr, const_cast<char* const*>(words.data()), environ);
+    if (error != 0) {
+        errno = error;
+        return -1;
+    }
+    awaitEnd(shell, isInterrupted);
+    int result = 0;
+    while (waitpid(shell, &result, 0) < 0) {
+        if (errno != EINTR) {
+            return -1;
+        }
+    }
+    return result;
+}
+
+std::FILE* openPipe(const char* command, const char* mode)
+{
+    return popen(command, mode);
+}
+
+bool isPipeMode(const char* mode) noexcept
+{
+    return std::strcmp(mode, "r") == 0 || std::strcmp(mode, "w") == 0;
+}
+
+int closePipe(std::FILE* pipe)
+{
+    return pclose(pipe);
+}
+
+bool isEndedByControlC(int result) noexcept
+{
+    return result != -1 && WIFSIGNALED(result) && (WTERMSIG(result) == SIGINT || WTERMSIG(result) == SIGQUIT);
 }
 
 } // namespace tovrinhost::platform

@@ -7,17 +7,25 @@ namespace tovrinhost::platform {
 
 // What differs between operating systems; one source file for each of them.
 
-/// Makes standard output appear line by line, also where it is a pipe or a file.
+/// Makes standard output appear line by line, also where it is a pipe or a file. To be called before anything is
+/// written.
 void setUpStandardOutput();
 
-/// Calls a function for each Ctrl-C, on a thread of its own, for as long as it lives.
-class InterruptWatcher {
+/// Writes what is still to be written.
+/// \returns the errno of the first write that failed since the program began, 0 if none did
+int flushStandardOutput();
+
+/// Calls a function for each signal that asks the program to end, on a thread of its own, for as long as it lives.
+///
+/// It is given the status that tells of the signal: 130 for Ctrl-C, and where there are such, 143 for SIGTERM and
+/// 129 for SIGHUP. A SIGHUP that is ignored as the program starts stays so.
+class SignalWatcher {
 public:
     /// One at a time in the process.
-    explicit InterruptWatcher(std::function<void()> onInterrupt);
-    InterruptWatcher(const InterruptWatcher&) = delete;
-    InterruptWatcher& operator=(const InterruptWatcher&) = delete;
-    ~InterruptWatcher();
+    explicit SignalWatcher(std::function<void(int status)> onSignal);
+    SignalWatcher(const SignalWatcher&) = delete;
+    SignalWatcher& operator=(const SignalWatcher&) = delete;
+    ~SignalWatcher();
 
 private:
     struct State;

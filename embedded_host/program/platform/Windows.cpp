@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <mutex>
 #include <utility>
@@ -10,10 +11,12 @@ namespace tovrinhost::platform {
 
 namespace {
 
+constexpr int controlCStatus = 130;
+
 /// The function to call, for the system's own thread that brings a Ctrl-C or a Ctrl-Break.
 struct Registration {
     std::mutex mutex;
-    std::function<void()> onInterrupt; // guarded by mutex
+    std::function<void(int status)> onSignal; // guarded by mutex
 };
 
 Registration& registration()
@@ -28,10 +31,10 @@ BOOL WINAPI onControl(DWORD event)
         return FALSE; // the next handler's
     }
     const std::lock_guard lock(registration().mutex);
-    if (!registration().onInterrupt) {
+    if (!registration().onSignal) {
         return FALSE;
     }
-    registration().onInterrupt();
+    registration().onSignal(controlCStatus);
     return TRUE;
 }
 
@@ -43,23 +46,29 @@ void setUpStandardOutput()
     std::setvbuf(stdout, nullptr, _IONBF, 0);
 }
 
-struct InterruptWatcher::State { };
+int flushStandardOutput()
+{
+    // Unbuffered, so that why it could not be written is not known any more.
+    return std::ferror(stdout) != 0 ? EIO : 0;
+}
 
-InterruptWatcher::InterruptWatcher(std::function<void()> onInterrupt)
+struct SignalWatcher::State { };
+
+SignalWatcher::SignalWatcher(std::function<void(int status)> onSignal)
 {
     {
         const std::lock_guard lock(registration().mutex);
-        registration().onInterrupt = std::move(onInterrupt);
+        registration().onSignal = std::move(onSignal);
     }
     SetConsoleCtrlHandler(onControl, TRUE);
 }
 
-InterruptWatcher::~InterruptWatcher()
+SignalWatcher::~SignalWatcher()
 {
     SetConsoleCtrlHandler(onControl, FALSE);
     // A call that is under way is waited for.
     const std::lock_guard lock(registration().mutex);
-    registration().onInterrupt = nullptr;
+    registration().onSignal = nullptr;
 }
 
 } // namespace tovrinhost::platform

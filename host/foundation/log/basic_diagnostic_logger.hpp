@@ -25,8 +25,11 @@ template <typename CharT> class basic_diagnostic_logger;
 /// that call into it and in callback tasks; some of them while it holds its queue's mutex, so a sink may call
 /// back into the library only for what takes no queue lock.
 /// Lifetime: some loggers are namespace-scope objects: construction and destruction must work before `main`
-/// begins and after it ends.
-/// Errors: what `open_record`, `push_record` or a sink throws costs that record and nothing else.
+/// begins and after it ends. A process may also end without an orderly shutdown, while threads of the library
+/// write: until the system ends them, what they call must neither be destroyed nor use what has been. So a host
+/// destroys nothing that a record goes through, and of what others destroy (Boost.Log's own static objects) it
+/// keeps later records away: it opens none once that has begun. Errors: what `open_record`, `push_record` or a
+/// sink throws costs that record and nothing else.
 template <> class TOVRINHOST_API basic_diagnostic_logger<char> {
 public:
     using char_type = char;
@@ -52,7 +55,7 @@ public:
     /// \returns an empty record where the core's filters want none
     boost::log::record open_record(std::uint32_t severity);
 
-    /// Gives the finished record to the core, without the logger's lock.
+    /// Gives the finished record to the core, without the logger's lock. Nothing else of it is used afterwards.
     void push_record(boost::log::record&& record);
 
     detail::indent_attribute& indent() noexcept { return m_indent; }

@@ -5,8 +5,36 @@
 #include <boost/log/utility/manipulators/add_value.hpp>
 
 #include <ios>
+#include <memory>
+#include <utility>
 
 namespace tovrintimer {
+
+namespace {
+
+/// Returns one of the streams that Boost.Log keeps. Before the record is pushed, unlike its record pump: a process
+/// that ends without an orderly shutdown waits for the records that there are, and then destroys those streams'
+/// store.
+struct ReturnStream {
+    using Streams = boost::log::aux::stream_provider<char>;
+    void operator()(Streams::stream_compound* stream) const noexcept { Streams::release_compound(stream); }
+};
+
+void format(boost::log::record& record, const RecordText& text, const SourceLocation* location)
+{
+    const std::unique_ptr<ReturnStream::Streams::stream_compound, ReturnStream> kept(
+        ReturnStream::Streams::allocate_compound(record));
+    auto& stream = kept->stream;
+    if (location != nullptr) {
+        stream << boost::log::add_value("File", location->file) << boost::log::add_value("Line", location->line);
+    }
+    // Record streams would spell flags out.
+    stream << std::noboolalpha;
+    text.writeTo(stream.stream());
+    stream.flush();
+}
+
+} // namespace
 
 void writeEnabledRecord(
     DiagnosticLogger& logger, Severity severity, const RecordText& text, const SourceLocation* location) noexcept
@@ -19,15 +47,8 @@ void writeEnabledRecord(
         if (!record) {
             return;
         }
-        // As it is destroyed, the pump pushes the record, unless an exception is on its way.
-        const auto pump = boost::log::aux::make_record_pump(logger, record);
-        if (location != nullptr) {
-            pump.stream() << boost::log::add_value("File", location->file)
-                          << boost::log::add_value("Line", location->line);
-        }
-        // Record streams would spell flags out.
-        pump.stream() << std::noboolalpha;
-        text.writeTo(pump.stream().stream());
+        format(record, text, location);
+        logger.push_record(std::move(record));
     } catch (...) {
         // The record is lost, and nothing else.
     }
