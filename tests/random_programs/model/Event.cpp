@@ -76,8 +76,8 @@ Event makeEvent(Event::Kind kind, const std::vector<std::string>& fields)
     case Event::Kind::End:
         event.timer = fields[2];
         event.what = fields[3];
-        event.reading = { fields[4], fields[5], fields[6] };
-        event.text = fields[7];
+        event.text = fields[4];
+        event.reading = { fields[5], fields[6], fields[7] };
         break;
     case Event::Kind::Call:
     case Event::Kind::Done:

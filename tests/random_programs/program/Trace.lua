@@ -3,7 +3,7 @@
 --
 --   @seconds|new|timer|mode|busy mode|period|start delay|tasks|callbacks
 --   @seconds|begin|timer|callback|Running|TasksExecuted|LastError
---   @seconds|end|timer|callback|Running|TasksExecuted|LastError|error
+--   @seconds|end|timer|callback|error|Running|TasksExecuted|LastError
 --   @seconds|call|verb|timer|argument|Running|TasksExecuted|LastError
 --   @seconds|done|verb|timer|result|Running|TasksExecuted|LastError
 --   @seconds|failed|verb|timer|error|Running|TasksExecuted|LastError
@@ -54,7 +54,7 @@ local function callback(name, kind)
         if body.number == count or body.number == 0 then body.action() end
       end
     end)
-    line("end", name, kind, state(name), isDone and "" or text)
+    line("end", name, kind, isDone and "" or text, state(name))
     if not isDone then error(text, 0) end
   end
 end

@@ -1,6 +1,7 @@
 #include "tests/random_programs/run/Batch.hpp"
 
 #include <algorithm>
+#include <deque>
 #include <memory>
 
 namespace random_programs {
@@ -12,17 +13,21 @@ constexpr unsigned int triesAtOnce = 4;
 
 } // namespace
 
-std::vector<Failure> runBatch(
-    const Programs& programs, std::uint64_t from, std::uint64_t to, unsigned int processes)
+std::vector<Failure> runBatch(const Programs& programs, std::uint64_t from, std::uint64_t to,
+    unsigned int processes, std::size_t mostFailures)
 {
-    std::vector<std::unique_ptr<Worker>> workers;
+    std::vector<Failure> failures;
+    std::deque<std::unique_ptr<Worker>> workers;
     for (unsigned int i = 0; i < processes; ++i) {
         workers.push_back(std::make_unique<Worker>(programs, from + i, to, processes));
     }
-    std::vector<Failure> failures;
-    for (const auto& worker : workers) {
-        if (auto failure = worker->await()) {
+    for (; !workers.empty(); workers.pop_front()) {
+        if (auto failure = workers.front()->await()) {
             failures.push_back(*std::move(failure));
+            if (failures.size() < mostFailures) {
+                workers.push_back(
+                    std::make_unique<Worker>(programs, failures.back().number + processes, to, processes));
+            }
         }
     }
     std::sort(failures.begin(), failures.end(),

@@ -67,7 +67,7 @@ int runSeeds(std::uint64_t from, std::uint64_t to, unsigned int jobs, bool keeps
     std::uint64_t next = from;
     while (next <= to && (keepsGoing || broken.empty())) {
         const std::uint64_t end = std::min(to + 1, next + portion);
-        const auto failures = runBatch(scriptOf, next, end, jobs);
+        const auto failures = runBatch(scriptOf, next, end, jobs, keepsGoing ? portion : 1);
         for (const Failure& failure : failures) {
             broken[failure.rule].push_back(failure.number);
         }
