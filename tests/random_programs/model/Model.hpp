@@ -14,8 +14,8 @@ namespace random_programs {
 
 /// Reads what a program has printed, and holds it against the rules that hold whatever the timing.
 ///
-/// It knows nothing of how timers are made: callbacks, actions and reports come in their order, and the stack of what
-/// has begun and not ended says what runs within what.
+/// It knows nothing of how timers are made: callbacks, actions and reports come in their order, and the stack of
+/// what has begun and not ended says what runs within what.
 class Model {
 public:
     /// \throws BrokenRule

@@ -21,6 +21,7 @@ void Run::count()
 {
     m_base = due();
     ++timerFcns;
+    overtaken = 0;
 }
 
 void Run::space(double ended)
@@ -45,6 +46,7 @@ void Run::stop(bool hasStopFcn)
         stopFcn.change(hasStopFcn);
     }
     end = End::Yes;
+    overtaken = 0;
 }
 
 void Run::fail(const Settings& settings)
@@ -98,8 +100,8 @@ bool Run::isOver() const
     const bool mayReport = mayOverrun && !isReported && timerFcns < most();
     // At a fixed rate the last is said on another thread, after the last TimerFcn perhaps.
     const bool maySayMore = isFixedRate && endsByCount && !stopFcn.begun;
-    return end == End::Yes && canBeOver() && !stopFcn.canBegin() && !(errorFcn.canBegin() && (failed || isReported))
-        && !mayReport && !maySayMore;
+    return end == End::Yes && canBeOver() && !stopFcn.canBegin()
+        && !(errorFcn.canBegin() && (failed || isReported)) && !mayReport && !maySayMore;
 }
 
 std::string Run::refuses(const std::string& callback) const
@@ -112,27 +114,26 @@ std::string Run::refuses(const std::string& callback) const
     }
     if (callback == "TimerFcn") {
         return failed ? "the run has failed"
-            : end == End::Yes
+            : end == End::Yes && overtaken == 0
             ? endsByCount ? "the run has had all its TimerFcns" : "the run has been ended"
             : "";
     }
     if (callback == "StopFcn") {
-        return stopFcn.begun            ? "the run has had its StopFcn"
-            : end == End::No && !mayOverrun ? "the run has not come to its end"
-            : failed && !mayOverrun && errorFcn.isOpen()
-            ? "its ErrorFcn has not run"
-            : "";
+        return stopFcn.begun                             ? "the run has had its StopFcn"
+            : end == End::No && !mayOverrun              ? "the run has not come to its end"
+            : failed && !mayOverrun && errorFcn.isOpen() ? "its ErrorFcn has not run"
+                                                         : "";
     }
-    return errorFcn.begun       ? "the run has had its ErrorFcn"
-        : !failed && !mayOverrun ? "the run has not failed"
-        : !failed && stopFcn.isOpen()
-        ? "its StopFcn has not run"
-        : "";
+    return errorFcn.begun             ? "the run has had its ErrorFcn"
+        : !failed && !mayOverrun      ? "the run has not failed"
+        : !failed && stopFcn.isOpen() ? "its StopFcn has not run"
+                                      : "";
 }
 
 void Run::noteEnd()
 {
     hasOverrun = hasOverrun || !tasks.contains(timerFcns);
+    overtaken = mayOverrun && active == 0 ? 1 : 0;
     end = End::Yes;
 }
 

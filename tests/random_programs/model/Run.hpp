@@ -28,8 +28,8 @@ struct Duty {
 
 /// One run of a timer, from the start that was accepted.
 ///
-/// What a run does of itself is done on another thread, and is not seen: `end` is Maybe from the moment on when it may
-/// have come to its end.
+/// What a run does of itself is done on another thread, and is not seen: `end` is Maybe from the moment on when it
+/// may have come to its end.
 struct Run {
     enum class End { No, Maybe, Yes };
 
@@ -44,6 +44,7 @@ struct Run {
     bool isFixedRate = false;
     bool mayOverrun = false; ///< at a fixed rate, in busy mode Error
     bool hasOverrun = false; ///< it has been seen to
+    int overtaken = 0; ///< of its TimerFcns, how many may yet come when it has overrun: the one that waited
     bool isReported = false; ///< the overrun
     bool isTakenBack = false; ///< nothing of it need come
 

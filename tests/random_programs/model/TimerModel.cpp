@@ -16,7 +16,8 @@ constexpr double grain = 0.000002;
 
 std::shared_ptr<Run> TimerModel::begin(const Event& event)
 {
-    require(!m_isDeleted, rules::deletedIsSilent, label() + " has been deleted, and its " + event.what + " begins");
+    require(
+        !m_isDeleted, rules::deletedIsSilent, label() + " has been deleted, and its " + event.what + " begins");
     const auto run = runOf(event);
     if (!run->hasBegun) {
         run->hasBegun = true;
@@ -35,12 +36,14 @@ std::shared_ptr<Run> TimerModel::begin(const Event& event)
         if (run->end != Run::End::Yes) {
             run->noteEnd();
         }
+        run->overtaken = 0;
     } else {
         run->errorFcn.begun = true;
         if (!run->failed) {
             run->hasOverrun = true;
             run->end = Run::End::Yes;
         }
+        run->overtaken = 0;
     }
     ++run->active;
     ++m_active;
@@ -78,8 +81,8 @@ std::shared_ptr<Run> TimerModel::runOf(const Event& event)
         if (why.empty() && (counts || m_runs.size() == 1)) {
             return run;
         }
-        require(m_runs.size() > 1, rules::orderInARun,
-            "the " + event.what + " of " + label() + " begins, but " + why);
+        require(
+            m_runs.size() > 1, rules::orderInARun, "the " + event.what + " of " + label() + " begins, but " + why);
         require(run->canBeOver(), rules::runsInOrder,
             "the " + event.what + " of " + label() + " begins, which is not of its earlier run, since " + why
                 + ", and not of a later one, since of the earlier one "
@@ -188,9 +191,9 @@ void TimerModel::deleteEnds()
 
 bool TimerModel::isQuiet() const
 {
-    return m_isDeleted
-        || (m_active == 0
-            && std::all_of(m_runs.begin(), m_runs.end(), [](const auto& run) { return run->isOver(); }));
+    return m_isDeleted || (m_active == 0 && std::all_of(m_runs.begin(), m_runs.end(), [](const auto& run) {
+        return run->isOver();
+    }));
 }
 
 void TimerModel::expectQuiet(const char* rule)
@@ -221,8 +224,7 @@ void TimerModel::reportOfOverrun(const Event& report)
     const auto run = std::find_if(m_runs.begin(), m_runs.end(),
         [](const auto& candidate) { return candidate->mayOverrun && !candidate->isReported; });
     require(m_isDeleted || run != m_runs.end(), rules::overrunOnlyInModeError, report.what + ": " + report.text);
-    require(report.text
-            == "callback of timer \"" + m_name + "\" was still running when its next run fell due",
+    require(report.text == "callback of timer \"" + m_name + "\" was still running when its next run fell due",
         rules::errorIsReported, report.what + ": " + report.text);
     if (run != m_runs.end()) {
         (*run)->isReported = true;

@@ -4,8 +4,8 @@
 
 namespace random_programs {
 
-/// Runs programs one after the other in this process, whose standard output and error it takes for good: both go to
-/// one file, so that reports stand between the lines of the trace where they came.
+/// Runs programs one after the other in this process, whose standard output and error it takes for good: both go
+/// to one file, so that reports stand between the lines of the trace where they came.
 class Runner {
 public:
     /// \param output an open file

@@ -80,7 +80,9 @@ private:
     {
         for (std::size_t i = 0; i < m_best.timers.size(); ++i) {
             for (const int callback : { startFcn, stopFcn, errorFcn }) {
-                tryTo([=](Program& program) { program.timers[i].has.at(static_cast<std::size_t>(callback)) = false; });
+                tryTo([=](Program& program) {
+                    program.timers[i].has.at(static_cast<std::size_t>(callback)) = false;
+                });
             }
             tryTo([i](Program& program) { program.timers[i].startDelay = 0.0; });
             tryTo([i](Program& program) { program.timers[i].mode = 0; });

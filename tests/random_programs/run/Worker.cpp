@@ -31,7 +31,7 @@ namespace random_programs {
 namespace {
 
 /// A program lasts some tens of milliseconds; on however busy a machine, none is as long.
-constexpr unsigned int timeLimit = 30;
+constexpr unsigned int timeLimit = 10;
 
 bool hasLeaks()
 {
@@ -84,8 +84,7 @@ Worker::~Worker()
     munmap(m_progress, sizeof(Progress));
 }
 
-void Worker::work(
-    const Programs& programs, std::uint64_t first, std::uint64_t end, std::uint64_t step) const
+void Worker::work(const Programs& programs, std::uint64_t first, std::uint64_t end, std::uint64_t step) const
 {
     Runner runner(m_output);
     for (std::uint64_t number = first; number < end && !m_progress->failed; number += step) {
