@@ -45,6 +45,7 @@ void Run::stop(bool hasStopFcn)
     } else if (end != End::Yes) {
         stopFcn.change(hasStopFcn);
     }
+    isStoppedInLast = isInTimerFcn && endsByCount;
     end = End::Yes;
     overtaken = 0;
 }
@@ -133,7 +134,7 @@ std::string Run::refuses(const std::string& callback) const
 void Run::noteEnd()
 {
     hasOverrun = hasOverrun || !tasks.contains(timerFcns);
-    overtaken = mayOverrun && active == 0 ? 1 : 0;
+    overtaken = mayOverrun && !isInTimerFcn ? 1 : 0;
     end = End::Yes;
 }
 

@@ -53,6 +53,8 @@ struct Run {
     Duty errorFcn;
     int timerFcns = 0; ///< that have begun
     int active = 0; ///< of its callbacks, on the stack
+    bool isInTimerFcn = false;
+    bool isStoppedInLast = false; ///< while its last TimerFcn runs
 
     std::set<double> tasks; ///< each number of tasks that it has been told
     double shortestPeriod;

@@ -46,6 +46,7 @@ std::shared_ptr<Run> TimerModel::begin(const Event& event)
         run->overtaken = 0;
     }
     ++run->active;
+    run->isInTimerFcn = event.what == "TimerFcn";
     ++m_active;
     read(event);
     return run;
@@ -66,6 +67,7 @@ void TimerModel::end(Run& run, const Event& event)
 void TimerModel::leaveCallback(Run& run)
 {
     --run.active;
+    run.isInTimerFcn = false;
     --m_active;
 }
 
@@ -295,7 +297,7 @@ void TimerModel::readRunning(const std::string& running)
         if (run.end == Run::End::Yes) {
             const bool hasLastTask = run.endsByCount && run.active > 0;
             mayBeTrue = !run.stopFcn.begun && (run.stopFcn.may || hasLastTask);
-            mayBeFalse = run.stopFcn.begun || !(run.stopFcn.must || hasLastTask);
+            mayBeFalse = run.stopFcn.begun || !(run.stopFcn.must || (hasLastTask && !run.isStoppedInLast));
         } else {
             const bool mayHaveEnded = run.end == Run::End::Maybe || run.mayOverrun;
             mayBeFalse = mayHaveEnded && !run.stopFcn.must;

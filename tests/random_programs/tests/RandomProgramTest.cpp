@@ -16,14 +16,14 @@ using testing::Ge;
 using testing::Le;
 using testing::SizeIs;
 
-TEST(ProgramTest, TheSameSeedGivesTheSameProgram)
+TEST(RandomProgramTest, TheSameSeedGivesTheSameProgram)
 {
     EXPECT_EQ(programOf(7), programOf(7));
     EXPECT_EQ(toLua(programOf(7)), toLua(programOf(7)));
     EXPECT_NE(toLua(programOf(7)), toLua(programOf(8)));
 }
 
-TEST(ProgramTest, AProgramHasFourToEightTimersAndStartsEach)
+TEST(RandomProgramTest, AProgramHasFourToEightTimersAndStartsEach)
 {
     for (std::uint64_t seed = 1; seed <= 200; ++seed) {
         const Program program = programOf(seed);
@@ -36,7 +36,7 @@ TEST(ProgramTest, AProgramHasFourToEightTimersAndStartsEach)
     }
 }
 
-TEST(ProgramTest, EverythingComesUpInSomeProgram)
+TEST(RandomProgramTest, EverythingComesUpInSomeProgram)
 {
     std::vector<int> verbs(static_cast<std::size_t>(Verb::Haunt) + 1);
     std::vector<int> callbacks(callbackKinds);
@@ -52,7 +52,7 @@ TEST(ProgramTest, EverythingComesUpInSomeProgram)
     EXPECT_THAT(callbacks, Each(Ge(100)));
 }
 
-TEST(ProgramTest, OnlyTheScriptWaitsWithoutALimit)
+TEST(RandomProgramTest, OnlyTheScriptWaitsWithoutALimit)
 {
     for (std::uint64_t seed = 1; seed <= 200; ++seed) {
         for (const Step& step : programOf(seed).steps) {
@@ -61,7 +61,7 @@ TEST(ProgramTest, OnlyTheScriptWaitsWithoutALimit)
     }
 }
 
-TEST(ShrinkTest, WhatIsNotNeededGoes)
+TEST(ProgramShrinkTest, WhatIsNotNeededGoes)
 {
     Program program = programOf(3);
     program.steps.push_back(

@@ -70,80 +70,80 @@ const Lines overtaken {
     R"(tovrin: error in timer "a": callback of timer "a" was still running when its next run fell due)"
 };
 
-TEST(ModelTest, AWholeRunIsKept)
+TEST(TraceModelTest, AWholeRunIsKept)
 {
     expectKept(singleShot + started + over + wholeRun);
 }
 
-TEST(ModelTest, AFailedRunIsKept)
+TEST(TraceModelTest, AFailedRunIsKept)
 {
     expectKept(singleShot + started + over + startFcnRun + failed + reported + errorFcnRun + stopFcnAfterError, 1);
 }
 
-TEST(ModelTest, ARunHasItsStartFcnFirst)
+TEST(TraceModelTest, ARunHasItsStartFcnFirst)
 {
     expectBroken(rules::orderInARun, singleShot + started + over + timerFcnRun);
 }
 
-TEST(ModelTest, ARunHasOneStartFcn)
+TEST(TraceModelTest, ARunHasOneStartFcn)
 {
     expectBroken(rules::orderInARun, singleShot + started + over + startFcnRun + startFcnRun);
 }
 
-TEST(ModelTest, ARunHasNoMoreTimerFcnsThanTasks)
+TEST(TraceModelTest, ARunHasNoMoreTimerFcnsThanTasks)
 {
     expectBroken(rules::orderInARun,
         plainSingleShot + started + over + timerFcnRun + Lines { "|begin|a|TimerFcn|true|2|nil" });
 }
 
-TEST(ModelTest, ARunHasNoTimerFcnAfterAStop)
+TEST(TraceModelTest, ARunHasNoTimerFcnAfterAStop)
 {
     expectBroken(rules::orderInARun, singleShot + started + stopped + over + startFcnRun + timerFcnRun);
 }
 
-TEST(ModelTest, ARunHasNoTimerFcnAfterAnError)
+TEST(TraceModelTest, ARunHasNoTimerFcnAfterAnError)
 {
     expectBroken(rules::orderInARun,
         Lines { "|new|a|FixedRate|Drop|0.001|0.0|5|" } + started + over + failed + reported
             + Lines { "|begin|a|TimerFcn|true|2|boom" });
 }
 
-TEST(ModelTest, ARunHasItsStopFcnAtItsEnd)
+TEST(TraceModelTest, ARunHasItsStopFcnAtItsEnd)
 {
     expectBroken(rules::orderInARun,
         Lines { "|new|a|FixedRate|Drop|0.001|0.0|5|StopFcn" } + started + over + timerFcnRun + stopFcnRun);
 }
 
-TEST(ModelTest, ARunHasOneStopFcn)
+TEST(TraceModelTest, ARunHasOneStopFcn)
 {
     expectBroken(rules::orderInARun, singleShot + started + over + wholeRun + stopFcnRun);
 }
 
-TEST(ModelTest, AnErrorFcnNeedsAnError)
+TEST(TraceModelTest, AnErrorFcnNeedsAnError)
 {
     expectBroken(rules::orderInARun,
         singleShot + started + over + startFcnRun + timerFcnRun + Lines { "|begin|a|ErrorFcn|true|1|nil" });
 }
 
-TEST(ModelTest, AnErrorHasOneErrorFcn)
+TEST(TraceModelTest, AnErrorHasOneErrorFcn)
 {
     expectBroken(rules::orderInARun,
         singleShot + started + over + startFcnRun + failed + reported + errorFcnRun + errorFcnRun, 1);
 }
 
-TEST(ModelTest, AnErrorHasItsErrorFcnBeforeTheStopFcn)
+TEST(TraceModelTest, AnErrorHasItsErrorFcnBeforeTheStopFcn)
 {
     expectBroken(
         rules::orderInARun, singleShot + started + over + startFcnRun + failed + reported + stopFcnAfterError, 1);
 }
 
-TEST(ModelTest, AnErrorHasAnErrorFcn)
+TEST(TraceModelTest, AnErrorHasAnErrorFcn)
 {
     expectBroken(rules::everyRunEnds,
         Lines { "|new|a|SingleShot|Drop|0.001|0.0|1|ErrorFcn" } + started + over + failed + reported, 1);
 }
 
-TEST(ModelTest, ARunThatIsOvertakenHasItsStopFcnAndThenItsErrorFcn)
+TEST(TraceModelTest, ARunThatIsOvertakenHasItsStopFcnAndThenItsErrorFcn)
 {
     const Lines error { "|begin|a|ErrorFcn|false|1|nil", "|end|a|ErrorFcn||false|1|nil" };
     const Lines stop { "|begin|a|StopFcn|false|1|nil", "|end|a|StopFcn||false|1|nil" };
@@ -152,18 +152,18 @@ TEST(ModelTest, ARunThatIsOvertakenHasItsStopFcnAndThenItsErrorFcn)
     expectBroken(rules::everyRunEnds, strictFixedRate + started + over + timerFcnRun + stop + overtaken, 1);
 }
 
-TEST(ModelTest, ARunThatIsOvertakenIsReported)
+TEST(TraceModelTest, ARunThatIsOvertakenIsReported)
 {
     expectBroken(rules::everyRunEnds, strictFixedRate + started + over + timerFcnRun + stopFcnRun);
 }
 
-TEST(ModelTest, ARunIsOvertakenOnlyInBusyModeError)
+TEST(TraceModelTest, ARunIsOvertakenOnlyInBusyModeError)
 {
     expectBroken(rules::overrunOnlyInModeError,
         Lines { "|new|a|FixedRate|Queue|0.001|0.0|5|" } + started + over + timerFcnRun + overtaken, 1);
 }
 
-TEST(ModelTest, ARunBeginsAfterTheOneBeforeIt)
+TEST(TraceModelTest, ARunBeginsAfterTheOneBeforeIt)
 {
     const Lines restarted { "|call|start|a||true|0|nil", "|done|start|a|nil|true|0|nil" };
     expectKept(singleShot + started + stopped + restarted + over + startFcnRun
@@ -172,12 +172,12 @@ TEST(ModelTest, ARunBeginsAfterTheOneBeforeIt)
         rules::runsInOrder, singleShot + started + stopped + restarted + over + startFcnRun + startFcnRun);
 }
 
-TEST(ModelTest, NothingRunsBetweenTwoRuns)
+TEST(TraceModelTest, NothingRunsBetweenTwoRuns)
 {
     expectBroken(rules::silentBetweenRuns, singleShot + over + timerFcnRun);
 }
 
-TEST(ModelTest, CallbacksOfATimerDoNotNest)
+TEST(TraceModelTest, CallbacksOfATimerDoNotNest)
 {
     expectBroken(rules::notNested,
         Lines { "|new|a|FixedRate|Queue|0.001|0.0|5|" } + started + over
@@ -185,37 +185,37 @@ TEST(ModelTest, CallbacksOfATimerDoNotNest)
                 "|begin|a|TimerFcn|true|1|nil", "|call|pause|-|0.001|-|-|-", "|begin|a|TimerFcn|true|2|nil" });
 }
 
-TEST(ModelTest, CallbacksRunOnlyInAPumpingCall)
+TEST(TraceModelTest, CallbacksRunOnlyInAPumpingCall)
 {
     expectBroken(rules::onlyWhilePumping, plainSingleShot + started + timerFcnRun);
     expectBroken(rules::onlyWhilePumping,
         plainSingleShot + started + Lines { "|call|set|a|Period=1|true|0|nil" } + timerFcnRun);
 }
 
-TEST(ModelTest, ATimerFcnIsNotEarly)
+TEST(TraceModelTest, ATimerFcnIsNotEarly)
 {
     expectBroken(rules::neverEarly, delayedSingleShot + started + over + timerFcnRun);
 }
 
-TEST(ModelTest, APeriodIsKept)
+TEST(TraceModelTest, APeriodIsKept)
 {
     expectBroken(rules::neverEarly,
         Lines { "|new|a|FixedDelay|Drop|0.1|0.0|5|" } + started + over + timerFcnRun
             + Lines { "|begin|a|TimerFcn|true|2|nil" });
 }
 
-TEST(ModelTest, APauseIsNotTooShort)
+TEST(TraceModelTest, APauseIsNotTooShort)
 {
     expectBroken(rules::neverEarly, { "|call|pause|-|0.1|-|-|-", "|done|pause|-|nil|-|-|-", "|over" });
 }
 
-TEST(ModelTest, TheLimitOfAWaitIsKept)
+TEST(TraceModelTest, TheLimitOfAWaitIsKept)
 {
     expectBroken(rules::neverEarly,
         delayedSingleShot + started + Lines { "|call|wait|a|0.1|true|0|nil", "|done|wait|a|false|true|0|nil" });
 }
 
-TEST(ModelTest, TasksExecutedCounts)
+TEST(TraceModelTest, TasksExecutedCounts)
 {
     expectBroken(
         rules::tasksExecuted, plainSingleShot + started + over + Lines { "|begin|a|TimerFcn|true|2|nil" });
@@ -224,14 +224,14 @@ TEST(ModelTest, TasksExecutedCounts)
             + Lines { "|done|pause|-|nil|-|-|-", "|call|stop|a||false|0|nil" });
 }
 
-TEST(ModelTest, RunningIsTrueFromTheStart)
+TEST(TraceModelTest, RunningIsTrueFromTheStart)
 {
     expectBroken(rules::running, singleShot + Lines { "|call|start|a||true|0|nil" });
     expectBroken(
         rules::running, singleShot + Lines { "|call|start|a||false|0|nil", "|done|start|a|nil|false|0|nil" });
 }
 
-TEST(ModelTest, RunningIsTrueUntilTheStopFcn)
+TEST(TraceModelTest, RunningIsTrueUntilTheStopFcn)
 {
     expectBroken(rules::running,
         singleShot + started + Lines { "|call|stop|a||true|0|nil", "|done|stop|a|nil|false|0|nil" });
@@ -239,12 +239,12 @@ TEST(ModelTest, RunningIsTrueUntilTheStopFcn)
         singleShot + started + over + startFcnRun + timerFcnRun + Lines { "|begin|a|StopFcn|true|1|nil" });
 }
 
-TEST(ModelTest, RunningIsFalseAfterAStopWithoutStopFcn)
+TEST(TraceModelTest, RunningIsFalseAfterAStopWithoutStopFcn)
 {
     expectBroken(rules::running, plainSingleShot + started + stopped);
 }
 
-TEST(ModelTest, LastErrorIsThatOfTheLatestRun)
+TEST(TraceModelTest, LastErrorIsThatOfTheLatestRun)
 {
     const Lines firstRun = Lines { "|new|a|SingleShot|Drop|0.001|0.0|1|" } + started
         + Lines { "|call|pause|-|0.0|-|-|-" } + failed + reported + Lines { "|done|pause|-|nil|-|-|-" };
@@ -253,25 +253,25 @@ TEST(ModelTest, LastErrorIsThatOfTheLatestRun)
         rules::lastError, firstRun + Lines { "|call|start|a||false|1|boom", "|done|start|a|nil|true|0|boom" }, 1);
 }
 
-TEST(ModelTest, ARunningTimerIsNotStarted)
+TEST(TraceModelTest, ARunningTimerIsNotStarted)
 {
     expectBroken(rules::startOfRunning,
         singleShot + started + Lines { "|call|start|a||true|0|nil", "|done|start|a|nil|true|0|nil" });
 }
 
-TEST(ModelTest, AStoppedTimerIsStarted)
+TEST(TraceModelTest, AStoppedTimerIsStarted)
 {
     const Lines refused { "|call|start|a||false|0|nil", "|failed|start|a|already running|false|0|nil" };
     expectBroken(rules::startOfStopped, singleShot + refused);
 }
 
-TEST(ModelTest, AStopSucceeds)
+TEST(TraceModelTest, AStopSucceeds)
 {
     expectBroken(rules::stopAlwaysSucceeds,
         singleShot + Lines { "|call|stop|a||false|0|nil", "|failed|stop|a|no|false|0|nil" });
 }
 
-TEST(ModelTest, AssignmentsFailWhereTheyHaveTo)
+TEST(TraceModelTest, AssignmentsFailWhereTheyHaveTo)
 {
     expectBroken(rules::assignments,
         singleShot + Lines { "|call|set|a|Period=0.0|false|0|nil", "|done|set|a|nil|false|0|nil" });
@@ -281,7 +281,7 @@ TEST(ModelTest, AssignmentsFailWhereTheyHaveTo)
         singleShot + started + Lines { "|call|set|a|StartDelay=0.1|true|0|nil", "|done|set|a|nil|true|0|nil" });
 }
 
-TEST(ModelTest, AWaitIsTrueAtTheEndOfTheRun)
+TEST(TraceModelTest, AWaitIsTrueAtTheEndOfTheRun)
 {
     expectBroken(rules::waitTrue,
         singleShot + started + Lines { "|call|wait|a||true|0|nil" } + startFcnRun + timerFcnRun
@@ -292,19 +292,19 @@ TEST(ModelTest, AWaitIsTrueAtTheEndOfTheRun)
                 "|end|a|StopFcn||true|1|nil", "|done|wait|a|true|true|1|nil" });
 }
 
-TEST(ModelTest, AWaitWithoutLimitIsNotFalse)
+TEST(TraceModelTest, AWaitWithoutLimitIsNotFalse)
 {
     expectBroken(rules::waitTrue,
         delayedSingleShot + started + Lines { "|call|wait|a||true|0|nil", "|done|wait|a|false|true|0|nil" });
 }
 
-TEST(ModelTest, AWaitIsNotFalseAfterTheEndOfTheRun)
+TEST(TraceModelTest, AWaitIsNotFalseAfterTheEndOfTheRun)
 {
     expectBroken(
         rules::waitFalse, singleShot + Lines { "|call|wait|a|0.0|false|0|nil", "|done|wait|a|false|false|0|nil" });
 }
 
-TEST(ModelTest, AWaitFailsInTheTimersOwnCallback)
+TEST(TraceModelTest, AWaitFailsInTheTimersOwnCallback)
 {
     const Lines inCallback = plainSingleShot + started + over + Lines { "|begin|a|TimerFcn|true|1|nil" };
     expectBroken(rules::waitInOwnCallback,
@@ -313,7 +313,7 @@ TEST(ModelTest, AWaitFailsInTheTimersOwnCallback)
         singleShot + Lines { "|call|wait|a|0.0|false|0|nil", "|failed|wait|a|no|false|0|nil" });
 }
 
-TEST(ModelTest, WhatWaitsAsAPauseBeginsRunsInIt)
+TEST(TraceModelTest, WhatWaitsAsAPauseBeginsRunsInIt)
 {
     expectBroken(rules::whatWaitsRuns, singleShot + started + paused);
     expectBroken(rules::whatWaitsRuns,
@@ -321,18 +321,18 @@ TEST(ModelTest, WhatWaitsAsAPauseBeginsRunsInIt)
             + Lines { "|done|pause|-|nil|-|-|-" } + paused);
 }
 
-TEST(ModelTest, ADeletionRunsWhatWaits)
+TEST(TraceModelTest, ADeletionRunsWhatWaits)
 {
     expectBroken(rules::deleteRunsWhatWaits,
         singleShot + started + Lines { "|call|delete|a||true|0|nil", "|done|delete|a|nil|deleted|-|-" });
 }
 
-TEST(ModelTest, NothingOfADeletedTimerBegins)
+TEST(TraceModelTest, NothingOfADeletedTimerBegins)
 {
     expectBroken(rules::deletedIsSilent, singleShot + deleted + over + startFcnRun);
 }
 
-TEST(ModelTest, ADeletedTimerSaysSo)
+TEST(TraceModelTest, ADeletedTimerSaysSo)
 {
     expectBroken(rules::deletedSaysSo,
         singleShot + deleted + Lines { "|call|stop|a||deleted|-|-", "|done|stop|a|nil|deleted|-|-" });
@@ -340,7 +340,7 @@ TEST(ModelTest, ADeletedTimerSaysSo)
     expectBroken(rules::deletedSaysSo, singleShot + Lines { "|call|stop|a||deleted|-|-" });
 }
 
-TEST(ModelTest, AnErrorIsReportedAtOnce)
+TEST(TraceModelTest, AnErrorIsReportedAtOnce)
 {
     const Lines error = plainSingleShot + started + over + failed;
     expectKept(error + reported, 1);
@@ -351,7 +351,7 @@ TEST(ModelTest, AnErrorIsReportedAtOnce)
     expectBroken(rules::errorIsReported, Lines { "|raise|boom", "|over" }, 1);
 }
 
-TEST(ModelTest, NothingGoesOnAfterExit)
+TEST(TraceModelTest, NothingGoesOnAfterExit)
 {
     expectKept({ "|exit|3" }, 3);
     expectBroken(rules::nothingAfterExit, { "|exit|3", "|over" }, 3);
@@ -361,20 +361,20 @@ TEST(ModelTest, NothingGoesOnAfterExit)
         3);
 }
 
-TEST(ModelTest, AnExitStopsEveryTimer)
+TEST(TraceModelTest, AnExitStopsEveryTimer)
 {
     const Lines exited = singleShot + started + Lines { "|exit|3" } + startFcnRun;
     expectKept(exited + Lines { "|begin|a|StopFcn|false|0|nil", "|end|a|StopFcn||false|0|nil" }, 3);
     expectBroken(rules::everyRunEnds, exited, 3);
 }
 
-TEST(ModelTest, TheProgramEndsAfterEveryRun)
+TEST(TraceModelTest, TheProgramEndsAfterEveryRun)
 {
     expectBroken(rules::everyRunEnds, singleShot + started + over);
     expectBroken(rules::everyRunEnds, singleShot + started + over + startFcnRun + timerFcnRun);
 }
 
-TEST(ModelTest, TheExitStatusTellsOfErrors)
+TEST(TraceModelTest, TheExitStatusTellsOfErrors)
 {
     expectBroken(rules::exitStatus, over, 1);
     expectBroken(rules::exitStatus, plainSingleShot + started + over + failed + reported, 0);
@@ -382,7 +382,7 @@ TEST(ModelTest, TheExitStatusTellsOfErrors)
     expectBroken(rules::exitStatus, plainSingleShot + started + over + failed + reported + Lines { "|exit|0" }, 0);
 }
 
-TEST(ModelTest, AProgramPrintsNothingElse)
+TEST(TraceModelTest, AProgramPrintsNothingElse)
 {
     expectBroken(rules::wellFormed, { "hello", "|over" });
     expectBroken(rules::wellFormed, singleShot);
