@@ -74,8 +74,14 @@ void Run::change(const Settings& settings, const std::string& property)
 {
     shortestPeriod = std::min(shortestPeriod, settings.period);
     mayOverrun = mayOverrun || settings.canOverrun();
-    if (end != End::Yes && settings.mode != "SingleShot") {
+    if (property == "TasksToExecute" && settings.mode != "SingleShot"
+        && (end != End::Yes || (endsByCount && isInTimerFcn && !isStoppedInLast))) {
         tasks.insert(settings.tasks);
+        if (endsByCount && timerFcns < most()) {
+            // The engine may have decided already that this TimerFcn is the last, or not yet.
+            end = End::Maybe;
+            endsByCount = false;
+        }
     }
     if (property == "StartFcn") {
         startFcn.change(settings.hasStartFcn);

@@ -101,10 +101,15 @@ void TimerModel::popRun()
 
 TimerModel::Answer TimerModel::answerToStart() const
 {
-    if (m_runs.empty() || m_isStopPhase || m_runs.back()->end == Run::End::Yes) {
+    if (m_runs.empty() || m_isStopPhase) {
         return Answer::Accept;
     }
     const Run& latest = *m_runs.back();
+    if (latest.end == Run::End::Yes) {
+        // From when on a run that ends of itself is no longer running is the host's to say.
+        const bool isEnding = latest.endsByCount && (latest.isInTimerFcn || latest.stopFcn.canBegin());
+        return isEnding ? Answer::Either : Answer::Accept;
+    }
     return latest.end == Run::End::Maybe || latest.mayOverrun ? Answer::Either : Answer::Refuse;
 }
 
