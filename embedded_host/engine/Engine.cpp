@@ -83,7 +83,7 @@ foundation::concurrent::future<Result> request(
 /// The owner of a task that belongs to no timer.
 class NoTimer final : public TaskOwner {
 public:
-    void taskBegins() noexcept override { }
+    void taskBegins(int /*mark*/) noexcept override { }
 
     void taskEnds(const std::exception_ptr& error) noexcept override
     {

@@ -15,7 +15,7 @@ void EventLoop::post(When when, Work request)
     if (m_stopped) {
         return;
     }
-    m_queue.push_back({ when, std::move(request), nullptr });
+    m_queue.push_back({ when, std::move(request), nullptr, 0, m_arrivals++ });
     raiseAttention(std::move(lock));
 }
 
@@ -25,18 +25,18 @@ void EventLoop::postUrgent(Work request)
     if (m_stopped) {
         return;
     }
-    m_queue.push_front({ When::AtEventLoop, std::move(request), nullptr });
+    m_queue.push_front({ When::AtEventLoop, std::move(request), nullptr, 0, m_arrivals++ });
     raiseAttention(std::move(lock));
 }
 
-bool EventLoop::submit(const std::shared_ptr<TaskOwner>& owner, Work task, bool wakes, std::size_t limit)
+bool EventLoop::submit(const std::shared_ptr<TaskOwner>& owner, Work task, bool wakes, std::size_t limit, int mark)
 {
     const bool isOther = !isInterpreterThread(*this);
     std::unique_lock lock(m_mutex);
     if (m_stopped || (owner->m_closed && isOther)) {
         return false;
     }
-    m_queue.push_back({ When::AtEventLoop, std::move(task), owner });
+    m_queue.push_back({ When::AtEventLoop, std::move(task), owner, mark, m_arrivals++ });
     const bool exceeds = ++owner->m_pending > limit && isOther;
     owner->m_closed = owner->m_closed || exceeds;
     if (wakes) {
@@ -67,12 +67,6 @@ void EventLoop::close(TaskOwner& owner, std::size_t keep)
     owner.m_pending -= dropped.size();
 }
 
-void EventLoop::open(TaskOwner& owner)
-{
-    const std::lock_guard lock(m_mutex);
-    owner.m_closed = false;
-}
-
 std::size_t EventLoop::pending(const TaskOwner& owner) const
 {
     const std::lock_guard lock(m_mutex);
@@ -81,30 +75,39 @@ std::size_t EventLoop::pending(const TaskOwner& owner) const
 
 void EventLoop::runPending(const std::shared_ptr<TaskOwner>& owner)
 {
-    const auto takeNext = [&]() -> Work {
+    const auto takeNext = [&]() -> std::optional<Entry> {
         const std::lock_guard lock(m_mutex);
-        const auto entry = std::find_if(
-            m_queue.begin(), m_queue.end(), [&](const Entry& candidate) { return candidate.owner == owner; });
-        if (entry == m_queue.end()) {
-            return nullptr;
+        const auto next = std::find_if(
+            m_queue.begin(), m_queue.end(), [&](const Entry& entry) { return entry.owner == owner; });
+        if (next == m_queue.end()) {
+            return std::nullopt;
         }
-        Work task = std::move(entry->work);
-        m_queue.erase(entry);
-        --owner->m_pending;
-        return task;
+        return take(next);
     };
-    while (const Work task = takeNext()) {
-        runTask(*owner, task);
+    while (const auto entry = takeNext()) {
+        runTask(*entry);
     }
 }
 
-void EventLoop::runTask(TaskOwner& owner, const Work& task)
+/// The caller holds m_mutex.
+EventLoop::Entry EventLoop::take(std::deque<Entry>::iterator entry)
 {
+    Entry taken = std::move(*entry);
+    m_queue.erase(entry);
+    if (taken.owner) {
+        --taken.owner->m_pending;
+    }
+    return taken;
+}
+
+void EventLoop::runTask(const Entry& entry)
+{
+    TaskOwner& owner = *entry.owner;
     std::exception_ptr error;
     ++owner.m_depth;
-    owner.taskBegins();
+    owner.taskBegins(entry.mark);
     try {
-        task();
+        entry.work();
     } catch (...) {
         error = std::current_exception();
     }
@@ -112,8 +115,15 @@ void EventLoop::runTask(TaskOwner& owner, const Work& task)
     owner.taskEnds(error);
 }
 
+std::uint64_t EventLoop::arrivals() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_arrivals;
+}
+
 bool EventLoop::runUntil(State state, const std::function<bool()>& done, const Deadline& deadline)
 {
+    const std::uint64_t called = arrivals();
     for (;;) {
         if (interruption() != Interruption::None) {
             throw Interrupted();
@@ -121,13 +131,14 @@ bool EventLoop::runUntil(State state, const std::function<bool()>& done, const D
         if (done()) {
             return true;
         }
-        const bool ran = runNext(state);
-        if (deadline && Clock::now() >= *deadline) {
+        const bool isLate = deadline && Clock::now() >= *deadline;
+        if (runNext(state, isLate ? called : anyArrival)) {
+            continue;
+        }
+        if (isLate) {
             return done();
         }
-        if (!ran) {
-            waitForAttention(deadline);
-        }
+        waitForAttention(deadline);
     }
 }
 
@@ -164,27 +175,24 @@ void EventLoop::interrupt(Interruption why)
     wake();
 }
 
-bool EventLoop::runNext(State state)
+bool EventLoop::runNext(State state, std::uint64_t arrivedBefore)
 {
     Entry entry;
     {
         const std::lock_guard lock(m_mutex);
-        const auto fits = [state](const Entry& candidate) {
+        const auto fits = [&](const Entry& candidate) {
             const bool waitsForItsOwner = candidate.owner && candidate.owner->isInTask();
-            return !waitsForItsOwner && (state == State::Idle || candidate.when == When::AtEventLoop);
+            return !waitsForItsOwner && candidate.arrival < arrivedBefore
+                && (state == State::Idle || candidate.when == When::AtEventLoop);
         };
         const auto next = std::find_if(m_queue.begin(), m_queue.end(), fits);
         if (next == m_queue.end()) {
             return false;
         }
-        entry = std::move(*next);
-        m_queue.erase(next);
-        if (entry.owner) {
-            --entry.owner->m_pending;
-        }
+        entry = take(next);
     }
     if (entry.owner) {
-        runTask(*entry.owner, entry.work);
+        runTask(entry);
     } else {
         entry.work();
     }

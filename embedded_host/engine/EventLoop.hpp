@@ -6,6 +6,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <exception>
 #include <functional>
@@ -44,7 +45,8 @@ public:
     /// Whether one of the tasks is running, that is: whether this is called from within it.
     bool isInTask() const noexcept { return m_depth > 0; }
 
-    virtual void taskBegins() noexcept = 0;
+    /// \param mark what was given when the task was submitted
+    virtual void taskBegins(int mark) noexcept = 0;
 
     /// \param error what left the task, null if nothing did
     virtual void taskEnds(const std::exception_ptr& error) noexcept = 0;
@@ -86,26 +88,25 @@ public:
     /// closed to the calling thread.
     ///
     /// Where another thread than the interpreter's brings more waiting tasks than `limit`, the doors close behind
-    /// it. \returns whether that happened
+    /// it.
+    /// \param mark for the owner, who is told of it as the task begins
+    /// \returns whether the doors have closed
     bool submit(const std::shared_ptr<TaskOwner>& owner, Work task, bool wakes,
-        std::size_t limit = std::numeric_limits<std::size_t>::max());
+        std::size_t limit = std::numeric_limits<std::size_t>::max(), int mark = 0);
 
     /// Makes the interpreter look for work.
     void wake();
 
     /// Drops the owner's waiting tasks but for the first `keep`, and from now on whatever other threads submit.
     void close(TaskOwner& owner, std::size_t keep);
-    void open(TaskOwner& owner);
 
     std::size_t pending(const TaskOwner& owner) const;
 
     /// Runs the owner's waiting tasks at once, out of turn.
     void runPending(const std::shared_ptr<TaskOwner>& owner);
 
-    /// Runs one task, and tells its owner how it ended.
-    static void runTask(TaskOwner& owner, const Work& task);
-
-    /// Runs what comes, until `done` or the deadline.
+    /// Runs what comes, until `done` or the deadline. What was waiting before the call is run even if the deadline
+    /// passes meanwhile.
     /// \returns whether `done` holds
     /// \throws Interrupted
     bool runUntil(State state, const std::function<bool()>& done, const Deadline& deadline = std::nullopt);
@@ -126,15 +127,23 @@ private:
         When when;
         Work work;
         std::shared_ptr<TaskOwner> owner; ///< null for a request
+        int mark = 0;
+        std::uint64_t arrival = 0;
     };
 
-    bool runNext(State state);
+    static constexpr std::uint64_t anyArrival = std::numeric_limits<std::uint64_t>::max();
+
+    bool runNext(State state, std::uint64_t arrivedBefore = anyArrival);
+    static void runTask(const Entry& entry);
+    Entry take(std::deque<Entry>::iterator entry);
+    std::uint64_t arrivals() const;
     void waitForAttention(const Deadline& deadline);
     void raiseAttention(std::unique_lock<std::mutex> lock);
 
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::deque<Entry> m_queue; // guarded by m_mutex, like the next two
+    std::deque<Entry> m_queue; // guarded by m_mutex, like the next three
+    std::uint64_t m_arrivals = 0;
     bool m_attention = false;
     bool m_stopped = false;
 

@@ -1,6 +1,7 @@
 #include "embedded_host/engine/TimerEngine.hpp"
 
 #include "embedded_host/engine/Engine.hpp"
+#include "embedded_host/engine/InterpreterThread.hpp"
 #include "host/foundation/tovrindata/CharArray.hpp"
 
 #include <utility>
@@ -9,10 +10,11 @@ namespace tovrinhost {
 
 TimerTaskListener::~TimerTaskListener() = default;
 
-TimerEngine::TimerEngine(std::shared_ptr<Engine> engine, TimerTaskListener& listener, std::size_t maxBacklog)
+TimerEngine::TimerEngine(
+    std::shared_ptr<Engine> engine, std::weak_ptr<TimerTaskListener> listener, std::size_t maxBacklog)
     : m_engine(std::move(engine))
     , m_maxBacklog(maxBacklog)
-    , m_listener(&listener)
+    , m_listener(std::move(listener))
 {
 }
 
@@ -24,8 +26,8 @@ foundation::concurrent::future<std::vector<foundation::tovrindata::Array>> Timer
 {
     // Tasks run on the interpreter thread, and so does this.
     std::string callback = foundation::tovrindata::CharArray(arguments.at(1)).toUTF8();
-    if (m_listener != nullptr) {
-        m_listener->callbackBegins(callback);
+    if (m_listenerOfTask) {
+        m_listenerOfTask->callbackBegins(callback, m_mark);
     }
     auto outputs = m_engine->feval(function, arguments, nargout, std::move(options), reserved, requestId);
     // After the evaluation, so that what ran nested in it does not stand here.
@@ -36,7 +38,11 @@ foundation::concurrent::future<std::vector<foundation::tovrindata::Array>> Timer
 foundation::concurrent::future<void> TimerEngine::evalAsync(const std::u16string& statement,
     cmddistributor::RunOptions options, foundation::msg_svc::exchange::IDType requestId)
 {
-    return m_engine->evalAsync(statement, std::move(options), requestId);
+    auto done = m_engine->evalAsync(statement, std::move(options), requestId);
+    if (!isInterpreterThread(m_engine->loop())) {
+        m_engine->loop().post(EventLoop::When::AtEventLoop, tell(&TimerTaskListener::hasStopped));
+    }
+    return done;
 }
 
 vorn::ContextId TimerEngine::getContextId() const
@@ -46,19 +52,26 @@ vorn::ContextId TimerEngine::getContextId() const
 
 void TimerEngine::submit(const std::function<void()>& task)
 {
-    const bool exceeds = m_engine->loop().submit(shared_from_this(), task, wakesInterpreter(), m_maxBacklog);
+    const auto listener = m_listener.lock();
+    if (!listener) {
+        return; // the run has gone, and nobody is to hear of its callbacks
+    }
+    const TaskMark mark = listener->taskComes();
+    const bool exceeds = m_engine->loop().submit(
+        shared_from_this(), task, wakesInterpreter(), m_maxBacklog, static_cast<int>(mark));
     if (exceeds) {
-        m_engine->loop().postUrgent([self = shared_from_this()] {
-            if (self->m_listener != nullptr) {
-                self->m_listener->backlogExceeded();
-            }
-        });
+        m_engine->loop().postUrgent(tell(&TimerTaskListener::backlogExceeded));
     }
 }
 
-void TimerEngine::open()
+/// A request that brings the listener a notification on the interpreter thread, if it is still there.
+EventLoop::Work TimerEngine::tell(Notification what) const
 {
-    m_engine->loop().open(*this);
+    return [weak = m_listener, what] {
+        if (const auto listener = weak.lock()) {
+            ((*listener).*what)();
+        }
+    };
 }
 
 void TimerEngine::close(std::size_t keep)
@@ -76,15 +89,18 @@ void TimerEngine::runPending()
     m_engine->loop().runPending(shared_from_this());
 }
 
-void TimerEngine::taskBegins() noexcept
+void TimerEngine::taskBegins(int mark) noexcept
 {
+    m_listenerOfTask = m_listener.lock();
+    m_mark = static_cast<TaskMark>(mark);
     m_callback.clear();
 }
 
 void TimerEngine::taskEnds(const std::exception_ptr& error) noexcept
 {
-    if (m_listener != nullptr) {
-        m_listener->taskEnds(std::exchange(m_callback, {}), error);
+    const auto listener = isInTask() ? m_listenerOfTask : std::exchange(m_listenerOfTask, nullptr);
+    if (listener) {
+        listener->taskEnds(std::exchange(m_callback, {}), error);
     }
 }
 

@@ -13,36 +13,49 @@ namespace tovrinhost {
 
 class Engine;
 
-/// What becomes of a timer's callbacks. All notifications come on the interpreter thread.
+/// What the listener noted of a task as it was handed over.
+enum class TaskMark { None, Expected, Last };
+
+/// What becomes of the callbacks of one run of a timer. All notifications come on the interpreter thread, but for
+/// the first.
 class TOVRINHOST_API TimerTaskListener {
 public:
     virtual ~TimerTaskListener();
 
+    /// A task is being handed over, on this thread, which may be any; the library goes on when this has returned.
+    /// \returns what `callbackBegins` is to be told
+    virtual TaskMark taskComes() = 0;
+
     /// A callback of this name is about to be evaluated.
-    virtual void callbackBegins(const std::string& callback) = 0;
+    virtual void callbackBegins(const std::string& callback, TaskMark mark) = 0;
 
     /// A callback task has ended.
     /// \param callback the latest callback that it began, empty if it began none
     /// \param error what left the task, null if nothing did
     virtual void taskEnds(const std::string& callback, const std::exception_ptr& error) noexcept = 0;
 
-    /// More callbacks wait than may. No further one is taken from other threads until `open` is called.
+    /// Another thread has posted a statement, as the library does when it finds that the timer has stopped.
+    virtual void hasStopped() noexcept = 0;
+
+    /// More callbacks wait than may. No further one is taken from other threads.
     virtual void backlogExceeded() noexcept = 0;
 };
 
-/// The engine, as one timer sees it: it evaluates everything in the engine, and knows whose tasks it is handed.
+/// The engine, as one run of a timer sees it: it evaluates everything in the engine, and knows whose tasks it is
+/// handed.
 ///
 /// The library gets it in place of the engine, as the engine instance in which the timer was created.
 ///
 /// Threading: the operations of vorn::VORN and `submit`, any thread; everything else, the interpreter thread.
-/// Ownership: shared by the timer and its pending tasks; may outlive the listener, which is then taken out.
+/// Ownership: shared by the library's timer and its pending tasks. It holds its listener weakly, but while one of
+/// the tasks is running.
 class TOVRINHOST_API TimerEngine final : public vorn::VORN,
                                          public TaskSink,
                                          public TaskOwner,
                                          public std::enable_shared_from_this<TimerEngine> {
 public:
     /// \param maxBacklog how many of the timer's callbacks may wait at most
-    TimerEngine(std::shared_ptr<Engine> engine, TimerTaskListener& listener, std::size_t maxBacklog);
+    TimerEngine(std::shared_ptr<Engine> engine, std::weak_ptr<TimerTaskListener> listener, std::size_t maxBacklog);
     ~TimerEngine() override;
 
     foundation::concurrent::future<std::vector<foundation::tovrindata::Array>> feval(const std::string& function,
@@ -55,11 +68,6 @@ public:
 
     void submit(const std::function<void()>& task) override;
 
-    void forget() noexcept { m_listener = nullptr; }
-
-    /// Accepts tasks again.
-    void open();
-
     /// Drops the waiting tasks but for the first `keep`, and what other threads hand over from now on. Tasks that
     /// the interpreter thread hands over are still taken.
     void close(std::size_t keep);
@@ -70,14 +78,19 @@ public:
     void runPending();
 
 private:
-    void taskBegins() noexcept override;
+    using Notification = void (TimerTaskListener::*)() noexcept;
+    EventLoop::Work tell(Notification what) const;
+    void taskBegins(int mark) noexcept override;
     void taskEnds(const std::exception_ptr& error) noexcept override;
 
     const std::shared_ptr<Engine> m_engine;
     const std::size_t m_maxBacklog;
 
+    const std::weak_ptr<TimerTaskListener> m_listener;
+
     // Only for the interpreter thread.
-    TimerTaskListener* m_listener;
+    std::shared_ptr<TimerTaskListener> m_listenerOfTask; // set while a task is running
+    TaskMark m_mark = TaskMark::None;
     std::string m_callback;
 };
 

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "embedded_host/engine/Engine.hpp"
-#include "embedded_host/engine/TimerEngine.hpp"
-#include "embedded_host/script/SchedulerBarrier.hpp"
+#include "embedded_host/engine/EventLoop.hpp"
+#include "embedded_host/script/ScriptRun.hpp"
 #include "embedded_host/script/TimerSettings.hpp"
 
 #include <cstdint>
@@ -12,28 +11,20 @@
 
 namespace tovrinhost {
 
-class ErrorReport;
-
-/// A timer object of a script: it drives a timer of the library, and sees to what the library leaves to its host.
+/// A timer object of a script: its settings, and its runs one after the other.
 ///
-/// - The StopFcn runs once for each run, whatever the timing: a stop takes back what was handed over and not yet
-///   run, before it asks for the StopFcn.
-/// - Nothing of a stopped run reaches the next one: that has a library timer of its own, since the scheduler may
-///   still be at work for the old one.
-/// - After an error in the StartFcn or the TimerFcn the ErrorFcn runs, then the StopFcn, and nothing else of that
-///   run.
-/// - A start from within one of the timer's own callbacks begins the new run once that callback has ended.
-/// - More waiting callbacks than the backlog may hold are an error like one in a callback.
+/// Each start that is accepted gives one run, with its StartFcn first and its StopFcn last. Where an earlier run
+/// has not ended yet, the new one begins as soon as it has.
 ///
 /// Threading: the interpreter thread only.
 /// Lifetime: a deleted timer is an empty shell that tells so.
-class ScriptTimer final : public TimerTaskListener {
+class ScriptTimer final : private ScriptRun::Owner {
 public:
     /// \param number by which the engine finds the script's object
-    /// \param maxBacklog how many of its callbacks may wait at most
-    ScriptTimer(std::shared_ptr<Engine> engine, ErrorReport& errors, std::size_t maxBacklog, std::uint64_t number,
-        TimerSettings settings);
-    ~ScriptTimer() override;
+    ScriptTimer(const TimerSurroundings& surroundings, std::uint64_t number, TimerSettings settings);
+    ScriptTimer(const ScriptTimer&) = delete;
+    ScriptTimer& operator=(const ScriptTimer&) = delete;
+    ~ScriptTimer();
 
     const TimerSettings& settings() const { return m_settings; }
     std::uint64_t number() const { return m_number; }
@@ -41,61 +32,58 @@ public:
     /// Puts new settings in force; those of a running timer at its next callback.
     void change(TimerSettings settings);
 
-    /// \throws std::logic_error if the timer is running; whatever keeps the library from starting it, in which
-    ///         case the timer stays stopped
+    /// Does nothing once the program is about to end.
+    /// \throws std::logic_error if a run is under way; whatever keeps the library from starting it, in which case
+    ///         the timer stays stopped
     void start();
 
-    /// Ends the run; the StopFcn follows. Does nothing on a stopped timer.
+    /// Ends the run; the StopFcn follows. Does nothing on a stopped timer. A run that was accepted and has not
+    /// begun is stopped as it begins.
     void stop();
 
-    /// Pumps the event loop until the run and all its callbacks have ended.
+    /// Stops it for the end of the program: what has not begun is taken back.
+    void stopForGood();
+
+    /// Pumps the event loop until the timer is quiet.
     /// \returns false if `deadline` came first
     /// \throws std::logic_error from within one of the timer's own callbacks; Interrupted
     bool wait(const EventLoop::Deadline& deadline);
 
-    /// Stops the timer, with its StopFcn run before this returns, and gives everything back.
+    /// Stops the timer, with the callbacks that this calls for run before it returns, and gives everything back.
     void destroy();
 
-    bool isDeleted() const { return m_info == nullptr; }
+    bool isDeleted() const { return m_life == Life::Deleted; }
     bool isRunning() const;
 
-    /// Whether it neither runs nor has a callback to come.
-    bool isQuiet();
+    /// Whether it neither runs nor has a callback or a run to come.
+    bool isQuiet() const { return m_runsToCome == 0 && (!m_run || m_run->isEnded()); }
 
-    double tasksExecuted() const { return m_info->getTasksExecuted(); }
-    double instantPeriod() const { return m_info->getInstantPeriod(); }
-    double averagePeriod() const { return m_info->getAveragePeriod(); }
+    // Of the latest run.
+    double tasksExecuted() const;
+    double instantPeriod() const;
+    double averagePeriod() const;
     const std::optional<std::string>& lastError() const { return m_lastError; }
 
 private:
-    void callbackBegins(const std::string& callback) override;
-    void taskEnds(const std::string& callback, const std::exception_ptr& error) noexcept override;
-    void backlogExceeded() noexcept override;
+    enum class Life { Live, BeingDeleted, Deleted };
 
-    std::string label() const { return "timer \"" + m_settings.name + "\""; }
-    void makeLibraryTimer();
+    void errorReported(const std::string& error) override { m_lastError = error; }
+    void runEnded() override;
+    bool isStartAccepted() const { return m_runsToCome > 0 && !m_stopsTheLastToCome; }
+    void beginWhatIsToCome();
     void beginRun();
-    void endRun();
-    void failCallback(const std::string& callback, const std::exception_ptr& error);
-    void failRun();
 
-    const std::shared_ptr<Engine> m_engine;
-    ErrorReport& m_errors;
-    const std::size_t m_maxBacklog;
+    const TimerSurroundings& m_surroundings;
     const std::uint64_t m_number;
     TimerSettings m_settings;
+    Life m_life = Life::Live;
+    std::shared_ptr<ScriptRun> m_run; // the latest; null before the first, and once deleted
+    std::optional<std::string> m_lastError; // of the latest run
 
-    // The library keeps a reference to it. The interrupt state that it is for comes from the queue manager
-    // instead.
-    const std::shared_ptr<InterruptStateData> m_interruptState;
-
-    std::shared_ptr<TimerEngine> m_timerEngine;
-    std::shared_ptr<tovrintimer::TimerInfo> m_info; // null once deleted
-    std::optional<std::string> m_lastError;
-    bool m_wasCutShort = false; // the latest run, by a stop or an error
-    bool m_startFcnWaits = false; // handed over, and not begun
-    bool m_startsAgain = false; // as soon as the callback that asked for it has ended
-    std::optional<SchedulerBarrier> m_barrier; // set while the scheduler may bring more than the flag tells of
+    // Accepted, and not begun. All but the last have been stopped already.
+    std::size_t m_runsToCome = 0;
+    bool m_stopsTheLastToCome = false;
+    bool m_begins = false; // while `beginWhatIsToCome` is at it
 };
 
 } // namespace tovrinhost

@@ -177,6 +177,9 @@ int destroy(lua_State* state)
     ScriptTimer& timer = liveTimer(state);
     const Interpreter::Nested nested(state);
     named(timer, [&] { timersOf(state).destroy(timer); });
+    if (!timer.isDeleted()) {
+        return 0; // asked for by one of its last callbacks; there may be more of them
+    }
     lua_newtable(state); // the callbacks go
     lua_setiuservalue(state, 1, 1);
     lua_pushnil(state);

@@ -6,9 +6,7 @@
 namespace tovrinhost {
 
 TimerSet::TimerSet(std::shared_ptr<Engine> engine, ErrorReport& errors, std::size_t maxBacklog)
-    : m_engine(std::move(engine))
-    , m_errors(errors)
-    , m_maxBacklog(maxBacklog)
+    : m_surroundings { std::move(engine), errors, maxBacklog }
 {
 }
 
@@ -17,7 +15,7 @@ std::shared_ptr<ScriptTimer> TimerSet::create(TimerSettings settings)
     if (settings.name.empty()) {
         settings.name = "timer-" + std::to_string(++m_unnamed);
     }
-    auto timer = std::make_shared<ScriptTimer>(m_engine, m_errors, m_maxBacklog, ++m_created, std::move(settings));
+    auto timer = std::make_shared<ScriptTimer>(m_surroundings, ++m_created, std::move(settings));
     m_timers.push_back(timer);
     return timer;
 }
@@ -25,7 +23,9 @@ std::shared_ptr<ScriptTimer> TimerSet::create(TimerSettings settings)
 void TimerSet::destroy(ScriptTimer& timer)
 {
     timer.destroy();
-    std::erase_if(m_timers, [&](const auto& other) { return other.get() == &timer; });
+    if (timer.isDeleted()) { // and not in the middle of it, if one of its last callbacks asks again
+        std::erase_if(m_timers, [&](const auto& other) { return other.get() == &timer; });
+    }
 }
 
 void TimerSet::runUntilQuiet()
@@ -33,15 +33,14 @@ void TimerSet::runUntilQuiet()
     const auto allQuiet = [this] {
         return std::all_of(m_timers.begin(), m_timers.end(), [](const auto& t) { return t->isQuiet(); });
     };
-    m_engine->loop().runUntil(EventLoop::State::Idle, allQuiet);
+    engine().loop().runUntil(EventLoop::State::Idle, allQuiet);
 }
 
 void TimerSet::stopAll()
 {
+    m_surroundings.isEnding = true;
     for (const auto& timer : std::vector(m_timers)) {
-        if (!timer->isDeleted()) {
-            timer->stop();
-        }
+        timer->stopForGood();
     }
     runUntilQuiet();
 }

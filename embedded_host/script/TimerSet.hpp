@@ -29,16 +29,14 @@ public:
     /// \throws Interrupted
     void runUntilQuiet();
 
-    /// Stops all running timers, and serves until their callbacks have run.
+    /// Stops all running timers for good, and serves until their callbacks have run. From now on no run begins.
     /// \throws Interrupted
     void stopAll();
 
-    Engine& engine() { return *m_engine; }
+    Engine& engine() { return *m_surroundings.engine; }
 
 private:
-    const std::shared_ptr<Engine> m_engine;
-    ErrorReport& m_errors;
-    const std::size_t m_maxBacklog;
+    TimerSurroundings m_surroundings;
     std::vector<std::shared_ptr<ScriptTimer>> m_timers;
     std::uint64_t m_created = 0;
     std::uint64_t m_unnamed = 0;

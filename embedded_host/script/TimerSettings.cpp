@@ -18,14 +18,15 @@ double startDelayMilliseconds(double seconds)
     return seconds > 0.0 ? std::ceil(toMilliseconds(seconds)) + 1.0 : 0.0;
 }
 
-/// A run without end is one of more tasks than anybody lives to see.
-size_t taskCount(double tasks)
-{
-    constexpr double firstTooLarge = 18446744073709551616.0;
-    return tasks < firstTooLarge ? static_cast<size_t>(tasks) : std::numeric_limits<size_t>::max();
-}
-
 } // namespace
+
+std::uint64_t TimerSettings::taskCount() const
+{
+    // A run without end is one of more tasks than anybody lives to see.
+    constexpr double firstTooLarge = 18446744073709551616.0;
+    return tasksToExecute < firstTooLarge ? static_cast<std::uint64_t>(tasksToExecute)
+                                          : std::numeric_limits<std::uint64_t>::max();
+}
 
 void TimerSettings::applyTo(tovrintimer::TimerInfo& timer) const
 {
@@ -33,10 +34,7 @@ void TimerSettings::applyTo(tovrintimer::TimerInfo& timer) const
     timer.setBusyMode(static_cast<size_t>(busyMode));
     timer.setPeriod(toMilliseconds(periodSeconds));
     timer.setStartDelay(startDelayMilliseconds(startDelaySeconds));
-    timer.setNumOfTasksToExecute(taskCount(tasksToExecute));
     timer.setStartFcnIsEmpty(!hasStartFcn);
-    timer.setStopFcnIsEmpty(!hasStopFcn);
-    timer.setErrorFcnIsEmpty(!hasErrorFcn);
 }
 
 } // namespace tovrinhost

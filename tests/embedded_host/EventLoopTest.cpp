@@ -20,7 +20,7 @@ using State = EventLoop::State;
 
 class Owner : public TaskOwner {
 public:
-    void taskBegins() noexcept override { }
+    void taskBegins(int /*mark*/) noexcept override { }
     void taskEnds(const std::exception_ptr& error) noexcept override { m_errors += error ? 1 : 0; }
 
     int m_errors = 0;
@@ -130,17 +130,15 @@ TEST_F(EventLoopTest, ClosingDropsTheOwnersTasksButForTheFirstOnes)
     EXPECT_EQ(m_loop.pending(*m_owner), 0U);
 }
 
-TEST_F(EventLoopTest, ClosedDoorsKeepOtherThreadsOutUntilTheyAreOpened)
+TEST_F(EventLoopTest, ClosedDoorsKeepOtherThreadsOut)
 {
     m_loop.close(*m_owner, 0);
     onOtherThread([&] { m_loop.submit(m_owner, note("kept out"), true); });
     m_loop.submit(m_owner, note("from the interpreter"), true);
-    m_loop.open(*m_owner);
-    onOtherThread([&] { m_loop.submit(m_owner, note("let in"), true); });
 
     drain(State::Idle);
 
-    EXPECT_THAT(m_done, ElementsAre("from the interpreter", "let in"));
+    EXPECT_THAT(m_done, ElementsAre("from the interpreter"));
 }
 
 TEST_F(EventLoopTest, TheDoorsCloseBehindTheTaskThatExceedsTheLimit)

@@ -102,8 +102,11 @@ timer {
 }:start()
 )");
         EXPECT_EQ(outcome.out, "TimerFcn\nErrorFcn\n");
-        EXPECT_EQ(outcome.err, "");
-        EXPECT_EQ(outcome.status, 0);
+        EXPECT_EQ(outcome.err,
+            "tovrin: error in timer \"timer-1\": callback of timer \"timer-1\" was still running when its next "
+            "run "
+            "fell due\n");
+        EXPECT_EQ(outcome.status, 1);
     }
 }
 
