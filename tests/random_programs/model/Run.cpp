@@ -46,6 +46,7 @@ void Run::stop(bool hasStopFcn)
         stopFcn.change(hasStopFcn);
     }
     isStoppedInLast = isInTimerFcn && endsByCount;
+    hasOverrun = isReported; // one that nobody has learnt of by now is none
     end = End::Yes;
     overtaken = 0;
 }
@@ -135,6 +136,14 @@ std::string Run::refuses(const std::string& callback) const
         : !failed && !mayOverrun      ? "the run has not failed"
         : !failed && stopFcn.isOpen() ? "its StopFcn has not run"
                                       : "";
+}
+
+bool Run::expects(const std::string& callback) const
+{
+    return callback == "StartFcn" ? startFcn.isOpen()
+        : callback == "StopFcn"   ? stopFcn.isOpen()
+        : callback == "ErrorFcn"  ? (failed || isReported) && errorFcn.isOpen()
+                                  : end != End::Yes;
 }
 
 void Run::noteEnd()

@@ -88,6 +88,9 @@ struct Run {
     /// Why this callback cannot be one of this run, empty if it can.
     std::string refuses(const std::string& callback) const;
 
+    /// Whether this callback is sure to be one of this run, if it is one of several.
+    bool expects(const std::string& callback) const;
+
     /// It has been seen to have come to its end of itself.
     void noteEnd();
 

@@ -80,7 +80,9 @@ std::shared_ptr<Run> TimerModel::runOf(const Event& event)
         const std::string why = run->refuses(event.what);
         const bool counts
             = event.what != "TimerFcn" || event.reading.tasksExecuted == std::to_string(run->timerFcns + 1);
-        if (why.empty() && (counts || m_runs.size() == 1)) {
+        const bool isOfTheNext = m_runs.size() > 1 && run->canBeOver()
+            && (!counts || (!run->expects(event.what) && m_runs[1]->refuses(event.what).empty()));
+        if (why.empty() && !isOfTheNext) {
             return run;
         }
         require(
