@@ -1,0 +1,46 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace random_programs {
+
+/// What a timer tells of itself.
+struct Reading {
+    std::string running; ///< "true", "false", "deleted", or "-" where there is no timer
+    std::string tasksExecuted;
+    std::string lastError; ///< "nil" if there is none
+};
+
+/// A line that a random program has printed.
+struct Event {
+    enum class Kind {
+        New,
+        Begin,
+        End,
+        Call,
+        Done,
+        Failed,
+        Raise,
+        Exit,
+        Over,
+        Report, ///< of an error, by the program tovrin
+    };
+
+    Kind kind = Kind::Over;
+    int line = 0; ///< counted from 1
+    double time = 0.0; ///< seconds
+    std::string timer; ///< "-" if it is about none
+    std::string what; ///< the callback, or the verb; where a report says that the error was
+    std::string text; ///< argument, result, error or exit code
+    Reading reading;
+    std::vector<std::string> settings; ///< of a new timer: mode, busy mode, period, delay, tasks, callbacks
+};
+
+/// Makes events of a program's output, standard error included.
+/// \returns nothing for a line of a traceback
+/// \throws std::invalid_argument if the line is neither an event, nor a report, nor of a traceback
+std::optional<Event> parseLine(const std::string& line, int number);
+
+} // namespace random_programs

@@ -1,0 +1,179 @@
+#include "tests/random_programs/model/Run.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace random_programs {
+
+Run::Run(const Settings& settings, double acceptedAt)
+    : isFixedRate(settings.isFixedRate())
+    , mayOverrun(settings.canOverrun())
+    , tasks { settings.most() }
+    , shortestPeriod(settings.period)
+    , m_base(acceptedAt + settings.startDelay)
+{
+    startFcn.decide(settings.hasStartFcn);
+    stopFcn.decide(settings.hasStopFcn);
+    errorFcn.decide(settings.hasErrorFcn);
+}
+
+void Run::count()
+{
+    m_base = due();
+    ++timerFcns;
+    overtaken = 0;
+}
+
+void Run::space(double ended)
+{
+    m_base = ended;
+}
+
+double Run::due() const
+{
+    if (timerFcns == 0) {
+        return m_base;
+    }
+    // The engine's time is in whole milliseconds, and so are its periods.
+    return m_base + std::max(0.0, std::floor(shortestPeriod * 1000.0 + 1e-6) - 1.0) / 1000.0;
+}
+
+void Run::stop(bool hasStopFcn)
+{
+    if (end == End::No && !mayOverrun) {
+        stopFcn.decide(hasStopFcn);
+    } else if (end != End::Yes) {
+        stopFcn.change(hasStopFcn);
+    }
+    isStoppedInLast = isInTimerFcn && endsByCount;
+    hasOverrun = isReported; // one that nobody has learnt of by now is none
+    end = End::Yes;
+    overtaken = 0;
+}
+
+void Run::fail(const Settings& settings)
+{
+    stop(settings.hasStopFcn);
+    failed = true;
+    endsByCount = false;
+    errorFcn.decide(settings.hasErrorFcn);
+}
+
+void Run::allowEnd(bool hasStopFcn)
+{
+    if (timerFcns >= most()) {
+        end = End::Yes;
+        endsByCount = true;
+        stopFcn.decide(hasStopFcn);
+    } else if (end == End::No && tasks.contains(timerFcns)) {
+        end = End::Maybe;
+        stopFcn.decide(hasStopFcn);
+    }
+}
+
+void Run::change(const Settings& settings, const std::string& property)
+{
+    shortestPeriod = std::min(shortestPeriod, settings.period);
+    mayOverrun = mayOverrun || settings.canOverrun();
+    if (property == "TasksToExecute" && settings.mode != "SingleShot"
+        && (end != End::Yes || (endsByCount && isInTimerFcn && !isStoppedInLast))) {
+        tasks.insert(settings.tasks);
+        if (endsByCount && timerFcns < most()) {
+            // The engine may have decided already that this TimerFcn is the last, or not yet.
+            end = End::Maybe;
+            endsByCount = false;
+        }
+    }
+    if (property == "StartFcn") {
+        startFcn.change(settings.hasStartFcn);
+    } else if (property == "StopFcn") {
+        // While the last TimerFcn runs, what counts is the StopFcn that is there when it ends.
+        if (endsByCount && active > 0) {
+            stopFcn.decide(settings.hasStopFcn);
+        } else {
+            stopFcn.change(settings.hasStopFcn);
+        }
+    } else if (property == "ErrorFcn") {
+        errorFcn.change(settings.hasErrorFcn);
+    }
+}
+
+bool Run::canBeOver() const
+{
+    return active == 0 && owes().empty();
+}
+
+bool Run::isOver() const
+{
+    const bool mayReport = mayOverrun && !isReported && timerFcns < most();
+    // At a fixed rate the last is said on another thread, after the last TimerFcn perhaps.
+    const bool maySayMore = isFixedRate && endsByCount && !stopFcn.begun;
+    return end == End::Yes && canBeOver() && !stopFcn.canBegin()
+        && !(errorFcn.canBegin() && (failed || isReported)) && !mayReport && !maySayMore;
+}
+
+std::string Run::refuses(const std::string& callback) const
+{
+    if (callback == "StartFcn") {
+        return startFcn.begun ? "the run has had its StartFcn" : timerFcns > 0 ? "the run has begun" : "";
+    }
+    if (startFcn.isOpen()) {
+        return "its StartFcn has not run";
+    }
+    if (callback == "TimerFcn") {
+        return failed ? "the run has failed"
+            : end == End::Yes && overtaken == 0
+            ? endsByCount ? "the run has had all its TimerFcns" : "the run has been ended"
+            : "";
+    }
+    if (callback == "StopFcn") {
+        return stopFcn.begun                             ? "the run has had its StopFcn"
+            : end == End::No && !mayOverrun              ? "the run has not come to its end"
+            : failed && !mayOverrun && errorFcn.isOpen() ? "its ErrorFcn has not run"
+                                                         : "";
+    }
+    return errorFcn.begun             ? "the run has had its ErrorFcn"
+        : !failed && !mayOverrun      ? "the run has not failed"
+        : !failed && stopFcn.isOpen() ? "its StopFcn has not run"
+                                      : "";
+}
+
+bool Run::expects(const std::string& callback) const
+{
+    return callback == "StartFcn" ? startFcn.isOpen()
+        : callback == "StopFcn"   ? stopFcn.isOpen()
+        : callback == "ErrorFcn"  ? (failed || isReported) && errorFcn.isOpen()
+                                  : end != End::Yes;
+}
+
+void Run::noteEnd()
+{
+    hasOverrun = hasOverrun || !tasks.contains(timerFcns);
+    overtaken = mayOverrun && !isInTimerFcn ? 1 : 0;
+    end = End::Yes;
+}
+
+std::string Run::owes() const
+{
+    if (isTakenBack) {
+        return {};
+    }
+    if (startFcn.isOpen()) {
+        return "its StartFcn has not run";
+    }
+    if (end == End::No && !mayOverrun) {
+        return "it has not come to its end";
+    }
+    if ((failed || isReported) && errorFcn.isOpen()) {
+        return "its ErrorFcn has not run";
+    }
+    if (stopFcn.isOpen()) {
+        return "its StopFcn has not run";
+    }
+    if ((hasOverrun || end == End::No) && !isReported) {
+        return "nothing has reported that it was overtaken";
+    }
+    return {};
+}
+
+} // namespace random_programs

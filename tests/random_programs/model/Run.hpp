@@ -1,0 +1,103 @@
+#pragma once
+
+#include "tests/random_programs/model/Settings.hpp"
+
+#include <set>
+#include <string>
+
+namespace random_programs {
+
+/// Whether a callback has to run yet, as far as can be told from outside.
+struct Duty {
+    bool must = false;
+    bool may = false;
+    bool begun = false;
+
+    bool isOpen() const { return must && !begun; }
+    bool canBegin() const { return may && !begun; }
+
+    void decide(bool isThere) { must = may = isThere; }
+
+    /// The callback has been assigned or taken away since it was decided.
+    void change(bool isThere)
+    {
+        must = must && isThere;
+        may = may || isThere;
+    }
+};
+
+/// One run of a timer, from the start that was accepted.
+///
+/// What a run does of itself is done on another thread, and is not seen: `end` is Maybe from the moment on when it
+/// may have come to its end.
+struct Run {
+    enum class End { No, Maybe, Yes };
+
+    Run(const Settings& settings, double acceptedAt);
+
+    /// The run that was accepted at first begins at once; another when nothing of the earlier one is left.
+    bool hasBegun = false;
+
+    End end = End::No;
+    bool failed = false; ///< by an error of its StartFcn or TimerFcn
+    bool endsByCount = false; ///< its last TimerFcn has begun
+    bool isFixedRate = false;
+    bool mayOverrun = false; ///< at a fixed rate, in busy mode Error
+    bool hasOverrun = false; ///< it has been seen to
+    int overtaken = 0; ///< of its TimerFcns, how many may yet come when it has overrun: the one that waited
+    bool isReported = false; ///< the overrun
+    bool isTakenBack = false; ///< nothing of it need come
+
+    Duty startFcn;
+    Duty stopFcn;
+    Duty errorFcn;
+    int timerFcns = 0; ///< that have begun
+    int active = 0; ///< of its callbacks, on the stack
+    bool isInTimerFcn = false;
+    bool isStoppedInLast = false; ///< while its last TimerFcn runs
+
+    std::set<double> tasks; ///< each number of tasks that it has been told
+    double shortestPeriod;
+
+    /// A TimerFcn begins, or one of a fixed spacing ends.
+    void count();
+    void space(double ended);
+
+    /// No TimerFcn begins earlier.
+    double due() const;
+
+    /// It is stopped, or fails.
+    void stop(bool hasStopFcn);
+    void fail(const Settings& settings);
+
+    /// It may have come to its end of itself, and in the fixed-rate case without anybody seeing it.
+    void allowEnd(bool hasStopFcn);
+
+    /// The settings have been changed while it runs.
+    void change(const Settings& settings, const std::string& property);
+
+    /// Whether it is over, or may be: no callback of it runs or is sure to come.
+    bool canBeOver() const;
+
+    /// Whether it cannot be anything but over.
+    bool isOver() const;
+
+    /// Which of its callbacks is still sure to come, in words; empty if none.
+    std::string owes() const;
+
+    /// Why this callback cannot be one of this run, empty if it can.
+    std::string refuses(const std::string& callback) const;
+
+    /// Whether this callback is sure to be one of this run, if it is one of several.
+    bool expects(const std::string& callback) const;
+
+    /// It has been seen to have come to its end of itself.
+    void noteEnd();
+
+    double most() const { return *tasks.rbegin(); }
+
+private:
+    double m_base; // of what is due next: no later than the engine's own
+};
+
+} // namespace random_programs

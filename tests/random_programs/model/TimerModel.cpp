@@ -1,0 +1,277 @@
+#include "tests/random_programs/model/TimerModel.hpp"
+
+#include "tests/random_programs/model/BrokenRule.hpp"
+#include "tests/random_programs/model/RuleNames.hpp"
+
+#include <algorithm>
+
+namespace random_programs {
+
+namespace {
+
+/// Times are printed in whole microseconds.
+constexpr double grain = 0.000002;
+
+} // namespace
+
+std::shared_ptr<Run> TimerModel::begin(const Event& event)
+{
+    require(
+        !m_isDeleted, rules::deletedIsSilent, label() + " has been deleted, and its " + event.what + " begins");
+    const auto run = runOf(event);
+    if (!run->hasBegun) {
+        run->hasBegun = true;
+        m_lastErrors = { "nil" };
+    }
+    if (event.what == "StartFcn") {
+        run->startFcn.begun = true;
+    } else if (event.what == "TimerFcn") {
+        require(event.time + grain >= run->due(), rules::neverEarly,
+            "the TimerFcn of " + label() + " is due at " + std::to_string(run->due()) + ", and begins at "
+                + std::to_string(event.time));
+        run->count();
+        run->allowEnd(m_settings.hasStopFcn);
+    } else if (event.what == "StopFcn") {
+        run->stopFcn.begun = true;
+        if (run->end != Run::End::Yes) {
+            run->noteEnd();
+        }
+        run->overtaken = 0;
+    } else {
+        run->errorFcn.begun = true;
+        if (!run->failed) {
+            run->hasOverrun = true;
+            run->end = Run::End::Yes;
+        }
+        run->overtaken = 0;
+    }
+    ++run->active;
+    run->isInTimerFcn = event.what == "TimerFcn";
+    ++m_active;
+    read(event);
+    return run;
+}
+
+void TimerModel::end(Run& run, const Event& event)
+{
+    read(event);
+    leaveCallback(run);
+    const bool hasFailed = !event.text.empty();
+    if (hasFailed && (event.what == "StartFcn" || event.what == "TimerFcn") && !m_isDeleted) {
+        run.fail(m_settings);
+    } else if (event.what == "TimerFcn" && m_settings.mode == "FixedSpacing") {
+        run.space(event.time);
+    }
+}
+
+void TimerModel::leaveCallback(Run& run)
+{
+    --run.active;
+    run.isInTimerFcn = false;
+    --m_active;
+}
+
+std::shared_ptr<Run> TimerModel::runOf(const Event& event)
+{
+    for (;;) {
+        require(!m_runs.empty(), rules::silentBetweenRuns,
+            "the " + event.what + " of " + label() + " begins, which does not run");
+        const auto run = m_runs.front();
+        const std::string why = run->refuses(event.what);
+        const bool counts
+            = event.what != "TimerFcn" || event.reading.tasksExecuted == std::to_string(run->timerFcns + 1);
+        const bool isOfTheNext = m_runs.size() > 1 && run->canBeOver()
+            && (!counts || (!run->expects(event.what) && m_runs[1]->refuses(event.what).empty()));
+        if (why.empty() && !isOfTheNext) {
+            return run;
+        }
+        require(
+            m_runs.size() > 1, rules::orderInARun, "the " + event.what + " of " + label() + " begins, but " + why);
+        require(run->canBeOver(), rules::runsInOrder,
+            "the " + event.what + " of " + label() + " begins, which is not of its earlier run, since " + why
+                + ", and not of a later one, since of the earlier one "
+                + (run->active > 0 ? "a callback is running" : run->owes()));
+        popRun();
+    }
+}
+
+void TimerModel::popRun()
+{
+    m_latestCount = m_runs.front()->timerFcns;
+    m_runs.pop_front();
+}
+
+TimerModel::Answer TimerModel::answerToStart() const
+{
+    if (m_runs.empty() || m_isStopPhase) {
+        return Answer::Accept;
+    }
+    const Run& latest = *m_runs.back();
+    if (latest.end == Run::End::Yes) {
+        // From when on a run that ends of itself is no longer running is the host's to say.
+        const bool isEnding = latest.endsByCount && (latest.isInTimerFcn || latest.stopFcn.canBegin());
+        return isEnding ? Answer::Either : Answer::Accept;
+    }
+    return latest.end == Run::End::Maybe || latest.mayOverrun ? Answer::Either : Answer::Refuse;
+}
+
+void TimerModel::start(const Event& answer, double called)
+{
+    const bool isAccepted = answer.kind == Event::Kind::Done;
+    if (isBeingDeleted()) {
+        return;
+    }
+    if (!isAccepted) {
+        require(answer.text.find("already running") != std::string::npos, rules::startOfStopped,
+            label() + ": start fails: " + answer.text);
+    }
+    const Answer expected = answerToStart();
+    require(!isAccepted || expected != Answer::Refuse, rules::startOfRunning, label() + " runs, and is started");
+    require(isAccepted || expected != Answer::Accept, rules::startOfStopped,
+        label() + " does not run, and cannot be started");
+    if (isAccepted && !m_isStopPhase) {
+        accept(called);
+    }
+}
+
+void TimerModel::accept(double called)
+{
+    if (!m_runs.empty() && m_runs.back()->end != Run::End::Yes) {
+        m_runs.back()->noteEnd();
+    }
+    const bool beginsAtOnce = m_active == 0
+        && std::all_of(m_runs.begin(), m_runs.end(), [](const auto& run) { return run->isOver(); });
+    if (beginsAtOnce) {
+        m_runs.clear();
+        m_lastErrors = { "nil" };
+    } else {
+        m_lastErrors.insert("nil");
+    }
+    m_runs.push_back(std::make_shared<Run>(m_settings, called));
+    m_runs.back()->hasBegun = beginsAtOnce;
+}
+
+void TimerModel::stop()
+{
+    if (!m_runs.empty()) {
+        m_runs.back()->stop(m_settings.hasStopFcn);
+    }
+}
+
+void TimerModel::assign(const Event& answer, const std::string& assignment, const Reading& before)
+{
+    const std::size_t equals = assignment.find('=');
+    const std::string property = assignment.substr(0, equals);
+    Settings settings = m_settings;
+    const bool isValid = settings.assign(property, assignment.substr(equals + 1));
+    const bool isFixed = property == "StartDelay" && before.running == "true";
+    // It may come to its end between the two looks.
+    const bool isUnknown = property == "StartDelay" && before.running != answer.reading.running;
+    const bool isDone = answer.kind == Event::Kind::Done;
+    require(isUnknown || isBeingDeleted() || isDone == (isValid && !isFixed), rules::assignments,
+        label() + ": " + assignment + (isDone ? " is done" : " is refused: " + answer.text));
+    if (isDone) {
+        m_settings = settings;
+        for (const auto& run : m_runs) {
+            run->change(settings, property);
+        }
+    }
+}
+
+void TimerModel::deleteBegins()
+{
+    ++m_deleting;
+    stop();
+    for (const auto& run : m_runs) {
+        run->isTakenBack = run->isTakenBack || !run->hasBegun;
+    }
+}
+
+void TimerModel::deleteEnds()
+{
+    --m_deleting;
+    for (const auto& run : m_runs) {
+        require(m_deleting > 0 || run->owes().empty(), rules::deleteRunsWhatWaits,
+            label() + " is deleted, and " + run->owes());
+    }
+    m_isDeleted = true;
+    m_runs.clear();
+}
+
+bool TimerModel::isQuiet() const
+{
+    return m_isDeleted || (m_active == 0 && std::all_of(m_runs.begin(), m_runs.end(), [](const auto& run) {
+        return run->isOver();
+    }));
+}
+
+void TimerModel::expectQuiet(const char* rule)
+{
+    if (m_isDeleted) {
+        return;
+    }
+    require(m_active == 0, rule, label() + " has a callback that is running");
+    for (const auto& run : m_runs) {
+        require(run->canBeOver(), rule, "of a run of " + label() + ", " + run->owes());
+    }
+    while (!m_runs.empty()) {
+        popRun();
+    }
+}
+
+void TimerModel::reportOfCallback(const std::string& text)
+{
+    const bool isOfLatest = m_runs.size() == 1;
+    m_lastErrors = { text };
+    if (!isOfLatest) {
+        m_lastErrors.insert("nil");
+    }
+}
+
+void TimerModel::reportOfOverrun(const Event& report)
+{
+    const auto run = std::find_if(m_runs.begin(), m_runs.end(),
+        [](const auto& candidate) { return candidate->mayOverrun && !candidate->isReported; });
+    require(m_isDeleted || run != m_runs.end(), rules::overrunOnlyInModeError, report.what + ": " + report.text);
+    require(report.text == "callback of timer \"" + m_name + "\" was still running when its next run fell due",
+        rules::errorIsReported, report.what + ": " + report.text);
+    if (run != m_runs.end()) {
+        (*run)->isReported = true;
+        (*run)->hasOverrun = true;
+        (*run)->end = Run::End::Yes;
+        reportOfCallback(report.text);
+    }
+}
+
+void TimerModel::stopPhaseBegins()
+{
+    m_isStopPhase = true;
+    stop();
+    for (const auto& run : m_runs) {
+        run->isTakenBack = run->isTakenBack || !run->hasBegun || isBeingDeleted();
+    }
+}
+
+std::string TimerModel::waiting(std::shared_ptr<Run>& run) const
+{
+    if (m_runs.empty() || m_active > 0 || isBeingDeleted()) {
+        return {};
+    }
+    run = m_runs.front();
+    if (!run->hasBegun || run->isTakenBack) {
+        return {};
+    }
+    if (run->startFcn.isOpen()) {
+        return "StartFcn";
+    }
+    // What comes of itself at a fixed rate comes when the scheduler thread has seen it.
+    if (run->end != Run::End::Yes || run->endsByCount) {
+        return {};
+    }
+    if (run->failed && run->errorFcn.isOpen()) {
+        return "ErrorFcn";
+    }
+    return run->stopFcn.isOpen() ? "StopFcn" : "";
+}
+
+} // namespace random_programs
