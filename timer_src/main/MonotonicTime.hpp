@@ -24,9 +24,9 @@ DueTime withinClock(DueTime moment);
 
 /// A moment of the steady clock as local calendar time.
 ///
-/// The seconds are those of the system clock; the millisecond is the steady clock's own remainder. Near the
-/// boundary of a second the two may therefore belong to neighbouring seconds. A moment beyond the clock's range is
-/// shown as the end of that range.
+/// The seconds are those of the system clock; the millisecond is the steady clock's own remainder. The two clocks
+/// do not begin their seconds together: what the two say together is off by less than a second. A moment beyond
+/// the clock's range is shown as the end of that range.
 struct CalendarTime {
     std::tm local;
     int millisecond;

@@ -169,10 +169,11 @@ int Kernel::letTimeMove()
 
 void Kernel::point()
 {
-    ++m_steps;
+    // What the model looks at is no step of the threads', nor does it show in the trace.
     if (m_atomic > 0) {
         return;
     }
+    ++m_steps;
     if (m_steps > m_options.stepLimit) {
         fail("no end after " + std::to_string(m_options.stepLimit) + " steps\n" + describeAll());
     }

@@ -11,6 +11,7 @@ namespace simulation {
 void Kernel::fail(const std::string& failure)
 {
     m_verdict.failure = failure;
+    m_atomic = 0;
     note("FAILED: " + failure);
     running().fiber->leaveFor(m_root);
     std::abort(); // nobody comes back to it
@@ -18,7 +19,7 @@ void Kernel::fail(const std::string& failure)
 
 void Kernel::note(const std::string& line)
 {
-    if (!m_options.trace) {
+    if (!m_options.trace || m_atomic > 0) {
         return;
     }
     std::ostringstream text;

@@ -22,7 +22,7 @@ namespace {
 /// to a second, and that of a later event can be the earlier one.
 Array makeEventTime(ArrayFactory& factory)
 {
-    static const NeverDestroyed<ArrayDimensions> row(ArrayDimensions { 1, 6 });
+    static const NeverDestroyed<const ArrayDimensions> row(ArrayDimensions { 1, 6 });
 
     const auto [local, millisecond] = toCalendarTime(now());
     return factory.createDoubleArray(*row,
