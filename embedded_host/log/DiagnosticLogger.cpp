@@ -31,7 +31,7 @@ basic_diagnostic_logger<char>::~basic_diagnostic_logger()
 {
     tovrinhost::LoggerRegistry::instance().remove(*this);
     // A thread that outlives it, as a process ends without an orderly shutdown, finds nothing wanted; one that has
-    // just found something is waited for, or looks again.
+    // just found something is waited for, or finds that the logger is none any more.
     const std::lock_guard lock(m_lock);
     set_mask(0);
 }
@@ -44,7 +44,7 @@ boost::log::record basic_diagnostic_logger<char>::open_record(std::uint32_t seve
         return {};
     }
     const std::lock_guard lock(m_lock);
-    if (!is_enabled(severity)) {
+    if (!tovrinhost::LoggerRegistry::instance().has(*this)) {
         return {};
     }
     get_severity_level() = severity;

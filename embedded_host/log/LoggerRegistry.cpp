@@ -33,6 +33,12 @@ void LoggerRegistry::remove(Logger& logger)
     m_loggers.erase(&logger);
 }
 
+bool LoggerRegistry::has(Logger& logger)
+{
+    const std::lock_guard lock(m_mutex);
+    return m_loggers.contains(&logger);
+}
+
 boost::log::attribute LoggerRegistry::channelAttribute(const std::string& channel)
 {
     const std::lock_guard lock(m_mutex);

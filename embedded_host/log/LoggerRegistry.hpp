@@ -33,6 +33,7 @@ public:
     /// Takes a logger in, and gives it the mask of its channel.
     void add(Logger& logger);
     void remove(Logger& logger);
+    bool has(Logger& logger);
 
     /// The attribute of all loggers of the channel. Kept: a record's share of it may be the last that is in use.
     boost::log::attribute channelAttribute(const std::string& channel);

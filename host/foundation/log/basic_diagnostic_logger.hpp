@@ -52,7 +52,7 @@ public:
     const std::string& channel() const noexcept { return m_channel; }
 
     /// Opens a record on the Boost.Log core, with the logger's lock held exclusively.
-    /// \returns an empty record where the core's filters want none, or the mask does not, any more perhaps
+    /// \returns an empty record where the core's filters want none
     boost::log::record open_record(std::uint32_t severity);
 
     /// Gives the finished record to the core, without the logger's lock. Nothing else of it is used afterwards.
