@@ -2,7 +2,6 @@
 #include "embedded_host/log/RecordGate.hpp"
 #include "host/foundation/log/basic_diagnostic_logger.hpp"
 
-#include <boost/log/attributes/constant.hpp>
 #include <boost/log/attributes/function.hpp>
 #include <boost/log/sources/severity_feature.hpp>
 
@@ -17,7 +16,7 @@ basic_diagnostic_logger<char>::basic_diagnostic_logger(const std::string& channe
     : m_channel(channel)
     , m_mask(0)
 {
-    m_attributes.insert("Channel", boost::log::attributes::constant<std::string>(m_channel));
+    m_attributes.insert("Channel", tovrinhost::LoggerRegistry::instance().channelAttribute(m_channel));
     // Read as the record opens: a record that is written while this one is being formatted does not change it.
     m_attributes.insert("Severity",
         boost::log::attributes::make_function([] { return static_cast<std::uint32_t>(get_severity_level()); }));
@@ -31,7 +30,9 @@ basic_diagnostic_logger<char>::basic_diagnostic_logger(const std::string& channe
 basic_diagnostic_logger<char>::~basic_diagnostic_logger()
 {
     tovrinhost::LoggerRegistry::instance().remove(*this);
-    // A thread that outlives it, as a process ends without an orderly shutdown, finds nothing wanted.
+    // A thread that outlives it, as a process ends without an orderly shutdown, finds nothing wanted; one that has
+    // just found something is waited for, or finds that the logger is none any more.
+    const std::lock_guard lock(m_lock);
     set_mask(0);
 }
 
@@ -43,6 +44,9 @@ boost::log::record basic_diagnostic_logger<char>::open_record(std::uint32_t seve
         return {};
     }
     const std::lock_guard lock(m_lock);
+    if (!tovrinhost::LoggerRegistry::instance().has(*this)) {
+        return {};
+    }
     get_severity_level() = severity;
     return tovrinhost::recordCore().open_record(m_attributes);
 }

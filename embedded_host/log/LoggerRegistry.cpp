@@ -3,6 +3,8 @@
 #include "embedded_host/log/RecordGate.hpp"
 #include "embedded_host/process/NeverDestroyed.hpp"
 
+#include <boost/log/attributes/constant.hpp>
+
 namespace tovrinhost {
 
 LoggerRegistry& LoggerRegistry::instance()
@@ -29,6 +31,18 @@ void LoggerRegistry::remove(Logger& logger)
 {
     const std::lock_guard lock(m_mutex);
     m_loggers.erase(&logger);
+}
+
+bool LoggerRegistry::has(Logger& logger)
+{
+    const std::lock_guard lock(m_mutex);
+    return m_loggers.contains(&logger);
+}
+
+boost::log::attribute LoggerRegistry::channelAttribute(const std::string& channel)
+{
+    const std::lock_guard lock(m_mutex);
+    return m_channels.try_emplace(channel, boost::log::attributes::constant<std::string>(channel)).first->second;
 }
 
 void LoggerRegistry::setMask(const std::string& channel, std::uint32_t mask)

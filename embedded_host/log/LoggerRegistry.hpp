@@ -2,6 +2,8 @@
 
 #include "host/foundation/log/basic_diagnostic_logger.hpp"
 
+#include <boost/log/attributes/attribute.hpp>
+
 #include <cstdint>
 #include <map>
 #include <mutex>
@@ -31,6 +33,10 @@ public:
     /// Takes a logger in, and gives it the mask of its channel.
     void add(Logger& logger);
     void remove(Logger& logger);
+    bool has(Logger& logger);
+
+    /// The attribute of all loggers of the channel. Kept: a record's share of it may be the last that is in use.
+    boost::log::attribute channelAttribute(const std::string& channel);
 
     /// For the loggers of the channel that exist, and for those to come.
     void setMask(const std::string& channel, std::uint32_t mask);
@@ -40,6 +46,7 @@ private:
 
     // Guarded by m_mutex.
     std::map<std::string, std::uint32_t> m_masks;
+    std::map<std::string, boost::log::attribute> m_channels;
     std::set<Logger*> m_loggers;
 };
 
