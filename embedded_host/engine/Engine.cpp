@@ -10,6 +10,7 @@
 #include <boost/locale/encoding_utf.hpp>
 
 #include <atomic>
+#include <chrono>
 #include <iostream>
 #include <utility>
 
@@ -175,6 +176,17 @@ void Engine::submit(const std::function<void()>& task)
 void Engine::interrupt(Interruption why)
 {
     m_loop.interrupt(why);
+    interject();
+    if (!isInterpreterThread(m_loop)) {
+        // Lua may have been about to note that there is no hook any more, after one of the script's or of an
+        // earlier interruption: then it has just overwritten the mark that makes it look at the new one.
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        interject();
+    }
+}
+
+void Engine::interject()
+{
     const std::lock_guard lock(m_interjectionMutex);
     if (m_interjection) {
         m_interjection->interject();

@@ -60,6 +60,7 @@ public:
 private:
     Engine();
     void serve();
+    void interject();
     void setInterjection(std::unique_ptr<platform::Interjection> interjection);
 
     const vorn::ContextId m_contextId;

@@ -74,7 +74,9 @@ private:
     static void look(lua_State* state, lua_Debug* event);
     static void restoreHook(const Level& level);
 
-    Level& innermost() const { return *m_innermost.load(); }
+    /// Without ordering, which a signal on the same thread does not need; and ThreadSanitizer takes a lock for it,
+    /// which the signal may have come upon.
+    Level& innermost() const { return *m_innermost.load(std::memory_order_relaxed); }
 
     const EventLoop& m_loop;
     Level m_main;
