@@ -1,6 +1,7 @@
 # The build without optimisation that coverage and mutants share. It is made from a copy of the sources, so that a bug
 # can be put into them. To be sourced after lib.sh.
 
+unoptimisedPackages=("${buildPackages[@]}" libgtest-dev libgmock-dev rsync lld)
 copy=$buildDir/unoptimised
 unoptimisedTree=$copy/build/coverage
 
@@ -10,9 +11,9 @@ copy_sources() {
   rsync --recursive --links --perms --checksum --delete --exclude=/build --exclude=/.git "$projectDir/" "$copy/"
 }
 
-# build_unoptimised TARGET...
+# build_unoptimised TARGET...: a mutant has little to compile and much to link, so with the quickest linker.
 build_unoptimised() {
   check_place "$unoptimisedTree" \
-    && (cd "$copy" && cmake --preset coverage -DTOVRINTIMER_BUILD_TESTS=ON) \
+    && (cd "$copy" && cmake --preset coverage -DTOVRINTIMER_BUILD_TESTS=ON -DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld) \
     && cmake --build "$unoptimisedTree" --parallel "$jobs" --target "$@"
 }
