@@ -78,6 +78,9 @@ void ScriptRun::stop()
 void ScriptRun::finishForOwnerThatLeaves()
 {
     stop();
+    if (std::exchange(m_isOverrun, false)) {
+        askForErrorFcn(false); // within the StopFcn, behind which it was to come
+    }
     m_engine->runPending();
     m_engine->close(0);
     forgetOwner();

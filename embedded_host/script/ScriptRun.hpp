@@ -87,7 +87,7 @@ public:
     bool isUnderWay() const { return m_state == State::Starting || m_state == State::Running; }
 
     /// What the script is told: also while the StopFcn has been asked for and has not begun.
-    bool isRunning() const { return isUnderWay() || (m_state == State::Ending && m_timer->getIsRunning()); }
+    bool isRunning() const { return m_state != State::Ended && m_timer->getIsRunning(); }
 
     bool isEnded() const { return m_state == State::Ended; }
 
