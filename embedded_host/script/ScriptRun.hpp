@@ -140,7 +140,10 @@ private:
     std::mutex m_countMutex;
     TaskCount m_count; // guarded by m_countMutex, like the next
     bool m_startFcnComes; // with the next task
-    std::atomic<std::uint64_t> m_tasksWanted; // for the dispatching thread
+
+    // For the dispatching thread.
+    std::atomic<std::uint64_t> m_tasksWanted;
+    std::atomic<tovrintimer::BusyMode> m_busyModeWanted;
 };
 
 } // namespace tovrinhost
