@@ -23,6 +23,7 @@ ScriptRun::ScriptRun(
     , m_count(m_settings.taskCount())
     , m_startFcnComes(m_settings.hasStartFcn)
     , m_tasksWanted(m_settings.taskCount())
+    , m_busyModeWanted(m_settings.busyMode)
 {
 }
 
@@ -33,6 +34,7 @@ void ScriptRun::begin()
         m_surroundings.engine, std::weak_ptr<TimerTaskListener>(weak_from_this()), m_surroundings.maxBacklog);
     m_timer = std::make_shared<TimerInfo>(makeObjectArray(m_number), m_engine, m_interruptState);
     m_timer->setNumOfTasksToExecute(m_settings.taskCount());
+    m_timer->setBusyMode(static_cast<std::size_t>(m_settings.busyMode));
     applySettings();
     try {
         TimerScheduler::getPerTOVRINProcessInstance()->createAndStartWork(m_timer);
@@ -58,6 +60,7 @@ void ScriptRun::applySettings()
     m_settings.applyTo(*m_timer);
     m_timer->setStopFcnIsEmpty(!m_settings.hasStopFcn);
     m_tasksWanted = m_settings.taskCount();
+    m_busyModeWanted = m_settings.busyMode;
     if (m_mode != ExecutionMode::FixedRate) { // there, the dispatching thread does it
         m_timer->setNumOfTasksToExecute(m_settings.taskCount());
     }
@@ -78,6 +81,9 @@ void ScriptRun::stop()
 void ScriptRun::finishForOwnerThatLeaves()
 {
     stop();
+    if (std::exchange(m_isOverrun, false)) {
+        askForErrorFcn(false); // within the StopFcn, behind which it was to come
+    }
     m_engine->runPending();
     m_engine->close(0);
     forgetOwner();
@@ -93,6 +99,8 @@ TaskMark ScriptRun::taskComes()
     if (std::exchange(m_startFcnComes, false) || m_count.left() == 0) {
         return TaskMark::None;
     }
+    // The library asks for the busy mode twice, and loses a callback where it becomes Queue in between: not here.
+    m_timer->setBusyMode(static_cast<std::size_t>(m_busyModeWanted.load()));
     // The library counts as soon as this task has been handed over, on this thread, and by the same number.
     const std::uint64_t wanted = m_tasksWanted;
     m_timer->setNumOfTasksToExecute(wanted);

@@ -87,7 +87,7 @@ public:
     bool isUnderWay() const { return m_state == State::Starting || m_state == State::Running; }
 
     /// What the script is told: also while the StopFcn has been asked for and has not begun.
-    bool isRunning() const { return isUnderWay() || (m_state == State::Ending && m_timer->getIsRunning()); }
+    bool isRunning() const { return m_state != State::Ended && m_timer->getIsRunning(); }
 
     bool isEnded() const { return m_state == State::Ended; }
 
@@ -140,7 +140,10 @@ private:
     std::mutex m_countMutex;
     TaskCount m_count; // guarded by m_countMutex, like the next
     bool m_startFcnComes; // with the next task
-    std::atomic<std::uint64_t> m_tasksWanted; // for the dispatching thread
+
+    // For the dispatching thread.
+    std::atomic<std::uint64_t> m_tasksWanted;
+    std::atomic<tovrintimer::BusyMode> m_busyModeWanted;
 };
 
 } // namespace tovrinhost

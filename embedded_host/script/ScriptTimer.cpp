@@ -35,7 +35,8 @@ void ScriptTimer::start()
     if (m_life == Life::BeingDeleted) {
         throw std::logic_error("the timer is being deleted; it cannot be started any more");
     }
-    if (isStartAccepted() || (m_runsToCome == 0 && m_run && m_run->isUnderWay())) {
+    // A run that the library has ended, as one that was overtaken, is still under way until its callback ends.
+    if (isStartAccepted() || (m_runsToCome == 0 && m_run && m_run->isUnderWay() && m_run->isRunning())) {
         throw std::logic_error("the timer is already running; only a stopped timer can be started");
     }
     if (m_surroundings.isEnding) {

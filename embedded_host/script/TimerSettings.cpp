@@ -31,7 +31,6 @@ std::uint64_t TimerSettings::taskCount() const
 void TimerSettings::applyTo(tovrintimer::TimerInfo& timer) const
 {
     timer.setExecutionMode(static_cast<size_t>(executionMode));
-    timer.setBusyMode(static_cast<size_t>(busyMode));
     timer.setPeriod(toMilliseconds(periodSeconds));
     timer.setStartDelay(startDelayMilliseconds(startDelaySeconds));
     timer.setStartFcnIsEmpty(!hasStartFcn);

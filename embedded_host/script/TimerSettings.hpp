@@ -23,8 +23,8 @@ struct TimerSettings {
     /// The number of tasks as the library has it.
     std::uint64_t taskCount() const;
 
-    /// Hands the settings to the library, in the library's units; but for the number of tasks, and which
-    /// callbacks of a run's end there are, which is for the run to say.
+    /// Hands the settings to the library, in the library's units; but for the number of tasks, the busy mode, and
+    /// which callbacks of a run's end there are, which is for the run to say.
     ///
     /// The library keeps time in whole milliseconds and drops what is beyond them. A start delay is a promise not
     /// to be early by any clock, so it is rounded up, with one millisecond for the part that has already passed of

@@ -88,7 +88,7 @@ void Run::change(const Settings& settings, const std::string& property)
         startFcn.change(settings.hasStartFcn);
     } else if (property == "StopFcn") {
         // While the last TimerFcn runs, what counts is the StopFcn that is there when it ends.
-        if (endsByCount && active > 0) {
+        if (endsByCount && isInTimerFcn && !isStoppedInLast) {
             stopFcn.decide(settings.hasStopFcn);
         } else {
             stopFcn.change(settings.hasStopFcn);

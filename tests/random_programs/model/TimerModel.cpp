@@ -181,8 +181,8 @@ void TimerModel::assign(const Event& answer, const std::string& assignment, cons
 void TimerModel::deleteBegins()
 {
     ++m_deleting;
-    stop();
     for (const auto& run : m_runs) {
+        run->stop(m_settings.hasStopFcn);
         run->isTakenBack = run->isTakenBack || !run->hasBegun;
     }
 }
@@ -246,8 +246,8 @@ void TimerModel::reportOfOverrun(const Event& report)
 void TimerModel::stopPhaseBegins()
 {
     m_isStopPhase = true;
-    stop();
     for (const auto& run : m_runs) {
+        run->stop(m_settings.hasStopFcn);
         run->isTakenBack = run->isTakenBack || !run->hasBegun || isBeingDeleted();
     }
 }

@@ -28,7 +28,8 @@ void TimerModel::readRunning(const std::string& running)
     bool mayBeTrue = !m_runs.empty();
     bool mayBeFalse = m_runs.empty();
     if (!m_runs.empty() && (!m_runs.back()->hasBegun || m_runs.back()->isTakenBack)) {
-        mayBeFalse = m_isStopPhase || m_runs.back()->end == Run::End::Yes;
+        const Run& run = *m_runs.back();
+        mayBeFalse = m_isStopPhase || run.end == Run::End::Yes || (run.mayOverrun && !run.stopFcn.must);
     } else if (!m_runs.empty()) {
         const Run& run = *m_runs.back();
         if (run.end == Run::End::Yes) {
