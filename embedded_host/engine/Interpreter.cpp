@@ -147,13 +147,18 @@ Interpreter& Interpreter::of(lua_State* state)
     return **static_cast<Interpreter**>(lua_getextraspace(state));
 }
 
-void Interpreter::define(const std::string& name, const std::string& source)
+void Interpreter::define(const std::string& name, const std::string& source, lua_CFunction helper)
 {
     protect([&](lua_State* state) {
         lua_rawgetp(state, LUA_REGISTRYINDEX, &functionsKey);
         pushText(state, name);
         load(state, source, "=" + name);
-        lua_call(state, 0, 1);
+        if (helper != nullptr) {
+            lua_pushcfunction(state, helper);
+        } else {
+            lua_pushnil(state);
+        }
+        lua_call(state, 1, 1);
         lua_rawset(state, -3);
         return 0;
     });

@@ -37,8 +37,8 @@ public:
     lua_State* state() { return m_code.state(); }
 
     /// Makes a function of the host's known to `call`, under a name that scripts neither see nor take away.
-    /// \param source statements that return the function
-    void define(const std::string& name, const std::string& source);
+    /// \param source statements that return the function; they are given `helper`, or nil
+    void define(const std::string& name, const std::string& source, lua_CFunction helper = nullptr);
 
     /// Calls the function of this name: the host's if there is one, else the global one.
     std::vector<foundation::tovrindata::Array> call(const std::string& function,

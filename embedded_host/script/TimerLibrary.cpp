@@ -7,6 +7,7 @@
 
 #include <lauxlib.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
@@ -17,13 +18,23 @@ namespace {
 
 /// What the library has the engine evaluate for each callback: finds the function and calls it.
 constexpr const char* timercb = R"lua(
+local wallClock = ...
 return function(object, callback, _, event)
+  event.Time = wallClock()
   local fcn = object[callback]
   if fcn then
     fcn(object, event)
   end
 end
 )lua";
+
+/// Seconds since 1970, with their fraction.
+int wallClock(lua_State* state)
+{
+    const auto time = std::chrono::system_clock::now().time_since_epoch();
+    lua_pushnumber(state, std::chrono::duration<double>(time).count());
+    return 1;
+}
 
 /// timers()
 int liveTimers(lua_State* state)
@@ -103,7 +114,7 @@ void openTimerLibrary(Interpreter& interpreter, TimerSet& timers, int& exitCode)
         lua_setfield(state, -2, "exit");
         return 0;
     });
-    interpreter.define("timercb", timercb);
+    interpreter.define("timercb", timercb, luaFunction<wallClock>);
 }
 
 } // namespace tovrinhost

@@ -19,6 +19,9 @@ constexpr std::array<const char*, 3> busyModes { "Drop", "Queue", "Error" };
 
 constexpr double shortestPeriod = 0.001;
 
+/// The steady clock counts 292 years of nanoseconds, from a moment that may be some years ago.
+constexpr double longestTime = 9e9;
+
 /// Beyond it, not every whole number is a number.
 constexpr double mostTasks = 9007199254740992.0;
 
@@ -72,12 +75,14 @@ bool setBusyMode(lua_State* state, int index, TimerSettings& settings)
 
 bool setPeriod(lua_State* state, int index, TimerSettings& settings)
 {
-    return getNumber(state, index, settings.periodSeconds) && settings.periodSeconds >= shortestPeriod;
+    return getNumber(state, index, settings.periodSeconds) && settings.periodSeconds >= shortestPeriod
+        && settings.periodSeconds <= longestTime;
 }
 
 bool setStartDelay(lua_State* state, int index, TimerSettings& settings)
 {
-    return getNumber(state, index, settings.startDelaySeconds) && settings.startDelaySeconds >= 0.0;
+    return getNumber(state, index, settings.startDelaySeconds) && settings.startDelaySeconds >= 0.0
+        && settings.startDelaySeconds <= longestTime;
 }
 
 bool setTasksToExecute(lua_State* state, int index, TimerSettings& settings)
@@ -116,9 +121,9 @@ const std::array<Property, 6> properties { {
         [](lua_State* state, const TimerSettings& s) {
             lua_pushstring(state, busyModes.at(static_cast<std::size_t>(s.busyMode)));
         } },
-    { "Period", "a number of seconds, at least 0.001", true, setPeriod,
+    { "Period", "a number of seconds, at least 0.001 and at most 9000000000", true, setPeriod,
         [](lua_State* state, const TimerSettings& s) { lua_pushnumber(state, s.periodSeconds); } },
-    { "StartDelay", "a number of seconds, at least 0", false, setStartDelay,
+    { "StartDelay", "a number of seconds, at least 0 and at most 9000000000", false, setStartDelay,
         [](lua_State* state, const TimerSettings& s) { lua_pushnumber(state, s.startDelaySeconds); } },
     { "TasksToExecute", "a whole number, at least 1, or math.huge", true, setTasksToExecute, pushTasksToExecute },
 } };

@@ -13,7 +13,7 @@ namespace tovrinhost {
 /// A property that a script sets.
 struct Property {
     const char* name;
-    const char* allowed; ///< "a number of seconds, at least 0.001"
+    const char* allowed; ///< "a number of seconds, at least 0.001 and at most 9000000000"
     bool changesWhileRunning;
     bool (*set)(lua_State* state, int index, TimerSettings& settings); ///< false: the value is not allowed
     void (*push)(lua_State* state, const TimerSettings& settings);

@@ -131,7 +131,8 @@ pause(0.001)
 print(debug.gethook() == hook)
 )",
         "false\tpause: the time is -1, but must be a number of seconds, at least 0\n"
-        "false\tscript.lua:6: timer \"timer-1\": Period is 0, but must be a number of seconds, at least 0.001\n"
+        "false\tscript.lua:6: timer \"timer-1\": Period is 0, but must be a number of seconds, at least 0.001 and "
+        "at most 9000000000\n"
         "true\n");
 }
 

@@ -45,10 +45,23 @@ TEST_F(MisuseTest, AnUnknownPropertyIsNamed)
 TEST_F(MisuseTest, AValueThatIsNotAllowedIsNamedWithWhatIs)
 {
     const std::string hb = "timer \"hb\": ";
-    expectError("t.Period = 0", hb + "Period is 0, but must be a number of seconds, at least 0.001");
-    expectError("t.Period = 'fast'", hb + "Period is \"fast\", but must be a number of seconds, at least 0.001");
-    expectError("t.Period = {}", hb + "Period is a table, but must be a number of seconds, at least 0.001");
-    expectError("t.Period = nil", hb + "Period is nil, but must be a number of seconds, at least 0.001");
+    expectError("t.Period = 0",
+        hb + "Period is 0, but must be a number of seconds, at least 0.001 and at most 9000000000");
+    expectError("t.Period = 'fast'",
+        hb + "Period is \"fast\", but must be a number of seconds, at least 0.001 and at most 9000000000");
+    expectError("t.Period = {}",
+        hb + "Period is a table, but must be a number of seconds, at least 0.001 and at most 9000000000");
+    expectError("t.Period = nil",
+        hb + "Period is nil, but must be a number of seconds, at least 0.001 and at most 9000000000");
+    for (const std::string tooLong : { "math.huge", "1e300", "9000000001" }) {
+        const std::string shown = tooLong == "math.huge" ? "inf" : tooLong == "1e300" ? "1e+300" : tooLong;
+        expectError("t.Period = " + tooLong,
+            hb + "Period is " + shown
+                + ", but must be a number of seconds, at least 0.001 and at most 9000000000");
+        expectError("timer { Name = 'new', TimerFcn = print, StartDelay = " + tooLong + " }",
+            "timer \"new\": StartDelay is " + shown
+                + ", but must be a number of seconds, at least 0 and at most 9000000000");
+    }
     expectError(
         "t.TasksToExecute = 0", hb + "TasksToExecute is 0, but must be a whole number, at least 1, or math.huge");
     expectError("t.TasksToExecute = 1.5",
@@ -57,7 +70,7 @@ TEST_F(MisuseTest, AValueThatIsNotAllowedIsNamedWithWhatIs)
     expectError("t.TimerFcn = nil", hb + "TimerFcn is nil, but must be a function");
     expectError("t.StopFcn = true", hb + "StopFcn is true, but must be a function or nil");
     expectError("timer { Name = 'new', TimerFcn = print, StartDelay = -1 }",
-        "timer \"new\": StartDelay is -1, but must be a number of seconds, at least 0");
+        "timer \"new\": StartDelay is -1, but must be a number of seconds, at least 0 and at most 9000000000");
     expectError("timer { TimerFcn = print, ExecutionMode = 'Often' }",
         "timer: ExecutionMode is \"Often\", but must be \"SingleShot\", \"FixedSpacing\", \"FixedDelay\" or "
         "\"FixedRate\"");
@@ -137,7 +150,7 @@ TEST_F(MisuseTest, OneThatIsNotCaughtFailsTheScriptAtItsLine)
     EXPECT_EQ(outcome.out, "begin\n");
     EXPECT_THAT(outcome.err,
         testing::StartsWith("tovrin: error in script: script.lua:2: timer: Period is 0, but must be a number of "
-                            "seconds, at least 0.001\nstack traceback:\n"));
+                            "seconds, at least 0.001 and at most 9000000000\nstack traceback:\n"));
     EXPECT_EQ(outcome.status, 1);
 }
 

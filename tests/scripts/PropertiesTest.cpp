@@ -97,6 +97,30 @@ print(t.StopFcn, t.TasksExecuted)
         "first\n0.002\tQueue\t2\nsecond\nStopFcn\nnil\t2\n");
 }
 
+TEST_F(PropertiesTest, TheEventTellsTheTimeSince1970WithItsFraction)
+{
+    const Outcome outcome = run(R"(
+local before = os.time()
+local times, fractions = {}, 0
+local t = timer {
+  ExecutionMode = "FixedSpacing", Period = 0.003, TasksToExecute = 20,
+  TimerFcn = function(t, event)
+    times[#times + 1] = event.Time
+    if event.Time % 1 ~= 0 then fractions = fractions + 1 end
+  end,
+}
+t:start()
+t:wait()
+assert(times[1] >= before and times[20] <= os.time() + 1)
+for i = 2, 20 do assert(times[i] > times[i - 1] and times[i] - times[i - 1] < 1) end
+assert(fractions >= 19)
+print(math.type(times[1]))
+)");
+
+    EXPECT_EQ(outcome.out, "float\n");
+    EXPECT_EQ(outcome.err, "");
+}
+
 TEST_F(PropertiesTest, TheEventTellsTypeAndLocalTime)
 {
     expectOutput(R"(
