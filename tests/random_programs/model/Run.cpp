@@ -8,6 +8,7 @@ namespace random_programs {
 Run::Run(const Settings& settings, double acceptedAt)
     : isFixedRate(settings.isFixedRate())
     , mayOverrun(settings.canOverrun())
+    , mayQueue(settings.busyMode == "Queue")
     , tasks { settings.most() }
     , shortestPeriod(settings.period)
     , m_base(acceptedAt + settings.startDelay)
@@ -21,7 +22,7 @@ void Run::count()
 {
     m_base = due();
     ++timerFcns;
-    overtaken = 0;
+    mayComeLate = mayComeLate && mayQueue;
 }
 
 void Run::space(double ended)
@@ -48,7 +49,7 @@ void Run::stop(bool hasStopFcn)
     isStoppedInLast = isInTimerFcn && endsByCount;
     hasOverrun = isReported; // one that nobody has learnt of by now is none
     end = End::Yes;
-    overtaken = 0;
+    mayComeLate = false;
 }
 
 void Run::fail(const Settings& settings)
@@ -75,6 +76,7 @@ void Run::change(const Settings& settings, const std::string& property)
 {
     shortestPeriod = std::min(shortestPeriod, settings.period);
     mayOverrun = mayOverrun || settings.canOverrun();
+    mayQueue = mayQueue || settings.busyMode == "Queue";
     if (property == "TasksToExecute" && settings.mode != "SingleShot"
         && (end != End::Yes || (endsByCount && isInTimerFcn && !isStoppedInLast))) {
         tasks.insert(settings.tasks);
@@ -87,6 +89,7 @@ void Run::change(const Settings& settings, const std::string& property)
     if (property == "StartFcn") {
         startFcn.change(settings.hasStartFcn);
     } else if (property == "StopFcn") {
+        isStopFcnChanged = true;
         // While the last TimerFcn runs, what counts is the StopFcn that is there when it ends.
         if (endsByCount && isInTimerFcn && !isStoppedInLast) {
             stopFcn.decide(settings.hasStopFcn);
@@ -122,7 +125,7 @@ std::string Run::refuses(const std::string& callback) const
     }
     if (callback == "TimerFcn") {
         return failed ? "the run has failed"
-            : end == End::Yes && overtaken == 0
+            : end == End::Yes && !mayComeLate
             ? endsByCount ? "the run has had all its TimerFcns" : "the run has been ended"
             : "";
     }
@@ -149,7 +152,7 @@ bool Run::expects(const std::string& callback) const
 void Run::noteEnd()
 {
     hasOverrun = hasOverrun || !tasks.contains(timerFcns);
-    overtaken = mayOverrun && !isInTimerFcn ? 1 : 0;
+    mayComeLate = mayOverrun && (mayQueue || !isInTimerFcn);
     end = End::Yes;
 }
 

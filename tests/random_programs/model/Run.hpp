@@ -44,7 +44,8 @@ struct Run {
     bool isFixedRate = false;
     bool mayOverrun = false; ///< at a fixed rate, in busy mode Error
     bool hasOverrun = false; ///< it has been seen to
-    int overtaken = 0; ///< of its TimerFcns, how many may yet come when it has overrun: the one that waited
+    bool mayQueue = false; ///< several of its TimerFcns may wait
+    bool mayComeLate = false; ///< a TimerFcn that waited when it was overtaken
     bool isReported = false; ///< the overrun
     bool isTakenBack = false; ///< nothing of it need come
 
@@ -55,6 +56,7 @@ struct Run {
     int active = 0; ///< of its callbacks, on the stack
     bool isInTimerFcn = false;
     bool isStoppedInLast = false; ///< while its last TimerFcn runs
+    bool isStopFcnChanged = false;
 
     std::set<double> tasks; ///< each number of tasks that it has been told
     double shortestPeriod;

@@ -36,14 +36,14 @@ std::shared_ptr<Run> TimerModel::begin(const Event& event)
         if (run->end != Run::End::Yes) {
             run->noteEnd();
         }
-        run->overtaken = 0;
+        run->mayComeLate = false;
     } else {
         run->errorFcn.begun = true;
         if (!run->failed) {
             run->hasOverrun = true;
             run->end = Run::End::Yes;
         }
-        run->overtaken = 0;
+        run->mayComeLate = false;
     }
     ++run->active;
     run->isInTimerFcn = event.what == "TimerFcn";
@@ -81,7 +81,8 @@ std::shared_ptr<Run> TimerModel::runOf(const Event& event)
         const bool counts
             = event.what != "TimerFcn" || event.reading.tasksExecuted == std::to_string(run->timerFcns + 1);
         const bool isOfTheNext = m_runs.size() > 1 && run->canBeOver()
-            && (!counts || (!run->expects(event.what) && m_runs[1]->refuses(event.what).empty()));
+            && (event.what == "TimerFcn" ? !counts
+                                         : !run->expects(event.what) && m_runs[1]->refuses(event.what).empty());
         if (why.empty() && !isOfTheNext) {
             return run;
         }

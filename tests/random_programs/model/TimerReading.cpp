@@ -35,7 +35,10 @@ void TimerModel::readRunning(const std::string& running)
         if (run.end == Run::End::Yes) {
             const bool hasLastTask = run.endsByCount && run.active > 0;
             mayBeTrue = !run.stopFcn.begun && (run.stopFcn.may || hasLastTask);
-            mayBeFalse = run.stopFcn.begun || !(run.stopFcn.must || (hasLastTask && !run.isStoppedInLast));
+            // At a fixed rate the engine looks for a StopFcn before the last TimerFcn.
+            const bool mayLookEarly = run.isFixedRate && run.isStopFcnChanged;
+            const bool mayBeEarly = run.isStoppedInLast || mayLookEarly;
+            mayBeFalse = run.stopFcn.begun || !(run.stopFcn.must || (hasLastTask && !mayBeEarly));
         } else {
             const bool mayHaveEnded = run.end == Run::End::Maybe || run.mayOverrun;
             mayBeFalse = mayHaveEnded && !run.stopFcn.must;
