@@ -101,6 +101,12 @@ void Run::change(const Settings& settings, const std::string& property)
     }
 }
 
+bool Run::mayHaveEnded() const
+{
+    // At a fixed rate the engine looks for a StopFcn before the last TimerFcn.
+    return end != End::No || mayOverrun || (isFixedRate && isStopFcnChanged);
+}
+
 bool Run::canBeOver() const
 {
     return active == 0 && owes().empty();
@@ -151,8 +157,9 @@ bool Run::expects(const std::string& callback) const
 
 void Run::noteEnd()
 {
-    hasOverrun = hasOverrun || !tasks.contains(timerFcns);
-    mayComeLate = mayOverrun && (mayQueue || !isInTimerFcn);
+    const bool maySeeTheLast = isFixedRate && isStopFcnChanged && tasks.contains(timerFcns + 1);
+    hasOverrun = hasOverrun || !(tasks.contains(timerFcns) || maySeeTheLast);
+    mayComeLate = isFixedRate && (mayQueue || !isInTimerFcn);
     end = End::Yes;
 }
 

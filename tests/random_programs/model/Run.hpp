@@ -78,6 +78,9 @@ struct Run {
     /// The settings have been changed while it runs.
     void change(const Settings& settings, const std::string& property);
 
+    /// Whether it may have come to its end, for all that has been seen.
+    bool mayHaveEnded() const;
+
     /// Whether it is over, or may be: no callback of it runs or is sure to come.
     bool canBeOver() const;
 

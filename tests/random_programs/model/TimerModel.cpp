@@ -113,7 +113,7 @@ TimerModel::Answer TimerModel::answerToStart() const
         const bool isEnding = latest.endsByCount && (latest.isInTimerFcn || latest.stopFcn.canBegin());
         return isEnding ? Answer::Either : Answer::Accept;
     }
-    return latest.end == Run::End::Maybe || latest.mayOverrun ? Answer::Either : Answer::Refuse;
+    return latest.mayHaveEnded() ? Answer::Either : Answer::Refuse;
 }
 
 void TimerModel::start(const Event& answer, double called)

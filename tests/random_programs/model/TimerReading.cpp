@@ -29,7 +29,7 @@ void TimerModel::readRunning(const std::string& running)
     bool mayBeFalse = m_runs.empty();
     if (!m_runs.empty() && (!m_runs.back()->hasBegun || m_runs.back()->isTakenBack)) {
         const Run& run = *m_runs.back();
-        mayBeFalse = m_isStopPhase || run.end == Run::End::Yes || (run.mayOverrun && !run.stopFcn.must);
+        mayBeFalse = m_isStopPhase || run.end == Run::End::Yes || (run.mayHaveEnded() && !run.stopFcn.must);
     } else if (!m_runs.empty()) {
         const Run& run = *m_runs.back();
         if (run.end == Run::End::Yes) {
@@ -40,8 +40,7 @@ void TimerModel::readRunning(const std::string& running)
             const bool mayBeEarly = run.isStoppedInLast || mayLookEarly;
             mayBeFalse = run.stopFcn.begun || !(run.stopFcn.must || (hasLastTask && !mayBeEarly));
         } else {
-            const bool mayHaveEnded = run.end == Run::End::Maybe || run.mayOverrun;
-            mayBeFalse = mayHaveEnded && !run.stopFcn.must;
+            mayBeFalse = run.mayHaveEnded() && !run.stopFcn.must;
         }
     }
     require(running == "true" ? mayBeTrue : running == "false" && mayBeFalse, rules::running,
