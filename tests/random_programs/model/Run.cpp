@@ -7,6 +7,7 @@ namespace random_programs {
 
 Run::Run(const Settings& settings, double acceptedAt)
     : isFixedRate(settings.isFixedRate())
+    , looksEarly(isFixedRate || settings.mode == "FixedDelay")
     , mayOverrun(settings.canOverrun())
     , mayQueue(settings.busyMode == "Queue")
     , tasks { settings.most() }
@@ -103,8 +104,7 @@ void Run::change(const Settings& settings, const std::string& property)
 
 bool Run::mayHaveEnded() const
 {
-    // At a fixed rate the engine looks for a StopFcn before the last TimerFcn.
-    return end != End::No || mayOverrun || (isFixedRate && isStopFcnChanged);
+    return end != End::No || mayOverrun || (looksEarly && isStopFcnChanged);
 }
 
 bool Run::canBeOver() const
@@ -157,9 +157,9 @@ bool Run::expects(const std::string& callback) const
 
 void Run::noteEnd()
 {
-    const bool maySeeTheLast = isFixedRate && isStopFcnChanged && tasks.contains(timerFcns + 1);
+    const bool maySeeTheLast = looksEarly && isStopFcnChanged && tasks.contains(timerFcns + 1);
     hasOverrun = hasOverrun || !(tasks.contains(timerFcns) || maySeeTheLast);
-    mayComeLate = isFixedRate && (mayQueue || !isInTimerFcn);
+    mayComeLate = looksEarly && (mayQueue || !isInTimerFcn);
     end = End::Yes;
 }
 

@@ -35,9 +35,7 @@ void TimerModel::readRunning(const std::string& running)
         if (run.end == Run::End::Yes) {
             const bool hasLastTask = run.endsByCount && run.active > 0;
             mayBeTrue = !run.stopFcn.begun && (run.stopFcn.may || hasLastTask);
-            // At a fixed rate the engine looks for a StopFcn before the last TimerFcn.
-            const bool mayLookEarly = run.isFixedRate && run.isStopFcnChanged;
-            const bool mayBeEarly = run.isStoppedInLast || mayLookEarly;
+            const bool mayBeEarly = run.isStoppedInLast || (run.looksEarly && run.isStopFcnChanged);
             mayBeFalse = run.stopFcn.begun || !(run.stopFcn.must || (hasLastTask && !mayBeEarly));
         } else {
             mayBeFalse = run.mayHaveEnded() && !run.stopFcn.must;
