@@ -124,7 +124,9 @@ bool Run::isOver() const
 std::string Run::refuses(const std::string& callback) const
 {
     if (callback == "StartFcn") {
-        return startFcn.begun ? "the run has had its StartFcn" : timerFcns > 0 ? "the run has begun" : "";
+        return startFcn.begun                                  ? "the run has had its StartFcn"
+            : timerFcns > 0 || stopFcn.begun || errorFcn.begun ? "the run has begun"
+                                                               : "";
     }
     if (startFcn.isOpen()) {
         return "its StartFcn has not run";
