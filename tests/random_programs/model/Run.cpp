@@ -7,6 +7,7 @@ namespace random_programs {
 
 Run::Run(const Settings& settings, double acceptedAt)
     : isFixedRate(settings.isFixedRate())
+    , looksEarly(isFixedRate || settings.mode == "FixedDelay")
     , mayOverrun(settings.canOverrun())
     , mayQueue(settings.busyMode == "Queue")
     , tasks { settings.most() }
@@ -101,6 +102,11 @@ void Run::change(const Settings& settings, const std::string& property)
     }
 }
 
+bool Run::mayHaveEnded() const
+{
+    return end != End::No || mayOverrun || (looksEarly && isStopFcnChanged);
+}
+
 bool Run::canBeOver() const
 {
     return active == 0 && owes().empty();
@@ -118,7 +124,9 @@ bool Run::isOver() const
 std::string Run::refuses(const std::string& callback) const
 {
     if (callback == "StartFcn") {
-        return startFcn.begun ? "the run has had its StartFcn" : timerFcns > 0 ? "the run has begun" : "";
+        return startFcn.begun                                  ? "the run has had its StartFcn"
+            : timerFcns > 0 || stopFcn.begun || errorFcn.begun ? "the run has begun"
+                                                               : "";
     }
     if (startFcn.isOpen()) {
         return "its StartFcn has not run";
@@ -151,8 +159,9 @@ bool Run::expects(const std::string& callback) const
 
 void Run::noteEnd()
 {
-    hasOverrun = hasOverrun || !tasks.contains(timerFcns);
-    mayComeLate = mayOverrun && (mayQueue || !isInTimerFcn);
+    const bool maySeeTheLast = looksEarly && isStopFcnChanged && tasks.contains(timerFcns + 1);
+    hasOverrun = hasOverrun || !(tasks.contains(timerFcns) || maySeeTheLast);
+    mayComeLate = looksEarly && (mayQueue || !isInTimerFcn);
     end = End::Yes;
 }
 

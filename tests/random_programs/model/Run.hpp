@@ -42,6 +42,7 @@ struct Run {
     bool failed = false; ///< by an error of its StartFcn or TimerFcn
     bool endsByCount = false; ///< its last TimerFcn has begun
     bool isFixedRate = false;
+    bool looksEarly = false; ///< for its StopFcn, before the last TimerFcn: at a fixed rate or delay
     bool mayOverrun = false; ///< at a fixed rate, in busy mode Error
     bool hasOverrun = false; ///< it has been seen to
     bool mayQueue = false; ///< several of its TimerFcns may wait
@@ -77,6 +78,9 @@ struct Run {
 
     /// The settings have been changed while it runs.
     void change(const Settings& settings, const std::string& property);
+
+    /// Whether it may have come to its end, for all that has been seen.
+    bool mayHaveEnded() const;
 
     /// Whether it is over, or may be: no callback of it runs or is sure to come.
     bool canBeOver() const;

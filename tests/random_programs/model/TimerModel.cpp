@@ -80,9 +80,10 @@ std::shared_ptr<Run> TimerModel::runOf(const Event& event)
         const std::string why = run->refuses(event.what);
         const bool counts
             = event.what != "TimerFcn" || event.reading.tasksExecuted == std::to_string(run->timerFcns + 1);
+        const auto isExpectedByTheNext
+            = [this, &event] { return m_runs[1]->expects(event.what) && m_runs[1]->refuses(event.what).empty(); };
         const bool isOfTheNext = m_runs.size() > 1 && run->canBeOver()
-            && (event.what == "TimerFcn" ? !counts
-                                         : !run->expects(event.what) && m_runs[1]->refuses(event.what).empty());
+            && (event.what == "TimerFcn" ? !counts : !run->expects(event.what) && isExpectedByTheNext());
         if (why.empty() && !isOfTheNext) {
             return run;
         }
@@ -113,7 +114,7 @@ TimerModel::Answer TimerModel::answerToStart() const
         const bool isEnding = latest.endsByCount && (latest.isInTimerFcn || latest.stopFcn.canBegin());
         return isEnding ? Answer::Either : Answer::Accept;
     }
-    return latest.end == Run::End::Maybe || latest.mayOverrun ? Answer::Either : Answer::Refuse;
+    return latest.mayHaveEnded() ? Answer::Either : Answer::Refuse;
 }
 
 void TimerModel::start(const Event& answer, double called)

@@ -29,19 +29,16 @@ void TimerModel::readRunning(const std::string& running)
     bool mayBeFalse = m_runs.empty();
     if (!m_runs.empty() && (!m_runs.back()->hasBegun || m_runs.back()->isTakenBack)) {
         const Run& run = *m_runs.back();
-        mayBeFalse = m_isStopPhase || run.end == Run::End::Yes || (run.mayOverrun && !run.stopFcn.must);
+        mayBeFalse = m_isStopPhase || run.end == Run::End::Yes || (run.mayHaveEnded() && !run.stopFcn.must);
     } else if (!m_runs.empty()) {
         const Run& run = *m_runs.back();
         if (run.end == Run::End::Yes) {
             const bool hasLastTask = run.endsByCount && run.active > 0;
             mayBeTrue = !run.stopFcn.begun && (run.stopFcn.may || hasLastTask);
-            // At a fixed rate the engine looks for a StopFcn before the last TimerFcn.
-            const bool mayLookEarly = run.isFixedRate && run.isStopFcnChanged;
-            const bool mayBeEarly = run.isStoppedInLast || mayLookEarly;
+            const bool mayBeEarly = run.isStoppedInLast || (run.looksEarly && run.isStopFcnChanged);
             mayBeFalse = run.stopFcn.begun || !(run.stopFcn.must || (hasLastTask && !mayBeEarly));
         } else {
-            const bool mayHaveEnded = run.end == Run::End::Maybe || run.mayOverrun;
-            mayBeFalse = mayHaveEnded && !run.stopFcn.must;
+            mayBeFalse = run.mayHaveEnded() && !run.stopFcn.must;
         }
     }
     require(running == "true" ? mayBeTrue : running == "false" && mayBeFalse, rules::running,
