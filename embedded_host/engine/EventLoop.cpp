@@ -90,7 +90,7 @@ void EventLoop::runPending(const std::shared_ptr<TaskOwner>& owner)
 }
 
 /// The caller holds m_mutex.
-EventLoop::Entry EventLoop::take(std::deque<Entry>::iterator entry)
+EventLoop::Entry EventLoop::take(const std::deque<Entry>::iterator& entry)
 {
     Entry taken = std::move(*entry);
     m_queue.erase(entry);

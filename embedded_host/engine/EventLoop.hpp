@@ -135,7 +135,7 @@ private:
 
     bool runNext(State state, std::uint64_t arrivedBefore = anyArrival);
     static void runTask(const Entry& entry);
-    Entry take(std::deque<Entry>::iterator entry);
+    Entry take(const std::deque<Entry>::iterator& entry);
     std::uint64_t arrivals() const;
     void waitForAttention(const Deadline& deadline);
     void raiseAttention(std::unique_lock<std::mutex> lock);

@@ -39,6 +39,7 @@ int execute(lua_State* state)
 {
     const char* command = luaL_optstring(state, 1, nullptr);
     if (command == nullptr) {
+        // Runs nothing: asks whether there is a shell. NOLINTNEXTLINE(concurrency-mt-unsafe)
         lua_pushboolean(state, std::system(nullptr));
         return 1;
     }

@@ -17,6 +17,9 @@ constexpr std::size_t reserveSize = std::size_t { 40 } << 20U;
 
 std::atomic<void*> reserve { nullptr };
 
+// What Lua asks for is to be had from the C library alone, as it has no other way to grow a block.
+// NOLINTBEGIN(cppcoreguidelines-no-malloc)
+
 /// For `operator new`, which tries again after each call that returns.
 void giveReserveUp()
 {
@@ -45,6 +48,8 @@ void* allocate(void* /*unused*/, void* block, std::size_t sizeBefore, std::size_
     const bool shrinks = block != nullptr && size <= sizeBefore;
     return shrinks || isReserveWhole() ? std::realloc(block, size) : nullptr;
 }
+
+// NOLINTEND(cppcoreguidelines-no-malloc)
 
 /// For what fails outside of every protected call, where Lua would end the process.
 int throwError(lua_State* state)

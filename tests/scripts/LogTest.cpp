@@ -178,7 +178,7 @@ pause(0.1 * arg[1])
 
         const auto texts = records(outcome.err, "tovrintimer::TimerScheduler");
         const auto asleep = std::find(texts.begin(), texts.end(), "0x10  @wait_until workQueue.empty() status 1");
-        if (asleep > std::find(texts.begin(), texts.end(), "0x04 Scheduler shutdown Work")) {
+        if (asleep > std::find(texts.begin(), texts.end(), "0x04 Requesting lock @cleanup")) {
             return "the program ended before the scheduler slept again";
         }
         // Until the thread has started, two threads write.
@@ -186,22 +186,26 @@ pause(0.1 * arg[1])
             testing::IsSupersetOf({ "0x04 Request to Start Work with Id: ID for TimerFcn to execute @TIME",
                 "0x04 Requesting lk @insertAscendingSorted", "0x04 End of life for lk @insertAscendingSorted" }));
         const auto dispatched = std::find(texts.begin(), texts.end(), "0x10 workQueue size 1");
-        if (dispatched - texts.begin() < 3 || texts.end() - dispatched < 9) {
+        if (dispatched - texts.begin() < 3 || texts.end() - dispatched < 17) {
             ADD_FAILURE() << outcome.err;
             return "";
         }
-        EXPECT_THAT(std::vector<std::string>(dispatched - 3, dispatched + 9),
+        EXPECT_THAT(std::vector<std::string>(dispatched - 3, dispatched + 8),
             ElementsAre("0x10 @wait_until got notified and doesBackOfQueueHaveSmallerWork then intended ? 0",
                 "0x10 @wait_until got notified and doesBackOfQueueHaveSmallerWork then intended ? 0",
                 "0x10 Finished @wait_until condvar", "0x10 workQueue size 1", "0x10 Do you own lock 1",
                 "0x10 Unlocking lk @run with work_until", "0x04 Transfering WorkItem callback, with ID ID",
                 "0x04 Consumer got a chance to poke at queue", "0x04 Requesting lk @run",
                 "0x10 waiting forever/large timeout at to execute @TIME",
-                "0x10  @wait_until workQueue.empty() status 1", "0x04 Scheduler shutdown Work"));
-        EXPECT_THAT(std::vector<std::string>(dispatched + 9, texts.end()),
+                "0x10  @wait_until workQueue.empty() status 1"));
+        // The thread is ended first, and the scheduler destroyed once nobody can ask for it any more.
+        EXPECT_THAT(std::vector<std::string>(dispatched + 8, texts.end() - 4),
             testing::UnorderedElementsAre("0x04 Requesting lock @cleanup", "0x04 unlocking lock @cleanup",
                 "0x10 @wait_until returning true on m_finish", "0x10 Finished @wait_until condvar",
-                "0x04 Requesting lk @run", "0x04 Successful thread join"));
+                "0x04 Requesting lk @run"));
+        EXPECT_THAT(std::vector<std::string>(texts.end() - 4, texts.end()),
+            ElementsAre("0x04 Scheduler shutdown Work", "0x04 Requesting lock @cleanup",
+                "0x04 unlocking lock @cleanup", "0x04 Successful thread join"));
         return "";
     });
 }

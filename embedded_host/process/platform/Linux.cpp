@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <string>
 
 #include <poll.h>
 #include <pthread.h>
@@ -51,10 +52,10 @@ void nameCurrentThread(const char* name) noexcept
 // Unlike std::system, does not have the program ignore Ctrl-C meanwhile.
 int runCommand(const char* command, const std::function<bool()>& isInterrupted)
 {
-    const std::array<const char*, 4> words { "sh", "-c", command, nullptr };
+    std::array<std::string, 3> words { "sh", "-c", command };
+    const std::array<char*, 4> pointers { words[0].data(), words[1].data(), words[2].data(), nullptr };
     pid_t shell = 0;
-    const int error
-        = posix_spawn(&shell, "/bin/sh", nullptr, nullptr, const_cast<char* const*>(words.data()), environ);
+    const int error = posix_spawn(&shell, "/bin/sh", nullptr, nullptr, pointers.data(), environ);
     if (error != 0) {
         errno = error;
         return -1;
