@@ -32,6 +32,7 @@ void configure(const RunCommand& command)
 
 int run(const RunCommand& command)
 {
+    const platform::SignalsLeftToWatcher left; // by the threads of the runner, too
     ScriptRunner runner(command.maxBacklog);
     const platform::SignalWatcher watcher([&runner, first = 0](int status) mutable {
         if (first != 0) {

@@ -39,6 +39,27 @@ void awaitEnd(pid_t process, const std::function<bool()>& isInterrupted)
     close(end);
 }
 
+/// A program that is started meanwhile gets the signals that ask it to end, although this thread leaves them to
+/// another.
+class SignalsOfPrograms {
+public:
+    SignalsOfPrograms()
+    {
+        sigset_t signals;
+        sigemptyset(&signals);
+        for (const int signal : { SIGINT, SIGTERM, SIGHUP }) {
+            sigaddset(&signals, signal);
+        }
+        pthread_sigmask(SIG_UNBLOCK, &signals, &m_before);
+    }
+    SignalsOfPrograms(const SignalsOfPrograms&) = delete;
+    SignalsOfPrograms& operator=(const SignalsOfPrograms&) = delete;
+    ~SignalsOfPrograms() { pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
+
+private:
+    sigset_t m_before {};
+};
+
 } // namespace
 
 void nameCurrentThread(const char* name) noexcept
@@ -55,7 +76,10 @@ int runCommand(const char* command, const std::function<bool()>& isInterrupted)
     std::array<std::string, 3> words { "sh", "-c", command };
     const std::array<char*, 4> pointers { words[0].data(), words[1].data(), words[2].data(), nullptr };
     pid_t shell = 0;
-    const int error = posix_spawn(&shell, "/bin/sh", nullptr, nullptr, pointers.data(), environ);
+    const int error = [&] {
+        const SignalsOfPrograms asUsual;
+        return posix_spawn(&shell, "/bin/sh", nullptr, nullptr, pointers.data(), environ);
+    }();
     if (error != 0) {
         errno = error;
         return -1;
@@ -72,6 +96,7 @@ int runCommand(const char* command, const std::function<bool()>& isInterrupted)
 
 std::FILE* openPipe(const char* command, const char* mode)
 {
+    const SignalsOfPrograms asUsual;
     return popen(command, mode);
 }
 

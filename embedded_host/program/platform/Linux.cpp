@@ -9,7 +9,6 @@
 #include <thread>
 #include <utility>
 
-#include <fcntl.h>
 #include <unistd.h>
 
 namespace tovrinhost::platform {
@@ -17,11 +16,10 @@ namespace tovrinhost::platform {
 namespace {
 
 constexpr int firstSignalStatus = 128; // as shells have it
-constexpr unsigned char ended = 0;
 constexpr std::array watched { SIGINT, SIGTERM, SIGHUP };
 
 // Written by the watcher before the handler is in place, read by the handler.
-volatile std::sig_atomic_t pipeOfHandler = -1;
+std::atomic<pthread_t> threadOfHandler {};
 
 std::atomic<int> outputError { 0 };
 
@@ -41,18 +39,31 @@ ssize_t writeOutput(void* /*unused*/, const char* text, std::size_t size)
     return static_cast<ssize_t>(size);
 }
 
-void tell(int pipe, unsigned char what)
+bool isIgnored(int signal)
 {
-    // Nothing is lost that matters: a pipe that is full tells of thousands of signals.
-    [[maybe_unused]] const ssize_t written = write(pipe, &what, 1);
+    struct sigaction action { };
+    sigaction(signal, nullptr, &action);
+    return action.sa_handler == SIG_IGN;
 }
 
-/// Does only what a signal handler may.
-void onSignal(int signal)
+/// The signals that are watched for.
+sigset_t watchedSignals()
 {
-    const int errorBefore = errno;
-    tell(pipeOfHandler, static_cast<unsigned char>(signal));
-    errno = errorBefore;
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : watched) {
+        if (signal != SIGHUP || !isIgnored(signal)) {
+            sigaddset(&signals, signal);
+        }
+    }
+    return signals;
+}
+
+/// For a thread that has let them in for a moment, as one does that starts a program. Does only what a signal
+/// handler may.
+void passOn(int signal)
+{
+    pthread_kill(threadOfHandler, signal);
 }
 
 } // namespace
@@ -73,48 +84,52 @@ int flushStandardOutput()
     return outputError;
 }
 
+SignalsLeftToWatcher::SignalsLeftToWatcher()
+{
+    const sigset_t signals = watchedSignals();
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
+
+SignalsLeftToWatcher::~SignalsLeftToWatcher()
+{
+    const sigset_t signals = watchedSignals();
+    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+}
+
 struct SignalWatcher::State {
-    std::array<int, 2> pipe;
-    std::array<struct sigaction, watched.size()> before;
+    const sigset_t signals = watchedSignals();
+    std::array<struct sigaction, watched.size()> before {};
+    std::atomic<bool> hasEnded { false };
     std::thread thread;
 };
 
 SignalWatcher::SignalWatcher(std::function<void(int status)> onSignalStatus)
     : m_state(std::make_unique<State>())
 {
-    if (pipe2(m_state->pipe.data(), O_CLOEXEC) != 0) {
-        throw std::system_error(errno, std::generic_category(), "pipe2");
-    }
-    const auto [readingEnd, writingEnd] = m_state->pipe;
-    fcntl(writingEnd, F_SETFL, O_NONBLOCK); // a handler must not wait
-    m_state->thread = std::thread([readingEnd = readingEnd, onSignalStatus = std::move(onSignalStatus)] {
-        unsigned char told = ended;
-        while (read(readingEnd, &told, 1) == 1 && told != ended) {
-            onSignalStatus(firstSignalStatus + told);
+    m_state->thread = std::thread([&state = *m_state, onSignalStatus = std::move(onSignalStatus)] {
+        int signal = 0;
+        while (sigwait(&state.signals, &signal) == 0 && !state.hasEnded) {
+            onSignalStatus(firstSignalStatus + signal);
         }
     });
-    pipeOfHandler = writingEnd;
+    threadOfHandler = m_state->thread.native_handle();
     struct sigaction action { };
-    action.sa_handler = onSignal;
+    action.sa_handler = passOn;
     action.sa_flags = SA_RESTART;
     for (std::size_t i = 0; i < watched.size(); ++i) {
-        sigaction(watched[i], &action, &m_state->before[i]);
-        if (watched[i] == SIGHUP && m_state->before[i].sa_handler == SIG_IGN) {
-            sigaction(SIGHUP, &m_state->before[i], nullptr);
-        }
+        const bool isWatched = sigismember(&m_state->signals, watched[i]) == 1;
+        sigaction(watched[i], isWatched ? &action : nullptr, &m_state->before[i]);
     }
 }
 
 SignalWatcher::~SignalWatcher()
 {
+    m_state->hasEnded = true;
+    pthread_kill(m_state->thread.native_handle(), SIGTERM);
+    m_state->thread.join();
     for (std::size_t i = 0; i < watched.size(); ++i) {
         sigaction(watched[i], &m_state->before[i], nullptr);
     }
-    const auto [readingEnd, writingEnd] = m_state->pipe;
-    tell(writingEnd, ended);
-    m_state->thread.join();
-    close(readingEnd);
-    close(writingEnd);
 }
 
 } // namespace tovrinhost::platform

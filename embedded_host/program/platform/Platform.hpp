@@ -15,13 +15,23 @@ void setUpStandardOutput();
 /// \returns the errno of the first write that failed since the program began, 0 if none did
 int flushStandardOutput();
 
+/// Keeps the signals that ask the program to end away from this thread, and from those that it makes meanwhile:
+/// only the watcher's gets them. Pending calls of the others are not disturbed.
+class SignalsLeftToWatcher {
+public:
+    SignalsLeftToWatcher();
+    SignalsLeftToWatcher(const SignalsLeftToWatcher&) = delete;
+    SignalsLeftToWatcher& operator=(const SignalsLeftToWatcher&) = delete;
+    ~SignalsLeftToWatcher();
+};
+
 /// Calls a function for each signal that asks the program to end, on a thread of its own, for as long as it lives.
 ///
 /// It is given the status that tells of the signal: 130 for Ctrl-C, and where there are such, 143 for SIGTERM and
 /// 129 for SIGHUP. A SIGHUP that is ignored as the program starts stays so.
 class SignalWatcher {
 public:
-    /// One at a time in the process.
+    /// One at a time in the process, while its signals are left to it.
     explicit SignalWatcher(std::function<void(int status)> onSignal);
     SignalWatcher(const SignalWatcher&) = delete;
     SignalWatcher& operator=(const SignalWatcher&) = delete;

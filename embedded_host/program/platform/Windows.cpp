@@ -52,6 +52,10 @@ int flushStandardOutput()
     return std::ferror(stdout) != 0 ? EIO : 0;
 }
 
+// The system calls the handler on a thread of its own anyway.
+SignalsLeftToWatcher::SignalsLeftToWatcher() = default;
+SignalsLeftToWatcher::~SignalsLeftToWatcher() = default;
+
 struct SignalWatcher::State { };
 
 SignalWatcher::SignalWatcher(std::function<void(int status)> onSignal)
