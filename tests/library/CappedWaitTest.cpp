@@ -45,6 +45,16 @@ TEST(CappedWaitTest, TheLastTimePointIsNoOverflow)
     EXPECT_EQ(nextStop(start, DueTime::max(), longestWait), start + 24h);
 }
 
+TEST(CappedWaitTest, AMomentThatIsLongPastIsNoOverflow)
+{
+    EXPECT_EQ(nextStop(start, DueTime::min(), longestWait), start - longestWait);
+
+    CappedConditionVariable condition(5ms);
+    Mutex mutex;
+    Lock lock(mutex);
+    EXPECT_FALSE(condition.wait_until(lock, DueTime::min(), [] { return false; }));
+}
+
 TEST(CappedWaitTest, ThePredicateIsAskedAtEachStopAndTheWaitEndsNotBeforeItsDeadline)
 {
     CappedConditionVariable condition(5ms);

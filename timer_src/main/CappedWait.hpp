@@ -11,10 +11,14 @@ namespace tovrintimer {
 /// longer for endless.
 inline constexpr std::chrono::hours longestWait { 24 };
 
-/// Where a wait that began at `now` has to make its next stop on the way to `deadline`.
+/// Where a wait that began at `now` has to make its next stop on the way to `deadline`. One that
+/// has passed is no longer ago than `cap`: with the whole range of the clock nobody can reckon.
 template <typename TimePoint>
 constexpr TimePoint nextStop(TimePoint now, TimePoint deadline, typename TimePoint::duration cap)
 {
+    if (deadline <= now) {
+        return std::max(deadline, now - cap);
+    }
     // Not now + cap < deadline: that might be beyond the last time point.
     return deadline - cap > now ? now + cap : deadline;
 }
@@ -37,7 +41,7 @@ public:
         while (!predicate()) {
             const auto now = std::chrono::time_point_cast<Duration>(Clock::now());
             const auto stop = nextStop(now, deadline, std::chrono::duration_cast<Duration>(m_cap));
-            if (m_condition.wait_until(lock, stop) == std::cv_status::timeout && stop == deadline) {
+            if (m_condition.wait_until(lock, stop) == std::cv_status::timeout && stop >= deadline) {
                 return predicate();
             }
         }
