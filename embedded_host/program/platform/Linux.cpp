@@ -125,7 +125,7 @@ SignalWatcher::SignalWatcher(std::function<void(int status)> onSignalStatus)
 SignalWatcher::~SignalWatcher()
 {
     m_state->hasEnded = true;
-    pthread_kill(m_state->thread.native_handle(), SIGTERM);
+    pthread_kill(m_state->thread.native_handle(), SIGINT);
     m_state->thread.join();
     for (std::size_t i = 0; i < watched.size(); ++i) {
         sigaction(watched[i], &m_state->before[i], nullptr);
