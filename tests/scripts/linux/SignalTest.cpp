@@ -110,7 +110,8 @@ TEST_F(SignalTest, AProgramThatDoesNotEndWithTheScriptIsEnded)
 
 TEST_F(SignalTest, AProgramMayTidyUpBeforeItIsEnded)
 {
-    expectEnd("os.execute('trap \"echo tidy; exit 0\" INT; kill -INT $PPID $$; sleep 0.1') print('not reached')",
+    expectEnd("os.execute('trap \"sleep 0.2; echo tidy; exit 0\" INT; kill -INT $PPID $$; sleep 0.1') print('not "
+              "reached')",
         "tidy\nStopFcn\n", 130);
 }
 
