@@ -18,6 +18,7 @@ install(FILES
   timer_src/main/TimerScheduler.hpp
   timer_src/main/WorkItem.hpp
   timer_src/main/WorkKind.hpp
+  timer_src/main/WorkQueue.hpp
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tovrintimer/timer_src/main)
 if(TOVRINTIMER_BUILD_EMBEDDED_HOST)
   # The installed program finds the libraries beside it, wherever that is.

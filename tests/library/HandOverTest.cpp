@@ -1,6 +1,7 @@
 #include "tests/library/LibraryTest.hpp"
 
 #include "timer_src/main/callback/HandOver.hpp"
+#include "timer_src/main/handlers/Dispatch.hpp"
 
 #include <iostream>
 #include <thread>
@@ -176,13 +177,13 @@ TEST_F(HandOverDeathTest, EachKindOfHandlerReportsOnceInTheProcess)
         recording::setTimerPpe(ppe);
         const auto timer = makeFullTimer();
         for (int round = 0; round < 3; ++round) {
-            TimerSchedulerPeer::bypass(scheduler(), startFcn(timer));
-            TimerSchedulerPeer::bypass(scheduler(), stopFcn(timer));
-            TimerSchedulerPeer::bypass(scheduler(), errorFcn(timer));
+            dispatch(startFcn(timer), nullptr);
+            dispatch(stopFcn(timer), nullptr);
+            dispatch(errorFcn(timer), nullptr);
             for (const ExecutionMode mode : { ExecutionMode::SingleShot, ExecutionMode::FixedSpacing,
                      ExecutionMode::FixedDelay, ExecutionMode::FixedRate }) {
                 timer->setExecutionMode(static_cast<size_t>(mode));
-                TimerSchedulerPeer::bypass(scheduler(), timerFcn(timer));
+                dispatch(timerFcn(timer), nullptr);
             }
             std::cerr << journal().count("Timer Running on PPE") << " PPE, "
                       << journal().count("Timer Running on LineHook") << " LineHook\n";
@@ -201,7 +202,7 @@ TEST_F(HandOverTest, TheHandlersReportAtMostOnceInTheProcess)
     const auto timer = makeFullTimer();
 
     for (int round = 0; round < 3; ++round) {
-        TimerSchedulerPeer::bypass(scheduler(), stopFcn(timer));
+        dispatch(stopFcn(timer), nullptr);
     }
 
     EXPECT_LE(journal().count("Timer Running on "), 1U);

@@ -90,6 +90,17 @@ private:
 using WorkItemVariant = boost::variant<WorkItem<StartFcnWork>, WorkItem<StopFcnWork>, WorkItem<TimerFcnWork>,
     WorkItem<ErrorFcnWork>>;
 
+inline DueTime dueTime(const WorkItemVariant& work)
+{
+    return boost::apply_visitor([](const auto& item) { return item.m_executeAt; }, work);
+}
+
+/// The identity of the timer whose work it is.
+inline foundation::msg_svc::exchange::IDType timerId(const WorkItemVariant& work)
+{
+    return boost::apply_visitor([](const auto& item) { return item.m_id; }, work);
+}
+
 static_assert(std::is_nothrow_move_constructible_v<WorkItemVariant>, "the queue moves its items");
 
 } // namespace tovrintimer
