@@ -2,6 +2,7 @@
 
 #include "timer_src/main/Concurrency.hpp"
 #include "timer_src/main/Export.hpp"
+#include "timer_src/main/OnceFlag.hpp"
 #include "timer_src/main/WorkItem.hpp"
 #include "timer_src/main/WorkQueue.hpp"
 

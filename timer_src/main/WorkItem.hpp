@@ -2,7 +2,7 @@
 
 #include "host/foundation/log/basic_diagnostic_logger.hpp"
 #include "host/foundation/msg_svc/exchange/IDType.hpp"
-#include "timer_src/main/Concurrency.hpp"
+#include "timer_src/main/DueTime.hpp"
 #include "timer_src/main/PrevCallBackStatus.hpp"
 #include "timer_src/main/WorkKind.hpp"
 
