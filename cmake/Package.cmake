@@ -10,15 +10,21 @@ install(DIRECTORY host/
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tovrintimer/host
   FILES_MATCHING PATTERN "*.hpp")
 install(FILES
-  timer_src/main/CappedWait.hpp
   timer_src/main/Concurrency.hpp
+  timer_src/main/DueTime.hpp
   timer_src/main/Export.hpp
+  timer_src/main/OnceFlag.hpp
   timer_src/main/PrevCallBackStatus.hpp
   timer_src/main/TimerInfo.hpp
   timer_src/main/TimerScheduler.hpp
   timer_src/main/WorkItem.hpp
   timer_src/main/WorkKind.hpp
+  timer_src/main/WorkQueue.hpp
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tovrintimer/timer_src/main)
+install(FILES
+  timer_src/main/platform/CappedWait.hpp
+  timer_src/main/platform/ConditionVariable.hpp
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tovrintimer/timer_src/main/platform)
 if(TOVRINTIMER_BUILD_EMBEDDED_HOST)
   # The installed program finds the libraries beside it, wherever that is.
   file(RELATIVE_PATH libraryPath /${CMAKE_INSTALL_FULL_BINDIR} /${CMAKE_INSTALL_FULL_LIBDIR})

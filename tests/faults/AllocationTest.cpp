@@ -72,8 +72,7 @@ std::vector<std::pair<int, DueTime>> contentsOf(TimerScheduler& scheduler)
 {
     std::vector<std::pair<int, DueTime>> contents;
     for (const WorkItemVariant& queued : TimerSchedulerPeer::queue(scheduler)) {
-        contents.emplace_back(
-            queued.which(), boost::apply_visitor([](const auto& item) { return item.m_executeAt; }, queued));
+        contents.emplace_back(queued.which(), dueTime(queued));
     }
     return contents;
 }
@@ -204,8 +203,9 @@ TEST(AllocationTest, RemovingWorkNeverFails)
 
 TEST(AllocationTest, ReadingTheSoonestItemNeverFails)
 {
-    EXPECT_EQ(sweep<Queued>({ .prepare = [](World& world, Queued& queued) { fill(world, queued, true); },
-                  .act = [](World& world, Queued&) { TimerSchedulerPeer::soonest(world.scheduler()); } }),
+    EXPECT_EQ(
+        sweep<Queued>({ .prepare = [](World& world, Queued& queued) { fill(world, queued, true); },
+            .act = [](World& world, Queued&) { TimerSchedulerPeer::workQueue(world.scheduler()).soonest(); } }),
         0);
 }
 

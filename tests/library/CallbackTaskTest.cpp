@@ -4,6 +4,7 @@
 #include "host/foundation/tovrindata/StructArray.hpp"
 #include "host/foundation/tovrindata/TypedArray.hpp"
 #include "timer_src/main/callback/CallbackTask.hpp"
+#include "timer_src/main/handlers/Dispatch.hpp"
 
 #include <cmath>
 #include <ctime>
@@ -35,16 +36,16 @@ protected:
     {
         switch (kind) {
         case StartFcnWork:
-            TimerSchedulerPeer::bypass(scheduler(), startFcn(timer));
+            dispatch(startFcn(timer), nullptr);
             return;
         case StopFcnWork:
-            TimerSchedulerPeer::bypass(scheduler(), stopFcn(timer));
+            dispatch(stopFcn(timer), nullptr);
             return;
         case TimerFcnWork:
-            TimerSchedulerPeer::bypass(scheduler(), timerFcn(timer));
+            dispatch(timerFcn(timer), nullptr);
             return;
         case ErrorFcnWork:
-            TimerSchedulerPeer::bypass(scheduler(), errorFcn(timer));
+            dispatch(errorFcn(timer), nullptr);
             return;
         }
     }

@@ -1,11 +1,12 @@
-#include "timer_src/main/CappedWait.hpp"
-#include "timer_src/main/Concurrency.hpp"
+#include "timer_src/main/platform/CappedWait.hpp"
+
+#include "timer_src/main/DueTime.hpp"
 
 #include <gtest/gtest.h>
 
 #include <thread>
 
-namespace tovrintimer {
+namespace tovrintimer::platform {
 
 namespace {
 
@@ -96,4 +97,4 @@ TEST(CappedWaitTest, ANotificationEndsTheWait)
 
 } // namespace
 
-} // namespace tovrintimer
+} // namespace tovrintimer::platform

@@ -1,6 +1,7 @@
 #include "tests/library/LibraryTest.hpp"
 
 #include "timer_src/main/callback/HandOver.hpp"
+#include "timer_src/main/handlers/Dispatch.hpp"
 
 #include <iostream>
 #include <thread>
@@ -8,6 +9,8 @@
 namespace tovrintimer {
 
 namespace {
+
+struct SomeHandler { };
 
 class HandOverTest : public LibraryTest {
 protected:
@@ -17,10 +20,8 @@ using HandOverDeathTest = HandOverTest;
 
 TEST_F(HandOverTest, WithTheFeatureOnTheTaskIsHandedOverAndNothingMore)
 {
-    const auto timer = makeTimer();
-
-    m_handOver(*timer, [] {});
-    m_handOver(*timer, [] {});
+    m_handOver(m_engine, [] {});
+    m_handOver(m_engine, [] {});
 
     EXPECT_THAT(everything(),
         ElementsAre("processTovrinTimerTask", "Feature::get TIMER_PPE", "Feature::get TIMER_PPE",
@@ -30,10 +31,8 @@ TEST_F(HandOverTest, WithTheFeatureOnTheTaskIsHandedOverAndNothingMore)
 TEST_F(HandOverTest, WithTheFeatureOffEachHandOverWakesTheRequestLineOnce)
 {
     recording::setTimerPpe(false);
-    const auto timer = makeTimer();
-
-    m_handOver(*timer, [] {});
-    m_handOver(*timer, [] {});
+    m_handOver(m_engine, [] {});
+    m_handOver(m_engine, [] {});
 
     EXPECT_THAT(calls(),
         ElementsAre("processTovrinTimerTask", "setReadyRequestPending true", "Iqm::getInstance 1",
@@ -48,7 +47,7 @@ TEST_F(HandOverTest, TheRequestLineIsThatOfTheTimersOwnEngine)
     const auto timer = makeTimer();
     journal().clearEvents();
 
-    m_handOver(*timer, [] {});
+    handOver<SomeHandler>(timer, [](TimerInfo&, vorn::VORN&) {});
 
     EXPECT_THAT(everything(),
         ElementsAre("processTovrinTimerTask", "Feature::get TIMER_PPE", "Feature::get TIMER_PPE",
@@ -57,16 +56,15 @@ TEST_F(HandOverTest, TheRequestLineIsThatOfTheTimersOwnEngine)
 
 TEST_F(HandOverTest, ASwitchThatIsThrownBetweenTheReadsCounts)
 {
-    const auto timer = makeTimer();
     // Off as it is read the first time, on as it is read again; and the other way round.
     recording::setTimerPpe(false);
     journal().once("Feature::get", [] { journal().once("Feature::get", [] { recording::setTimerPpe(true); }); });
-    m_handOver(*timer, [] {});
+    m_handOver(m_engine, [] {});
     EXPECT_THAT(calls(), ElementsAre("processTovrinTimerTask"));
 
     journal().clearEvents();
     journal().once("Feature::get", [] { journal().once("Feature::get", [] { recording::setTimerPpe(false); }); });
-    m_handOver(*timer, [] {});
+    m_handOver(m_engine, [] {});
     EXPECT_THAT(calls(),
         ElementsAre("processTovrinTimerTask", "setReadyRequestPending true", "Iqm::getInstance 1",
             "inRequestLineNoService 1"));
@@ -76,7 +74,7 @@ TEST_F(HandOverTest, TheTaskGoesToTheEngineThatTheTimerWasMadeIn)
 {
     const auto timer = makeTimer();
 
-    m_handOver(*timer, [] {});
+    handOver<SomeHandler>(timer, [](TimerInfo&, vorn::VORN&) {});
 
     ASSERT_EQ(timerTasks().engines().size(), 1U);
     EXPECT_EQ(timerTasks().engines()[0].lock(), m_engine);
@@ -84,10 +82,9 @@ TEST_F(HandOverTest, TheTaskGoesToTheEngineThatTheTimerWasMadeIn)
 
 TEST_F(HandOverTest, TheHandlersOwnTaskIsGoneWhenTheHandOverHasEnded)
 {
-    const auto timer = makeFullTimer();
     const auto captured = std::make_shared<int>(0);
 
-    m_handOver(*timer, [captured] {});
+    m_handOver(m_engine, [captured] {});
     EXPECT_EQ(captured.use_count(), 2); // the host's copy
 
     timerTasks().reset();
@@ -98,9 +95,7 @@ TEST_F(HandOverTest, AHostThatRefusesTheTaskIsToldNothingMore)
 {
     recording::setTimerPpe(false);
     timerTasks().setRun(TaskRun::Refuse);
-    const auto timer = makeTimer();
-
-    EXPECT_THROW(m_handOver(*timer, [] {}), recording::HandOverError);
+    EXPECT_THROW(m_handOver(m_engine, [] {}), recording::HandOverError);
 
     EXPECT_THAT(everything(), ElementsAre("processTovrinTimerTask"));
 }
@@ -136,27 +131,24 @@ TEST_F(HandOverTest, ATaskMayRunOnAnotherThreadBeforeTheHandOverReturns)
 
 TEST_F(HandOverTest, EachObjectReportsItsWayOnceEvenWhereManyThreadsComeFirst)
 {
-    const auto timer = makeTimer();
     {
         std::vector<std::jthread> threads;
         for (int thread = 0; thread < 8; ++thread) {
-            threads.emplace_back([&] { m_handOver(*timer, [] {}); });
+            threads.emplace_back([&] { m_handOver(m_engine, [] {}); });
         }
     }
     EXPECT_EQ(journal().count("Timer Running on PPE"), 1U);
 
     HandOver other;
     recording::setTimerPpe(false);
-    other(*timer, [] {});
-    other(*timer, [] {});
+    other(m_engine, [] {});
+    other(m_engine, [] {});
     EXPECT_EQ(journal().count("Timer Running on LineHook"), 1U);
 }
 
 TEST_F(HandOverTest, TheReportStandsBetweenTheTwoReadsOfTheSwitch)
 {
-    const auto timer = makeTimer();
-
-    m_handOver(*timer, [] {});
+    m_handOver(m_engine, [] {});
 
     std::vector<std::string> all;
     for (const auto& event : journal().events()) {
@@ -176,13 +168,13 @@ TEST_F(HandOverDeathTest, EachKindOfHandlerReportsOnceInTheProcess)
         recording::setTimerPpe(ppe);
         const auto timer = makeFullTimer();
         for (int round = 0; round < 3; ++round) {
-            TimerSchedulerPeer::bypass(scheduler(), startFcn(timer));
-            TimerSchedulerPeer::bypass(scheduler(), stopFcn(timer));
-            TimerSchedulerPeer::bypass(scheduler(), errorFcn(timer));
+            dispatch(startFcn(timer), nullptr);
+            dispatch(stopFcn(timer), nullptr);
+            dispatch(errorFcn(timer), nullptr);
             for (const ExecutionMode mode : { ExecutionMode::SingleShot, ExecutionMode::FixedSpacing,
                      ExecutionMode::FixedDelay, ExecutionMode::FixedRate }) {
                 timer->setExecutionMode(static_cast<size_t>(mode));
-                TimerSchedulerPeer::bypass(scheduler(), timerFcn(timer));
+                dispatch(timerFcn(timer), nullptr);
             }
             std::cerr << journal().count("Timer Running on PPE") << " PPE, "
                       << journal().count("Timer Running on LineHook") << " LineHook\n";
@@ -201,7 +193,7 @@ TEST_F(HandOverTest, TheHandlersReportAtMostOnceInTheProcess)
     const auto timer = makeFullTimer();
 
     for (int round = 0; round < 3; ++round) {
-        TimerSchedulerPeer::bypass(scheduler(), stopFcn(timer));
+        dispatch(stopFcn(timer), nullptr);
     }
 
     EXPECT_LE(journal().count("Timer Running on "), 1U);

@@ -70,9 +70,8 @@ std::vector<Queued> LibraryTest::queue() const
     std::vector<Queued> seen;
     for (const WorkItemVariant& work : TimerSchedulerPeer::queue(scheduler())) {
         std::ostringstream timer;
-        boost::apply_visitor([&](const auto& item) { timer << item.m_id; }, work);
-        const DueTime due = boost::apply_visitor([](const auto& item) { return item.m_executeAt; }, work);
-        seen.push_back({ kindOf(work), plain(timer.str()), due });
+        timer << timerId(work);
+        seen.push_back({ kindOf(work), plain(timer.str()), dueTime(work) });
     }
     return seen;
 }

@@ -1,5 +1,5 @@
+#include "timer_src/main/OnceFlag.hpp"
 #include "tests/StartLine.hpp"
-#include "timer_src/main/Concurrency.hpp"
 
 #include <gtest/gtest.h>
 

@@ -23,12 +23,12 @@ WorkItem<TimerFcnWork> PeriodicTest::periodicItem(
 
 WorkItem<TimerFcnWork> PeriodicTest::nextTimerFcn() const
 {
-    return boost::get<WorkItem<TimerFcnWork>>(TimerSchedulerPeer::soonest(scheduler()).first);
+    return boost::get<WorkItem<TimerFcnWork>>(TimerSchedulerPeer::workQueue(scheduler()).soonest());
 }
 
 void PeriodicTest::dispatchNext() const
 {
-    dispatch(TimerSchedulerPeer::take(scheduler()), nullptr);
+    dispatch(TimerSchedulerPeer::workQueue(scheduler()).take(), nullptr);
 }
 
 void PeriodicTest::runToEnd() const

@@ -1,5 +1,7 @@
 #include "tests/library/LibraryTest.hpp"
 
+#include "timer_src/main/handlers/Dispatch.hpp"
+
 #include <ostream>
 
 namespace tovrintimer {
@@ -97,7 +99,7 @@ TEST_P(LockedRecordTest, TheSinkCallsWhatTakesNoQueueLock)
         other->setActivationStatus(false);
         other->updateTimerFunRunStatus();
         static_cast<void>(other->getTasksExecuted());
-        TimerSchedulerPeer::bypass(scheduler(), stopFcn(other));
+        dispatch(stopFcn(other), nullptr);
         called = true;
     });
     const auto timer = makeFullTimer("A");

@@ -1,237 +1,198 @@
-#include "tests/library/LibraryTest.hpp"
+#include "timer_src/main/WorkQueue.hpp"
 
-#include <thread>
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <memory>
+#include <ostream>
+#include <vector>
 
 namespace tovrintimer {
 
 namespace {
 
-class WorkQueueTest : public LibraryTest {
-protected:
-    void SetUp() override
+using namespace std::chrono_literals;
+
+using foundation::msg_svc::exchange::IDType;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// An item, of whatever kind.
+struct Entry {
+    IDType timer;
+    std::chrono::milliseconds due;
+
+    bool operator==(const Entry& other) const
     {
-        LibraryTest::SetUp();
-        keepQueueStill();
+        return timer.first == other.timer.first && timer.second == other.timer.second && due == other.due;
     }
 };
 
-TEST_F(WorkQueueTest, TheSoonestItemStandsAtTheBack)
+std::ostream& operator<<(std::ostream& stream, const Entry& entry)
 {
-    const auto a = makeTimer("A");
-    const auto b = makeTimer("B");
-    const auto c = makeTimer("C");
-    const DueTime due = farOff();
-
-    scheduler().insertAscendingSorted(timerFcn(b, due));
-    scheduler().insertAscendingSorted(timerFcn(a, due - 5ms));
-    scheduler().insertAscendingSorted(timerFcn(c, due + 5ms));
-
-    EXPECT_THAT(queue(),
-        ElementsAre(Queued { TimerFcnWork, "<C>", due + 5ms }, Queued { TimerFcnWork, "<B>", due },
-            Queued { TimerFcnWork, "<A>", due - 5ms }));
+    return stream << "timer " << entry.timer.first << ',' << entry.timer.second << " due at " << entry.due.count()
+                  << " ms";
 }
 
-TEST_F(WorkQueueTest, AnItemBetweenTwoGoesBetweenThem)
-{
-    const auto a = makeTimer("A");
-    const auto b = makeTimer("B");
-    const auto c = makeTimer("C");
-    const DueTime due = farOff();
+const IDType a(0, 1);
+const IDType b(0, 2);
+const IDType c(0, 3);
 
-    scheduler().insertAscendingSorted(timerFcn(a, due));
-    scheduler().insertAscendingSorted(timerFcn(c, due + 2ms));
-    scheduler().insertAscendingSorted(timerFcn(b, due + 1ms));
-
-    EXPECT_THAT(queue(),
-        ElementsAre(Queued { TimerFcnWork, "<C>", due + 2ms }, Queued { TimerFcnWork, "<B>", due + 1ms },
-            Queued { TimerFcnWork, "<A>", due }));
-}
-
-TEST_F(WorkQueueTest, EqualDueTimesStandInArrivalOrderFromTheBack)
-{
-    const auto a = makeTimer("A");
-    const auto b = makeTimer("B");
-    const auto c = makeTimer("C");
-    const DueTime due = farOff();
-
-    scheduler().insertAscendingSorted(timerFcn(a, due));
-    scheduler().insertAscendingSorted(stopFcn(b, due));
-    scheduler().insertAscendingSorted(errorFcn(c, due));
-
-    EXPECT_THAT(queue(),
-        ElementsAre(Queued { ErrorFcnWork, "<C>", due }, Queued { StopFcnWork, "<B>", due },
-            Queued { TimerFcnWork, "<A>", due }));
-}
-
-TEST_F(WorkQueueTest, APastDueTimeIsInsertedLikeAnyOther)
-{
-    const auto a = makeTimer("A");
-    const DueTime due = farOff();
-    const DueTime gone = past();
-
-    scheduler().insertAscendingSorted(timerFcn(a, due));
-    scheduler().insertAscendingSorted(timerFcn(a, gone));
-    scheduler().insertAscendingSorted(timerFcn(a, DueTime(DueTime::duration(-7))));
-
-    EXPECT_THAT(queue(),
-        ElementsAre(Queued { TimerFcnWork, "<A>", due }, Queued { TimerFcnWork, "<A>", gone },
-            Queued { TimerFcnWork, "<A>", DueTime(DueTime::duration(-7)) }));
-}
-
-TEST_F(WorkQueueTest, ADueTimeBeyondTheClocksRangeIsTheEndOfThatRange)
-{
-    const auto a = makeTimer();
-    const DueTime last { DueTime::duration(9'223'372'036'854) };
-    const DueTime first { DueTime::duration(-9'223'372'036'854) };
-
-    scheduler().insertAscendingSorted(startFcn(a, first));
-    scheduler().insertAscendingSorted(stopFcn(a, first - 1ms));
-    scheduler().insertAscendingSorted(errorFcn(a, DueTime::min()));
-    scheduler().insertAscendingSorted(startFcn(a, last));
-    scheduler().insertAscendingSorted(stopFcn(a, last + 1ms));
-    scheduler().insertAscendingSorted(timerFcn(a, DueTime::max()));
-
-    EXPECT_THAT(queue(),
-        ElementsAre(Queued { TimerFcnWork, "<A>", last }, Queued { StopFcnWork, "<A>", last },
-            Queued { StartFcnWork, "<A>", last }, Queued { ErrorFcnWork, "<A>", first },
-            Queued { StopFcnWork, "<A>", first }, Queued { StartFcnWork, "<A>", first }));
-}
-
-TEST_F(WorkQueueTest, AnInsertWritesTheRequestAndThenItsLockSteps)
-{
-    const auto a = makeTimer("A");
-
-    scheduler().insertAscendingSorted(startFcn(a, farOff()));
-    scheduler().insertAscendingSorted(stopFcn(a, farOff()));
-    scheduler().insertAscendingSorted(timerFcn(a, farOff()));
-    scheduler().insertAscendingSorted(errorFcn(a, farOff()));
-
-    const std::string request = "Requesting lk @insertAscendingSorted";
-    const std::string end = "End of life for lk @insertAscendingSorted";
-    EXPECT_THAT(story(),
-        ElementsAre("Request to Start Work with Id: <A> for StartFcn to execute @<time>", request, end,
-            "Request to Start Work with Id: <A> for StopFcn to execute @<time>", request, end,
-            "Request to Start Work with Id: <A> for TimerFcn to execute @<time>", request, end,
-            "Request to Start Work with Id: <A> for ErrorFcn to execute @<time>", request, end));
-    EXPECT_EQ(logs("tovrintimer::TimerScheduler"), story());
-}
-
-TEST_F(WorkQueueTest, InsertsAreRecordedAtSeverityFour)
-{
-    const auto a = makeTimer("A");
-
-    scheduler().insertAscendingSorted(timerFcn(a, farOff()));
-
-    for (const auto& event : journal().events()) {
-        EXPECT_EQ(event.severity, 4U) << event.text;
+class WorkQueueTest : public testing::Test {
+protected:
+    template <int kind = StopFcnWork> void insert(const IDType& timer, std::chrono::milliseconds due)
+    {
+        m_queue.insert(WorkItem<kind>(DueTime(due), timer, {}));
     }
-    EXPECT_EQ(journal().events().size(), 3U);
+
+    /// What stands in the queue, in the order in which it is taken.
+    std::vector<Entry> inOrder() const
+    {
+        std::vector<Entry> entries;
+        for (WorkQueue rest = m_queue; !rest.empty();) {
+            const WorkItemVariant work = rest.take();
+            entries.push_back({ timerId(work), dueTime(work).time_since_epoch() });
+        }
+        return entries;
+    }
+
+    WorkQueue m_queue;
+};
+
+TEST_F(WorkQueueTest, ANewQueueIsEmpty)
+{
+    EXPECT_TRUE(m_queue.empty());
+    EXPECT_EQ(m_queue.size(), 0U);
 }
 
-TEST_F(WorkQueueTest, TheSoonestItemIsReadTogetherWithItsDueTimeAndStays)
+TEST_F(WorkQueueTest, TheEarlierDueTimeComesFirst)
 {
-    const auto a = makeTimer("A");
-    const DueTime due = farOff();
-    scheduler().insertAscendingSorted(timerFcn(a, due + 1ms));
-    scheduler().insertAscendingSorted(errorFcn(a, due));
+    insert(b, 50ms);
+    insert(a, 45ms);
+    insert(c, 55ms);
+    insert(a, 51ms);
+    insert(a, -7ms);
 
-    const auto [work, moment] = TimerSchedulerPeer::soonest(scheduler());
-
-    EXPECT_EQ(work.which(), 3);
-    EXPECT_EQ(moment, due);
-    EXPECT_EQ(queue().size(), 2U);
+    EXPECT_THAT(inOrder(),
+        ElementsAre(
+            Entry { a, -7ms }, Entry { a, 45ms }, Entry { b, 50ms }, Entry { a, 51ms }, Entry { c, 55ms }));
 }
 
-TEST_F(WorkQueueTest, RemovalTakesAllKindsOfOneTimerAndKeepsTheOthersInOrder)
+TEST_F(WorkQueueTest, EqualDueTimesComeInArrivalOrder)
 {
-    const auto a = makeTimer("A");
-    const auto b = makeTimer("B");
-    const DueTime due = farOff();
-    scheduler().insertAscendingSorted(startFcn(a, due));
-    scheduler().insertAscendingSorted(timerFcn(b, due));
-    scheduler().insertAscendingSorted(stopFcn(a, due + 1ms));
-    scheduler().insertAscendingSorted(stopFcn(b, due));
-    scheduler().insertAscendingSorted(timerFcn(a, due - 1ms));
-    scheduler().insertAscendingSorted(errorFcn(b, due + 2ms));
-    scheduler().insertAscendingSorted(errorFcn(a, due));
+    insert(a, 50ms);
+    insert(b, 60ms);
+    insert(b, 50ms);
+    insert(a, 40ms);
+    insert(c, 50ms);
 
-    TimerSchedulerPeer::remove(scheduler(), a->getId());
+    EXPECT_THAT(inOrder(),
+        ElementsAre(
+            Entry { a, 40ms }, Entry { a, 50ms }, Entry { b, 50ms }, Entry { c, 50ms }, Entry { b, 60ms }));
+}
 
-    EXPECT_THAT(queue(),
-        ElementsAre(Queued { ErrorFcnWork, "<B>", due + 2ms }, Queued { StopFcnWork, "<B>", due },
-            Queued { TimerFcnWork, "<B>", due }));
+TEST_F(WorkQueueTest, DueTimesAtTheEndsOfTheirRangeHaveTheirPlaceToo)
+{
+    const auto last = DueTime::duration::max();
+    const auto first = DueTime::duration::min();
+    insert(a, last);
+    insert(a, 0ms);
+    insert(a, first);
+    insert(b, last);
+
+    EXPECT_THAT(
+        inOrder(), ElementsAre(Entry { a, first }, Entry { a, 0ms }, Entry { a, last }, Entry { b, last }));
+}
+
+TEST_F(WorkQueueTest, TheSoonestItemIsReadAndStays)
+{
+    insert(a, 51ms);
+    insert<ErrorFcnWork>(b, 50ms);
+
+    EXPECT_EQ(m_queue.soonest().which(), 3);
+    EXPECT_EQ(dueTime(m_queue.soonest()), DueTime(50ms));
+    EXPECT_EQ(m_queue.size(), 2U);
+}
+
+TEST_F(WorkQueueTest, AnItemIsTakenAsItWasInserted)
+{
+    const auto counter = std::make_shared<std::uint64_t>(9);
+    const auto record = std::make_shared<prevCallBackStatus>();
+    m_queue.insert(WorkItem<TimerFcnWork>(a, DueTime(50ms), {}, counter, 4, record));
+
+    const auto item = boost::get<WorkItem<TimerFcnWork>>(m_queue.take());
+
+    EXPECT_TRUE(m_queue.empty());
+    EXPECT_EQ(item.m_sharedTaskCounter, counter);
+    EXPECT_EQ(item.m_taskCount, 4U);
+    EXPECT_EQ(item.m_prevCallBackStatus, record);
+    // The queue has kept nothing of it.
+    EXPECT_EQ(counter.use_count(), 2);
+}
+
+TEST_F(WorkQueueTest, ItemsOfAllKindsAreToldApart)
+{
+    insert<ErrorFcnWork>(a, 4ms);
+    insert<StopFcnWork>(a, 2ms);
+    insert<StartFcnWork>(a, 1ms);
+    m_queue.insert(WorkItem<TimerFcnWork>(a, DueTime(3ms), {}, 1));
+
+    std::vector<int> alternatives;
+    while (!m_queue.empty()) {
+        alternatives.push_back(m_queue.take().which());
+    }
+
+    EXPECT_THAT(alternatives, ElementsAre(0, 1, 2, 3));
+}
+
+TEST_F(WorkQueueTest, RemovalDiscardsAllKindsOfOneTimerAndKeepsTheOthersInOrder)
+{
+    insert<StartFcnWork>(a, 50ms);
+    insert(b, 50ms);
+    insert<StopFcnWork>(a, 51ms);
+    insert(c, 50ms);
+    insert(b, 52ms);
+    m_queue.insert(WorkItem<TimerFcnWork>(a, DueTime(49ms), {}, 1));
+    insert<ErrorFcnWork>(a, 50ms);
+
+    m_queue.removeMatching(a);
+
+    EXPECT_THAT(inOrder(), ElementsAre(Entry { b, 50ms }, Entry { c, 50ms }, Entry { b, 52ms }));
 }
 
 TEST_F(WorkQueueTest, RemovalGoesByTheOrderOfTheIdentitiesWords)
 {
     // Equal first words, equal second words, and signs: none of these is the same identity.
-    const DueTime due = farOff();
-    for (const IDType id : { IDType(1, 2), IDType(2, 1), IDType(1, -2), IDType(-1, 2), IDType(2, 2) }) {
-        scheduler().insertAscendingSorted(WorkItem<StopFcnWork>(due, id, {}));
+    const std::vector<IDType> all { IDType(1, 2), IDType(2, 1), IDType(1, -2), IDType(-1, 2), IDType(2, 2) };
+    for (const IDType& id : all) {
+        insert(id, 1ms);
     }
 
-    TimerSchedulerPeer::remove(scheduler(), IDType(1, 2));
+    m_queue.removeMatching(all.front());
 
-    std::vector<std::pair<std::int64_t, std::int64_t>> left;
-    for (const WorkItemVariant& work : TimerSchedulerPeer::queue(scheduler())) {
-        const IDType id = boost::apply_visitor([](const auto& item) { return item.m_id; }, work);
-        left.emplace_back(id.first, id.second);
-    }
-    EXPECT_THAT(left, ElementsAre(std::pair(2, 2), std::pair(-1, 2), std::pair(1, -2), std::pair(2, 1)));
+    EXPECT_THAT(inOrder(),
+        ElementsAre(Entry { all[1], 1ms }, Entry { all[2], 1ms }, Entry { all[3], 1ms }, Entry { all[4], 1ms }));
 }
 
-TEST_F(WorkQueueTest, RemovingWhatIsNotQueuedSaysTheSameAndChangesNothing)
+TEST_F(WorkQueueTest, RemovingWhatIsNotThereChangesNothing)
 {
-    const auto a = makeTimer("A");
-    const auto b = makeTimer("B");
-    const DueTime due = farOff();
-    scheduler().insertAscendingSorted(timerFcn(b, due));
-    journal().clearEvents();
+    m_queue.removeMatching(a);
+    insert(b, 50ms);
+    m_queue.removeMatching(a);
 
-    TimerSchedulerPeer::remove(scheduler(), a->getId());
-
-    EXPECT_THAT(logs("tovrintimer::TimerScheduler"),
-        ElementsAre("Requesting lk @removeWorkMatchingId", "Acquiring lk @removeWorkMatchingId",
-            "Request to Stop Work with Id: <A>", "Found and Stopped Work with Id: <A>",
-            "Unlocking lk @removeWorkMatchingId"));
-    EXPECT_THAT(queue(), ElementsAre(Queued { TimerFcnWork, "<B>", due }));
+    EXPECT_THAT(inOrder(), ElementsAre(Entry { b, 50ms }));
 }
 
-TEST_F(WorkQueueTest, OnlyTheEndOfARemovalIsADetail)
+TEST_F(WorkQueueTest, ClearingDiscardsEverything)
 {
-    const auto a = makeTimer("A");
+    const auto counter = std::make_shared<std::uint64_t>(1);
+    m_queue.insert(WorkItem<TimerFcnWork>(a, DueTime(50ms), {}, counter, 1));
+    insert(b, 51ms);
 
-    TimerSchedulerPeer::remove(scheduler(), a->getId());
+    m_queue.clear();
 
-    std::vector<std::uint32_t> severities;
-    for (const auto& event : journal().events()) {
-        severities.push_back(event.severity);
-    }
-    EXPECT_THAT(severities, ElementsAre(4U, 4U, 4U, 4U, 16U));
-}
-
-TEST_F(WorkQueueTest, InsertsFromManyThreadsLeaveAnOrderedQueue)
-{
-    setLogMasks(0);
-    const auto a = makeTimer("A");
-    const DueTime due = farOff();
-    constexpr int perThread = 200;
-
-    {
-        std::vector<std::jthread> threads;
-        for (int thread = 0; thread < 4; ++thread) {
-            threads.emplace_back([&, thread] {
-                for (int i = 0; i < perThread; ++i) {
-                    scheduler().insertAscendingSorted(
-                        timerFcn(a, due + std::chrono::milliseconds((i * 37 + thread * 11) % 101)));
-                }
-            });
-        }
-    }
-
-    const auto queued = queue();
-    EXPECT_EQ(queued.size(), 4U * perThread);
-    EXPECT_TRUE(std::ranges::is_sorted(queued, std::ranges::greater(), &Queued::due));
+    EXPECT_THAT(inOrder(), IsEmpty());
+    EXPECT_EQ(counter.use_count(), 1);
 }
 
 } // namespace

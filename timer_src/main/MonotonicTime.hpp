@@ -1,13 +1,13 @@
 #pragma once
 
-#include "timer_src/main/Concurrency.hpp"
+#include "timer_src/main/DueTime.hpp"
 
 #include <ctime>
 #include <iosfwd>
 
 namespace tovrintimer {
 
-// The only file that reads a clock.
+// The only file outside platform/ that reads a clock.
 
 /// The steady clock, truncated to whole milliseconds.
 DueTime now();

@@ -10,7 +10,6 @@
 #include "timer_src/main/handlers/NextWorkItem.hpp"
 #include "timer_src/main/platform/Platform.hpp"
 
-#include <algorithm>
 #include <exception>
 #include <system_error>
 
@@ -20,16 +19,16 @@ using foundation::msg_svc::exchange::IDType;
 
 namespace {
 
-DiagnosticLogger logger("tovrintimer::TimerScheduler");
+DiagnosticLogger schedulerLogger("tovrintimer::TimerScheduler");
 
-template <typename... Pieces> void trace(Pieces... pieces) noexcept
+template <typename... Pieces> void traceScheduler(Pieces... pieces) noexcept
 {
-    writeRecord(logger, Severity::Trace, pieces...);
+    writeRecord(schedulerLogger, Severity::Trace, pieces...);
 }
 
-template <typename... Pieces> void traceDetail(Pieces... pieces) noexcept
+template <typename... Pieces> void traceSchedulerDetail(Pieces... pieces) noexcept
 {
-    writeRecord(logger, Severity::Detail, pieces...);
+    writeRecord(schedulerLogger, Severity::Detail, pieces...);
 }
 
 constexpr SourceLocation runLocation {
@@ -44,21 +43,6 @@ constexpr DueTime farDeadline { DueTime::duration(32'400'000'000) };
 
 /// Timers with a shorter period want a finer resolution than systems grant by default.
 constexpr double fastPeriodMs = 500.0;
-
-DueTime dueTime(const WorkItemVariant& work)
-{
-    return boost::apply_visitor([](const auto& item) { return item.m_executeAt; }, work);
-}
-
-IDType id(const WorkItemVariant& work)
-{
-    return boost::apply_visitor([](const auto& item) { return item.m_id; }, work);
-}
-
-bool equal(const IDType& left, const IDType& right)
-{
-    return !(left < right) && !(right < left);
-}
 
 void destroyScheduler(void* scheduler)
 {
@@ -88,19 +72,19 @@ TimerScheduler::~TimerScheduler()
     if (m_timerResolutionRaised) {
         platform::endTimerResolution();
     }
-    trace("Scheduler shutdown Work");
+    traceScheduler("Scheduler shutdown Work");
     cleanup();
-    trace("Successful thread join");
+    traceScheduler("Successful thread join");
 }
 
 void TimerScheduler::cleanup()
 {
-    trace("Requesting lock @cleanup");
+    traceScheduler("Requesting lock @cleanup");
     {
         const Lock lk(m_mutex);
         workQueue.clear();
         m_finish.exchange(true);
-        trace("unlocking lock @cleanup");
+        traceScheduler("unlocking lock @cleanup");
     }
     m_workCondition.notify_one();
     // From here on no thread is started any more; one that is just being started is waited for.
@@ -139,8 +123,8 @@ template <int kind> void TimerScheduler::requestWork(WorkItem<kind> item)
 {
     m_threadStarted.callOnce([this] { startThread(); });
     item.m_executeAt = withinClock(item.m_executeAt);
-    trace("Request to Start Work with Id: ", item.m_id, " for ", kindName(WorkKind { kind }), " to execute @",
-        ToTheSecond { item.m_executeAt });
+    traceScheduler("Request to Start Work with Id: ", item.m_id, " for ", kindName(WorkKind { kind }),
+        " to execute @", ToTheSecond { item.m_executeAt });
     insertInOrder(std::move(item));
 }
 
@@ -158,37 +142,32 @@ void TimerScheduler::startThread()
 
 void TimerScheduler::insertInOrder(WorkItemVariant item)
 {
-    trace("Requesting lk @insertAscendingSorted");
+    traceScheduler("Requesting lk @insertAscendingSorted");
     {
         const Lock lk(m_mutex);
-        const DueTime due = dueTime(item);
-        // In front of its equals, since they are taken from the back.
-        const auto place = std::partition_point(workQueue.begin(), workQueue.end(),
-            [due](const WorkItemVariant& queued) { return dueTime(queued) > due; });
-        workQueue.insert(place, std::move(item));
-        trace("End of life for lk @insertAscendingSorted");
+        workQueue.insert(std::move(item));
+        traceScheduler("End of life for lk @insertAscendingSorted");
     }
     m_workCondition.notify_one();
 }
 
-std::pair<WorkItemVariant, DueTime> TimerScheduler::getTimePointForBackOfWorkQueue() const
+std::pair<const WorkItemVariant&, DueTime> TimerScheduler::getTimePointForBackOfWorkQueue() const
 {
-    return { workQueue.back(), dueTime(workQueue.back()) };
+    const WorkItemVariant& work = workQueue.soonest();
+    return { work, dueTime(work) };
 }
 
-void TimerScheduler::removeWorkMatchingId(IDType timerId)
+void TimerScheduler::removeWorkMatchingId(IDType id)
 {
-    trace("Requesting lk @removeWorkMatchingId");
+    traceScheduler("Requesting lk @removeWorkMatchingId");
     {
         const Lock lk(m_mutex);
-        trace("Acquiring lk @removeWorkMatchingId");
-        trace("Request to Stop Work with Id: ", timerId);
-        const auto end = std::remove_if(workQueue.begin(), workQueue.end(),
-            [&timerId](const WorkItemVariant& queued) { return equal(id(queued), timerId); });
-        workQueue.erase(end, workQueue.end());
+        traceScheduler("Acquiring lk @removeWorkMatchingId");
+        traceScheduler("Request to Stop Work with Id: ", id);
+        workQueue.removeMatching(id);
         // Said even where nothing matched: the timer has no queued work from here on.
-        trace("Found and Stopped Work with Id: ", timerId);
-        traceDetail("Unlocking lk @removeWorkMatchingId");
+        traceScheduler("Found and Stopped Work with Id: ", id);
+        traceSchedulerDetail("Unlocking lk @removeWorkMatchingId");
     }
     m_workCondition.notify_one();
 }
@@ -197,11 +176,11 @@ void TimerScheduler::removeWorkMatchingId(IDType timerId)
 
 void TimerScheduler::run()
 {
-    const ScopeTrace scope(logger, runLocation);
+    const ScopeTrace scope(schedulerLogger, runLocation);
     setCurrentThreadName("TimerScheduler");
     for (;;) {
         platform::adoptTimerResolution();
-        trace("Requesting lk @run");
+        traceScheduler("Requesting lk @run");
         Lock lk(m_mutex);
         if (m_finish) {
             return;
@@ -209,9 +188,9 @@ void TimerScheduler::run()
 
         DueTime deadline = farDeadline;
         if (workQueue.empty()) {
-            traceDetail("waiting forever/large timeout at", " to execute @", ToTheSecond { deadline });
+            traceSchedulerDetail("waiting forever/large timeout at", " to execute @", ToTheSecond { deadline });
         } else {
-            trace("Found Work on WorkQueue ", "Waiting @wait_until condvar");
+            traceScheduler("Found Work on WorkQueue ", "Waiting @wait_until condvar");
             deadline = getTimePointForBackOfWorkQueue().second;
         }
 
@@ -220,34 +199,33 @@ void TimerScheduler::run()
         bool doesBackOfQueueHaveSmallerWork = false;
         m_workCondition.wait_until(lk, deadline, [&] {
             if (m_finish) {
-                traceDetail("@wait_until returning true on m_finish");
+                traceSchedulerDetail("@wait_until returning true on m_finish");
                 return true;
             }
             if (workQueue.empty()) {
-                traceDetail(" @wait_until workQueue.empty() status ", workQueue.empty());
+                traceSchedulerDetail(" @wait_until workQueue.empty() status ", workQueue.empty());
                 return false;
             }
-            doesBackOfQueueHaveSmallerWork = dueTime(workQueue.back()) != deadline;
-            traceDetail("@wait_until got notified and ", "doesBackOfQueueHaveSmallerWork then intended ? ",
-                doesBackOfQueueHaveSmallerWork);
+            doesBackOfQueueHaveSmallerWork = getTimePointForBackOfWorkQueue().second != deadline;
+            traceSchedulerDetail("@wait_until got notified and ",
+                "doesBackOfQueueHaveSmallerWork then intended ? ", doesBackOfQueueHaveSmallerWork);
             return doesBackOfQueueHaveSmallerWork;
         });
-        traceDetail("Finished @wait_until condvar");
+        traceSchedulerDetail("Finished @wait_until condvar");
         if (m_finish || workQueue.empty() || doesBackOfQueueHaveSmallerWork) {
             continue;
         }
 
-        traceDetail("workQueue size ", workQueue.size());
-        WorkItemVariant work = std::move(workQueue.back());
-        workQueue.pop_back();
-        traceDetail("Do you own lock ", lk.owns_lock());
-        traceDetail("Unlocking lk @run with work_until");
+        traceSchedulerDetail("workQueue size ", workQueue.size());
+        WorkItemVariant work = workQueue.take();
+        traceSchedulerDetail("Do you own lock ", lk.owns_lock());
+        traceSchedulerDetail("Unlocking lk @run with work_until");
         lk.unlock();
 
-        trace("Transfering WorkItem callback, with ID ", id(work));
+        traceScheduler("Transfering WorkItem callback, with ID ", timerId(work));
         dispatch(std::move(work), m_dispatcher.get());
         m_consumerCondition.notify_one();
-        trace("Consumer got a chance to poke at queue");
+        traceScheduler("Consumer got a chance to poke at queue");
     }
 }
 
@@ -299,7 +277,7 @@ void TimerScheduler::forceStopWorkAndScheduleStopFcn(std::weak_ptr<TimerInfo> ti
     }
     removeWorkMatchingId(info->getId());
     bypassSchedulerAndForceWork(WorkItem<StopFcnWork>(now(), info->getId(), timer));
-    trace("End of life for  lk @stopWork");
+    traceScheduler("End of life for  lk @stopWork");
 }
 
 void TimerScheduler::bypassSchedulerAndForceWork(WorkItem<StartFcnWork> item)
@@ -324,8 +302,8 @@ void TimerScheduler::bypassSchedulerAndForceWork(WorkItem<ErrorFcnWork> item)
 
 template <int kind> void TimerScheduler::forceWork(WorkItem<kind> item)
 {
-    trace("Bypassing Scheduler by Forcing Work with Id: ", item.m_id, " for ", kindName(WorkKind { kind }),
-        " to execute @", ToTheSecond { item.m_executeAt });
+    traceScheduler("Bypassing Scheduler by Forcing Work with Id: ", item.m_id, " for ",
+        kindName(WorkKind { kind }), " to execute @", ToTheSecond { item.m_executeAt });
     dispatch(std::move(item), m_dispatcher.get());
 }
 

@@ -2,11 +2,12 @@
 
 #include "timer_src/main/Concurrency.hpp"
 #include "timer_src/main/Export.hpp"
+#include "timer_src/main/OnceFlag.hpp"
 #include "timer_src/main/WorkItem.hpp"
+#include "timer_src/main/WorkQueue.hpp"
 
 #include <memory>
 #include <utility>
-#include <vector>
 
 namespace tovrintimer {
 
@@ -63,9 +64,9 @@ public:
     void forceStopWorkAndScheduleStopFcn(std::weak_ptr<TimerInfo> timer);
 
     /// Queues an item, behind those of an equal due time, and starts the scheduler thread with the first. A due
-    /// time beyond the clock's range becomes the end of that range. \throws std::system_error if that cannot be
-    /// started (the next insert tries again) or m_mutex cannot be
-    ///         locked, std::bad_alloc; the queue then holds what it held
+    /// time beyond the clock's range becomes the end of that range.
+    /// \throws std::system_error if that thread cannot be started (the next insert tries again) or m_mutex cannot
+    ///         be locked, std::bad_alloc; the queue then holds what it held
     void insertAscendingSorted(WorkItem<StartFcnWork> item);
     void insertAscendingSorted(WorkItem<StopFcnWork> item);
     void insertAscendingSorted(WorkItem<TimerFcnWork> item);
@@ -78,8 +79,6 @@ public:
     void cleanup();
 
 private:
-    friend class TimerSchedulerPeer; // looks into the queue, for tests
-
     void run();
     void startThread();
 
@@ -87,7 +86,7 @@ private:
     void insertInOrder(WorkItemVariant item);
 
     /// The soonest item and its due time. The caller holds m_mutex, and the queue is not empty.
-    std::pair<WorkItemVariant, DueTime> getTimePointForBackOfWorkQueue() const;
+    std::pair<const WorkItemVariant&, DueTime> getTimePointForBackOfWorkQueue() const;
     void removeWorkMatchingId(foundation::msg_svc::exchange::IDType id);
 
     // Dispatches at once, on the calling thread and without the queue.
@@ -97,8 +96,10 @@ private:
     void bypassSchedulerAndForceWork(WorkItem<ErrorFcnWork> item);
     template <int kind> void forceWork(WorkItem<kind> item);
 
-    // Guarded by m_mutex: soonest last, so that taking it moves nothing.
-    std::vector<WorkItemVariant> workQueue;
+    // In the order of the interface, which is fixed. `cleanup`, called by the destructor, has ended the thread
+    // before anything that it uses is destroyed.
+
+    WorkQueue workQueue; // guarded by m_mutex
 
     // Set once under m_threadStarted, joined by `cleanup`.
     Thread m_thread;

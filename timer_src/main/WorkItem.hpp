@@ -2,7 +2,7 @@
 
 #include "host/foundation/log/basic_diagnostic_logger.hpp"
 #include "host/foundation/msg_svc/exchange/IDType.hpp"
-#include "timer_src/main/Concurrency.hpp"
+#include "timer_src/main/DueTime.hpp"
 #include "timer_src/main/PrevCallBackStatus.hpp"
 #include "timer_src/main/WorkKind.hpp"
 
@@ -89,6 +89,17 @@ private:
 /// What the queue holds. The alternative's index is not the kind: an ErrorFcn is index 3 and kind 4.
 using WorkItemVariant = boost::variant<WorkItem<StartFcnWork>, WorkItem<StopFcnWork>, WorkItem<TimerFcnWork>,
     WorkItem<ErrorFcnWork>>;
+
+inline DueTime dueTime(const WorkItemVariant& work)
+{
+    return boost::apply_visitor([](const auto& item) { return item.m_executeAt; }, work);
+}
+
+/// The identity of the timer whose work it is.
+inline foundation::msg_svc::exchange::IDType timerId(const WorkItemVariant& work)
+{
+    return boost::apply_visitor([](const auto& item) { return item.m_id; }, work);
+}
 
 static_assert(std::is_nothrow_move_constructible_v<WorkItemVariant>, "the queue moves its items");
 

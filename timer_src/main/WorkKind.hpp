@@ -1,6 +1,8 @@
 #pragma once
 
-#include <iosfwd>
+#include "host/fl/i18n/to_string.hpp"
+
+#include <ostream>
 
 namespace tovrintimer {
 
@@ -33,6 +35,9 @@ constexpr KindName kindName(WorkKind kind)
     return { L"" };
 }
 
-std::ostream& operator<<(std::ostream& stream, KindName name);
+inline std::ostream& operator<<(std::ostream& stream, KindName name)
+{
+    return stream << fl::i18n::to_string(name.wide);
+}
 
 } // namespace tovrintimer

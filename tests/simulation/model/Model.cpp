@@ -1,7 +1,7 @@
 #include "tests/simulation/model/Model.hpp"
 
+#include "tests/library/TimerSchedulerPeer.hpp"
 #include "tests/simulation/model/Rules.hpp"
-#include "tests/simulation/model/SchedulerPeer.hpp"
 
 #include <algorithm>
 
@@ -292,7 +292,7 @@ void Model::conditionWasNotified(const void* condition)
 {
     m_aboutToNotify.erase(m_kernel.self());
     // That is how a dispatch ends.
-    if (m_scheduler != nullptr && condition == Peer::consumerCondition(*m_scheduler)) {
+    if (m_scheduler != nullptr && condition == &Peer::consumerCondition(*m_scheduler)) {
         if (activity() == nullptr || activity()->what != Activity::Dispatch) {
             fail("a dispatch is reported that has not been");
         }
@@ -302,7 +302,7 @@ void Model::conditionWasNotified(const void* condition)
 
 void Model::mutexWasReleased(const void* mutex)
 {
-    if (m_scheduler != nullptr && mutex == Peer::mutex(*m_scheduler)) {
+    if (m_scheduler != nullptr && mutex == &Peer::mutex(*m_scheduler)) {
         compareQueue();
     }
 }
@@ -311,7 +311,7 @@ void Model::timeMoves()
 {
     checkFlags();
     if (m_scheduler == nullptr || m_schedulerThread < 0
-        || !m_kernel.isBlockedOn(m_schedulerThread, Peer::workCondition(*m_scheduler))) {
+        || !m_kernel.isBlockedOn(m_schedulerThread, &Peer::workCondition(*m_scheduler))) {
         return;
     }
     if (!m_aboutToNotify.empty()) {

@@ -3,7 +3,7 @@
 #include "tests/simulation/model/Records.hpp"
 #include "tests/simulation/model/Statistics.hpp"
 #include "tests/simulation/program/Script.hpp"
-#include "timer_src/main/PrevCallBackStatus.hpp"
+#include "timer_src/main/WorkItem.hpp"
 
 #include <map>
 #include <memory>
@@ -88,6 +88,7 @@ public:
     void timeMoves() override;
 
 private:
+    using RealQueue = std::vector<tovrintimer::WorkItemVariant>; // what is due last stands first
     using Activities = std::vector<std::unique_ptr<Activity>>;
 
     TimerModel& at(int timer) { return m_timers.at(static_cast<std::size_t>(timer)); }
@@ -98,12 +99,12 @@ private:
     void end();
 
     void compareQueue();
-    void inserted();
+    void inserted(const RealQueue& real);
     void taken();
     void removed(Activity& activity);
     void removeAll(const foundation::msg_svc::exchange::IDType* id);
     void checkFlags() const;
-    bool matchesQueue(std::size_t skipped) const;
+    bool matches(const RealQueue& real) const;
     void checkStatistics(int timer) const;
     bool isBeingReset(int timer) const;
 

@@ -1,13 +1,11 @@
+#include "tests/library/TimerSchedulerPeer.hpp"
 #include "tests/simulation/model/Model.hpp"
-#include "tests/simulation/model/SchedulerPeer.hpp"
 
 #include <algorithm>
 
 namespace simulation {
 
 // The model's half that watches the queue: it looks each time that the queue's mutex is released.
-
-using Peer = tovrintimer::TimerSchedulerPeer;
 
 namespace {
 
@@ -45,26 +43,16 @@ std::shared_ptr<tovrintimer::prevCallBackStatus> recordOf(const tovrintimer::Wor
 
 } // namespace
 
-/// Whether the queue is the model's, but for the item at the place `skipped`, counted from the soonest.
-bool Model::matchesQueue(std::size_t skipped) const
+bool Model::matches(const RealQueue& real) const
 {
-    const auto& real = Peer::queue(*m_scheduler);
-    std::size_t place = real.size();
-    for (std::size_t i = 0; i < real.size(); ++i) {
-        place = real.size() - 1 - i;
-        if (i == skipped) {
-            continue;
-        }
-        if (!same(m_queue[i > skipped ? i - 1 : i], read(real[place]))) {
-            return false;
-        }
-    }
-    return true;
+    return std::equal(m_queue.begin(), m_queue.end(), real.rbegin(), real.rend(),
+        [](const Item& item, const tovrintimer::WorkItemVariant& work) { return same(item, read(work)); });
 }
 
 void Model::compareQueue()
 {
-    const auto& real = Peer::queue(*m_scheduler);
+    // Without its lock: nothing else runs meanwhile.
+    const RealQueue real = contents(tovrintimer::TimerSchedulerPeer::workQueue(*m_scheduler));
     Activity* const current = activity();
     if (current != nullptr && current->what == Activity::Cleanup) {
         if (!real.empty()) {
@@ -81,11 +69,11 @@ void Model::compareQueue()
     if (removes) {
         removed(*current);
     } else if (real.size() == m_queue.size() + 1) {
-        inserted();
+        inserted(real);
     } else if (real.size() + 1 == m_queue.size()) {
         taken();
     }
-    if (real.size() != m_queue.size() || !matchesQueue(real.size())) {
+    if (!matches(real)) {
         fail("the queue is not what it ought to be: " + std::to_string(real.size()) + " items in place of "
             + std::to_string(m_queue.size()) + (activity() != nullptr ? ", during " + describe(*activity()) : ""));
     }
@@ -110,9 +98,8 @@ void Model::removed(Activity& activity)
     m_aboutToNotify.insert(m_kernel.self());
 }
 
-void Model::inserted()
+void Model::inserted(const RealQueue& real)
 {
-    const auto& real = Peer::queue(*m_scheduler);
     std::size_t place = 0;
     while (place < m_queue.size() && same(m_queue[place], read(real[real.size() - 1 - place]))) {
         ++place;

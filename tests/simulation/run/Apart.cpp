@@ -73,7 +73,7 @@ std::string readAll(int file)
     std::string text;
     std::array<char, 65536> part {};
     for (;;) {
-        const ssize_t length = read(file, part.data(), part.size());
+        const ssize_t length = ::read(file, part.data(), part.size());
         if (length < 0 && errno == EINTR) {
             continue;
         }

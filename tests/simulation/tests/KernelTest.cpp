@@ -122,7 +122,7 @@ TEST(KernelTest, AMutexAdmitsOneThreadAtATimeUnderEverySchedule)
         Random random(seed);
         options.weather = randomWeather(random);
         Kernel kernel(options);
-        int inside = 0;
+        int holders = 0;
         int most = 0;
         int rounds = 0;
         const Verdict verdict = kernel.run([&] {
@@ -130,9 +130,9 @@ TEST(KernelTest, AMutexAdmitsOneThreadAtATimeUnderEverySchedule)
             const auto work = [&] {
                 for (int i = 0; i < 10; ++i) {
                     const std::lock_guard lock(mutex);
-                    most = std::max(most, ++inside);
+                    most = std::max(most, ++holders);
                     kernel.point();
-                    --inside;
+                    --holders;
                     ++rounds;
                 }
             };

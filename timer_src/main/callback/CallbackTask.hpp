@@ -2,12 +2,15 @@
 
 #include "timer_src/main/TimerInfo.hpp"
 #include "timer_src/main/WorkKind.hpp"
-#include "timer_src/main/callback/HandOver.hpp"
 
+#include <functional>
 #include <memory>
 #include <utility>
 
 namespace tovrintimer {
+
+/// What each pending callback is: a task for the host to run, on a thread and at a time of the host's choice.
+using CallbackTask = std::function<void()>;
 
 /// A task for the host that does `body(timer, engine)`, or nothing at all where the timer has gone by then.
 ///

@@ -4,7 +4,7 @@
 #include "host/iqm/Iqm.hpp"
 #include "host/processTovrinTimerTask.hpp"
 #include "host/setReadyRequestPending.hpp"
-#include "timer_src/main/TimerInfo.hpp"
+#include "host/vorn/VORN.hpp"
 #include "timer_src/main/callback/WorkHandlerLog.hpp"
 
 namespace tovrintimer {
@@ -14,9 +14,8 @@ HandOver::HandOver()
 {
 }
 
-void HandOver::operator()(TimerInfo& timer, const CallbackTask& task)
+void HandOver::operator()(const std::shared_ptr<vorn::VORN>& engine, const CallbackTask& task)
 {
-    const auto engine = timer.getVORNInstanceWhereTimerWasFirstCreated();
     processTovrinTimerTask(engine, task);
 
     const bool ppe = m_timerPpe.get() != 0;

@@ -2,19 +2,15 @@
 
 #include "host/foundation/feature/Feature.hpp"
 #include "timer_src/main/Concurrency.hpp"
+#include "timer_src/main/NeverDestroyed.hpp"
+#include "timer_src/main/callback/CallbackTask.hpp"
 
-#include <functional>
+#include <memory>
+#include <utility>
 
 namespace tovrintimer {
 
-class TimerInfo;
-
-/// What each pending callback is: a task for the host to run, on a thread and at a time of the host's choice.
-using CallbackTask = std::function<void()>;
-
 /// The way of one handler's callback tasks to the host.
-///
-/// Lifetime: each handler has one, which is never destroyed.
 ///
 /// Threading: any thread. Called with no lock held: all that happens here happens in the host.
 class HandOver {
@@ -22,13 +18,23 @@ public:
     HandOver();
 
     /// Hands the task to the host's re-entrancy checker and, where the feature "TIMER_PPE" is off, wakes the
-    /// interpreter's request line. Reports in the log, once in the process, which of the two ways is taken.
+    /// interpreter's request line. Reports in the log, once, which of the two ways is taken.
     /// \throws whatever the host's operations throw
-    void operator()(TimerInfo& timer, const CallbackTask& task);
+    void operator()(const std::shared_ptr<vorn::VORN>& engine, const CallbackTask& task);
 
 private:
     foundation::feature::Feature m_timerPpe;
     Atomic<bool> m_reported { false };
 };
+
+/// Hands a task that does `body(timer, engine)` over to the host, in the engine that the timer was made in. Each
+/// handler has a way of its own, which is never destroyed.
+/// \throws whatever the host's operations throw
+template <typename Handler, typename Body> void handOver(const std::shared_ptr<TimerInfo>& timer, Body body)
+{
+    static NeverDestroyed<HandOver> way;
+    auto engine = timer->getVORNInstanceWhereTimerWasFirstCreated();
+    (*way)(engine, makeCallbackTask(timer, engine, std::move(body)));
+}
 
 } // namespace tovrintimer

@@ -5,7 +5,11 @@
 namespace tovrintimer {
 
 /// The logger of all handlers and callback tasks, made on first use.
-DiagnosticLogger& workHandlerLogger();
+inline DiagnosticLogger& workHandlerLogger()
+{
+    static DiagnosticLogger logger("tovrintimer::workHandler");
+    return logger;
+}
 
 /// Writes a trace record of a handler or a callback task.
 template <typename... Pieces> void trace(Pieces... pieces) noexcept

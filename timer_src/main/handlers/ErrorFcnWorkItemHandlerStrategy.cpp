@@ -1,7 +1,6 @@
 #include "timer_src/main/handlers/ErrorFcnWorkItemHandlerStrategy.hpp"
 
-#include "timer_src/main/NeverDestroyed.hpp"
-#include "timer_src/main/callback/CallbackTask.hpp"
+#include "timer_src/main/callback/HandOver.hpp"
 #include "timer_src/main/callback/WorkHandlerLog.hpp"
 
 namespace tovrintimer {
@@ -18,8 +17,6 @@ void runErrorFcn(TimerInfo& timer, vorn::VORN& engine)
 
 void ErrorFcnWorkItemHandlerStrategy::handle(WorkItem<ErrorFcnWork> item) const
 {
-    static NeverDestroyed<HandOver> handOver;
-
     const auto timer = item.m_timerInfo.lock();
     if (!timer) {
         return;
@@ -28,9 +25,8 @@ void ErrorFcnWorkItemHandlerStrategy::handle(WorkItem<ErrorFcnWork> item) const
         trace("Skipping ErrorFcn scheduling, since it's empty");
         return;
     }
-    auto engine = timer->getVORNInstanceWhereTimerWasFirstCreated();
     trace("Requesting ErrorFcn Processing");
-    (*handOver)(*timer, makeCallbackTask(std::move(item.m_timerInfo), std::move(engine), runErrorFcn));
+    handOver<ErrorFcnWorkItemHandlerStrategy>(timer, runErrorFcn);
 }
 
 } // namespace tovrintimer

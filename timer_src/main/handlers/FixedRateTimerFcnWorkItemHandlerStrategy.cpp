@@ -1,9 +1,8 @@
 #include "timer_src/main/handlers/FixedRateTimerFcnWorkItemHandlerStrategy.hpp"
 
 #include "timer_src/main/MonotonicTime.hpp"
-#include "timer_src/main/NeverDestroyed.hpp"
 #include "timer_src/main/TimerScheduler.hpp"
-#include "timer_src/main/callback/CallbackTask.hpp"
+#include "timer_src/main/callback/HandOver.hpp"
 #include "timer_src/main/callback/WorkHandlerLog.hpp"
 #include "timer_src/main/handlers/FixedRateItem.hpp"
 #include "timer_src/main/handlers/NextWorkItem.hpp"
@@ -70,22 +69,19 @@ bool FixedRateTimerFcnWorkItemHandlerStrategy::isPreviousCallbackStillRunning(
 void FixedRateTimerFcnWorkItemHandlerStrategy::handleFixedRateTimerFcnWithNoContention(
     WorkItem<TimerFcnWork> item) const
 {
-    static NeverDestroyed<HandOver> handOver;
-
     const auto timer = item.m_timerInfo.lock();
     if (!timer) {
         return;
     }
-    auto engine = timer->getVORNInstanceWhereTimerWasFirstCreated();
     const auto current = std::make_shared<FixedRateItem>(item);
     const auto record = std::make_shared<prevCallBackStatus>();
-    const auto runTimerFcn = [current, record](TimerInfo& info, vorn::VORN& vorn) {
+    const auto runTimerFcn = [current, record](TimerInfo& info, vorn::VORN& engine) {
         info.updateTimerFunRunStatus();
-        evaluateTimerCallback(info, vorn, TimerFcnWork);
+        evaluateTimerCallback(info, engine, TimerFcnWork);
         record->hasCompleted = true;
         current->callbackReturned(info);
     };
-    (*handOver)(*timer, makeCallbackTask(std::move(item.m_timerInfo), std::move(engine), runTimerFcn));
+    handOver<FixedRateTimerFcnWorkItemHandlerStrategy>(timer, runTimerFcn);
     const FixedRateItem::Count& count = current->callbackHandedOver(*timer);
     if (!count.endsRun) {
         scheduleNextWorkItem(makeNextWorkItem(current->m_timerInfo, record, false, current->m_id,

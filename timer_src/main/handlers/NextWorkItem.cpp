@@ -98,9 +98,9 @@ NextWorkItem makeNextWorkItem(std::weak_ptr<TimerInfo> timer, std::shared_ptr<pr
     return next;
 }
 
-void countAndScheduleNext(
-    WorkItem<TimerFcnWork>& current, const TimerInfo& timer, std::shared_ptr<prevCallBackStatus> status)
+void countAndScheduleNext(WorkItem<TimerFcnWork>& current, const TimerInfo& timer)
 {
+    auto status = std::make_shared<prevCallBackStatus>();
     countCallback(current, timer);
     scheduleNextWorkItem(makeNextWorkItem(current.m_timerInfo, std::move(status), false, current.m_id,
         current.m_sharedTaskCounter, current.m_taskCount));

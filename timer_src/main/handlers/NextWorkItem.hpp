@@ -36,15 +36,14 @@ boost::optional<WorkItem<ErrorFcnWork>> makeErrorFcnWorkItem(
     foundation::msg_svc::exchange::IDType id, std::weak_ptr<TimerInfo> timer);
 
 /// What follows a periodic TimerFcn after which `taskCount` callbacks are left: the StopFcn where that is none,
-/// else the next TimerFcn, due now or a period from now. Nothing where the timer has gone. \param status the
-/// record of the callback before the next one
+/// else the next TimerFcn, due now or a period from now. Nothing where the timer has gone.
+/// \param status the record of the callback before the next one
 NextWorkItem makeNextWorkItem(std::weak_ptr<TimerInfo> timer, std::shared_ptr<prevCallBackStatus> status,
     bool fireImmediately, foundation::msg_svc::exchange::IDType id, std::shared_ptr<std::uint64_t> counter,
     std::uint64_t taskCount);
 
-/// Counts the callback of this item, in the item, and queues what follows it a period from now.
-void countAndScheduleNext(
-    WorkItem<TimerFcnWork>& current, const TimerInfo& timer, std::shared_ptr<prevCallBackStatus> status);
+/// Counts the callback of this item, in the item, and queues what follows it a period from now. Its record is new.
+void countAndScheduleNext(WorkItem<TimerFcnWork>& current, const TimerInfo& timer);
 
 /// Ends the run after the callback that counted down to 0 where there is no StopFcn to do so.
 void endRunWithoutStopFcn(const WorkItem<TimerFcnWork>& last);

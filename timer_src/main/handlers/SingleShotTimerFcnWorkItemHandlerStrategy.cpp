@@ -1,7 +1,6 @@
 #include "timer_src/main/handlers/SingleShotTimerFcnWorkItemHandlerStrategy.hpp"
 
-#include "timer_src/main/NeverDestroyed.hpp"
-#include "timer_src/main/callback/CallbackTask.hpp"
+#include "timer_src/main/callback/HandOver.hpp"
 #include "timer_src/main/callback/WorkHandlerLog.hpp"
 #include "timer_src/main/handlers/NextWorkItem.hpp"
 
@@ -25,23 +24,20 @@ void endRun(const WorkItem<TimerFcnWork>& item)
 
 void SingleShotTimerFcnWorkItemHandlerStrategy::handle(WorkItem<TimerFcnWork> item) const
 {
-    static NeverDestroyed<HandOver> handOver;
-
     const auto timer = item.m_timerInfo.lock();
     if (!timer) {
         return;
     }
-    auto engine = timer->getVORNInstanceWhereTimerWasFirstCreated();
     const auto only = std::make_shared<WorkItem<TimerFcnWork>>(item.m_id, item.m_executeAt, item.m_timerInfo, 1);
     trace("Requesting SingleShot Processing");
-    const auto runTimerFcn = [current = only->shared_from_this()](TimerInfo& info, vorn::VORN& vorn) {
+    const auto runTimerFcn = [current = only->shared_from_this()](TimerInfo& info, vorn::VORN& engine) {
         trace("Processing SingleShot Callback");
         current->m_taskCount = 0;
         info.updateTimerFunRunStatus();
-        evaluateTimerCallback(info, vorn, TimerFcnWork);
+        evaluateTimerCallback(info, engine, TimerFcnWork);
         endRun(*current);
     };
-    (*handOver)(*timer, makeCallbackTask(std::move(item.m_timerInfo), std::move(engine), runTimerFcn));
+    handOver<SingleShotTimerFcnWorkItemHandlerStrategy>(timer, runTimerFcn);
 }
 
 } // namespace tovrintimer

@@ -1,7 +1,6 @@
 #include "timer_src/main/handlers/StartFcnWorkItemHandlerStrategy.hpp"
 
-#include "timer_src/main/NeverDestroyed.hpp"
-#include "timer_src/main/callback/CallbackTask.hpp"
+#include "timer_src/main/callback/HandOver.hpp"
 #include "timer_src/main/callback/WorkHandlerLog.hpp"
 #include "timer_src/main/handlers/NextWorkItem.hpp"
 
@@ -19,8 +18,6 @@ void runStartFcn(TimerInfo& timer, vorn::VORN& engine)
 
 void StartFcnWorkItemHandlerStrategy::handle(WorkItem<StartFcnWork> item) const
 {
-    static NeverDestroyed<HandOver> handOver;
-
     const auto timer = item.m_timerInfo.lock();
     if (!timer) {
         return;
@@ -28,9 +25,8 @@ void StartFcnWorkItemHandlerStrategy::handle(WorkItem<StartFcnWork> item) const
     if (timer->getStartFcnIsEmpty()) {
         trace("Skipping StartFcn scheduling, since it's empty");
     } else {
-        auto engine = timer->getVORNInstanceWhereTimerWasFirstCreated();
         trace("Requesting StartFcn Processing");
-        (*handOver)(*timer, makeCallbackTask(item.m_timerInfo, std::move(engine), runStartFcn));
+        handOver<StartFcnWorkItemHandlerStrategy>(timer, runStartFcn);
     }
     scheduleIfTimerIsRunning(makeFirstTimerFcnWorkItem(*timer, item.m_id, item.m_timerInfo));
 }

@@ -1,15 +1,12 @@
 #include "timer_src/main/handlers/StopFcnWorkItemHandlerStrategy.hpp"
 
-#include "timer_src/main/NeverDestroyed.hpp"
-#include "timer_src/main/callback/CallbackTask.hpp"
+#include "timer_src/main/callback/HandOver.hpp"
 #include "timer_src/main/callback/WorkHandlerLog.hpp"
 
 namespace tovrintimer {
 
 void StopFcnWorkItemHandlerStrategy::handle(WorkItem<StopFcnWork> item) const
 {
-    static NeverDestroyed<HandOver> handOver;
-
     const auto timer = item.m_timerInfo.lock();
     if (!timer) {
         return;
@@ -19,15 +16,14 @@ void StopFcnWorkItemHandlerStrategy::handle(WorkItem<StopFcnWork> item) const
         trace("Skipping StopFcn scheduling, since it's empty");
         return;
     }
-    auto engine = timer->getVORNInstanceWhereTimerWasFirstCreated();
     const auto copy = std::make_shared<WorkItem<StopFcnWork>>(item.m_executeAt, item.m_id, item.m_timerInfo);
     trace("Requesting StopFcn Processing");
     // The task keeps its item until it has run.
-    const auto runStopFcn = [kept = copy->shared_from_this()](TimerInfo& info, vorn::VORN& vorn) {
+    const auto runStopFcn = [kept = copy->shared_from_this()](TimerInfo& info, vorn::VORN& engine) {
         info.setActivationStatus(false);
-        evaluateTimerCallback(info, vorn, StopFcnWork);
+        evaluateTimerCallback(info, engine, StopFcnWork);
     };
-    (*handOver)(*timer, makeCallbackTask(std::move(item.m_timerInfo), std::move(engine), runStopFcn));
+    handOver<StopFcnWorkItemHandlerStrategy>(timer, runStopFcn);
 }
 
 } // namespace tovrintimer

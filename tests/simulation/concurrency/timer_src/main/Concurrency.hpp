@@ -2,11 +2,7 @@
 
 #include "tests/simulation/kernel/Types.hpp"
 
-#include <atomic>
-#include <chrono>
-#include <cstdint>
 #include <mutex>
-#include <utility>
 
 namespace tovrintimer {
 
@@ -20,27 +16,5 @@ using ConditionVariable = simulation::ConditionVariable;
 template <typename T> using Atomic = simulation::Atomic<T>;
 using Thread = simulation::Thread;
 using simulation::currentThreadId;
-
-using DueTime = std::chrono::time_point<SteadyClock, std::chrono::duration<std::int64_t, std::milli>>;
-
-class OnceFlag {
-public:
-    template <typename Function> void callOnce(Function&& function)
-    {
-        const simulation::Operation operation("call once");
-        if (m_done.load()) {
-            return;
-        }
-        const Lock lock(m_mutex);
-        if (!m_done.load()) {
-            std::forward<Function>(function)();
-            m_done.store(true);
-        }
-    }
-
-private:
-    Mutex m_mutex;
-    std::atomic<bool> m_done { false };
-};
 
 } // namespace tovrintimer

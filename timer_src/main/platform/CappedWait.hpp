@@ -5,7 +5,7 @@
 #include <condition_variable>
 #include <mutex>
 
-namespace tovrintimer {
+namespace tovrintimer::platform {
 
 /// The longest wait that is asked of a platform whose timed waits end at 2^32-1 ms, 49.7 days: it takes what is
 /// longer for endless.
@@ -53,4 +53,4 @@ private:
     const std::chrono::milliseconds m_cap;
 };
 
-} // namespace tovrintimer
+} // namespace tovrintimer::platform

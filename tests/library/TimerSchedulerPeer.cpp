@@ -1,0 +1,115 @@
+#include "tests/library/TimerSchedulerPeer.hpp"
+
+#include <algorithm>
+
+namespace tovrintimer {
+
+namespace {
+
+// An explicit instantiation may name what is private. So the class that hosts get has no friend for the sake of
+// tests.
+template <typename Name, auto member> struct Opened {
+    friend auto open(Name /*name*/) { return member; }
+};
+
+struct Queue {
+    friend auto open(Queue name);
+};
+template struct Opened<Queue, &TimerScheduler::workQueue>;
+
+struct Guard {
+    friend auto open(Guard name);
+};
+template struct Opened<Guard, &TimerScheduler::m_mutex>;
+
+struct WorkCondition {
+    friend auto open(WorkCondition name);
+};
+template struct Opened<WorkCondition, &TimerScheduler::m_workCondition>;
+
+struct ConsumerCondition {
+    friend auto open(ConsumerCondition name);
+};
+template struct Opened<ConsumerCondition, &TimerScheduler::m_consumerCondition>;
+
+struct SchedulerThread {
+    friend auto open(SchedulerThread name);
+};
+template struct Opened<SchedulerThread, &TimerScheduler::m_thread>;
+
+struct Finish {
+    friend auto open(Finish name);
+};
+template struct Opened<Finish, &TimerScheduler::m_finish>;
+
+struct Removal {
+    friend auto open(Removal name);
+};
+template struct Opened<Removal, &TimerScheduler::removeWorkMatchingId>;
+
+} // namespace
+
+WorkQueue& TimerSchedulerPeer::workQueue(TimerScheduler& scheduler)
+{
+    return scheduler.*open(Queue());
+}
+
+std::vector<WorkItemVariant> TimerSchedulerPeer::queue(TimerScheduler& scheduler)
+{
+    const Lock held = lock(scheduler);
+    return contents(workQueue(scheduler));
+}
+
+void TimerSchedulerPeer::remove(TimerScheduler& scheduler, const foundation::msg_svc::exchange::IDType& id)
+{
+    (scheduler.*open(Removal()))(id);
+}
+
+void TimerSchedulerPeer::wake(TimerScheduler& scheduler)
+{
+    // A thread that is only going to sleep would not hear it.
+    lock(scheduler).unlock();
+    workCondition(scheduler).notify_one();
+}
+
+Lock TimerSchedulerPeer::lock(TimerScheduler& scheduler)
+{
+    return Lock(mutex(scheduler));
+}
+
+Mutex& TimerSchedulerPeer::mutex(TimerScheduler& scheduler)
+{
+    return scheduler.*open(Guard());
+}
+
+ConditionVariable& TimerSchedulerPeer::workCondition(TimerScheduler& scheduler)
+{
+    return scheduler.*open(WorkCondition());
+}
+
+ConditionVariable& TimerSchedulerPeer::consumerCondition(TimerScheduler& scheduler)
+{
+    return scheduler.*open(ConsumerCondition());
+}
+
+bool TimerSchedulerPeer::hasThread(TimerScheduler& scheduler)
+{
+    return (scheduler.*open(SchedulerThread())).joinable();
+}
+
+bool TimerSchedulerPeer::isFinishing(TimerScheduler& scheduler)
+{
+    return scheduler.*open(Finish());
+}
+
+std::vector<WorkItemVariant> contents(WorkQueue queue)
+{
+    std::vector<WorkItemVariant> items;
+    while (!queue.empty()) {
+        items.push_back(queue.take());
+    }
+    std::ranges::reverse(items);
+    return items;
+}
+
+} // namespace tovrintimer
