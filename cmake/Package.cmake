@@ -1,5 +1,5 @@
-# What `cmake --install` puts in place: the library, the headers that a host includes, and the package files by
-# which `find_package(tovrintimer)` finds them.
+# What `cmake --install` puts in place: the library, the headers that a host includes, the package files by which
+# `find_package(tovrintimer)` finds them, and an example.
 include(CMakePackageConfigHelpers)
 
 # What is not said to belong elsewhere: `cmake --install --component library` leaves out the embedded host.
@@ -25,6 +25,9 @@ install(FILES
   timer_src/main/platform/CappedWait.hpp
   timer_src/main/platform/ConditionVariable.hpp
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tovrintimer/timer_src/main/platform)
+# For those who write a host of their own: what it has to define, and the smallest one that there is.
+install(FILES host/host-definitions.txt DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY tests/external_host/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples/host)
 if(TOVRINTIMER_BUILD_EMBEDDED_HOST)
   # The installed program finds the libraries beside it, wherever that is.
   file(RELATIVE_PATH libraryPath /${CMAKE_INSTALL_FULL_BINDIR} /${CMAKE_INSTALL_FULL_LIBDIR})

@@ -127,7 +127,7 @@ test_preset() {
   build_and_test "$1" "$buildDir/$1" build_preset "$1"
 }
 
-# A host that knows only the installed package. For g++ the library comes out of the release build; for clang++ it is
+# The host that is installed as an example, and which knows only the package. For g++ the library comes out of the release build; for clang++ it is
 # built on its own, as somebody does who has no use for the embedded host.
 build_external_host() {
   local compiler=$1 tree=$2
@@ -143,7 +143,7 @@ build_external_host() {
       && cmake --build "$tree/library" --parallel "$jobs" \
       && cmake --install "$tree/library" --prefix "$tree/prefix" || return
   fi
-  "${use[@]}" -S "$projectDir/tests/external_host" -B "$tree/program" -DCMAKE_PREFIX_PATH="$tree/prefix" \
+  "${use[@]}" -S "$projectDir/tests/package" -B "$tree/program" -DCMAKE_PREFIX_PATH="$tree/prefix" \
     && cmake --build "$tree/program" --parallel "$jobs"
 }
 

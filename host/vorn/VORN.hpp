@@ -39,7 +39,16 @@ public:
     /// \param nargout the number of outputs wanted
     /// \param reserved always false
     /// \returns the outputs to come. `get()` rethrows what the evaluation raised, and the library lets that
-    ///          leave the task.
+    ///          leave the task. So an error has to get into the future, in Boost's way:
+    ///
+    ///     boost::promise<std::vector<Array>> promise;
+    ///     try { promise.set_value(evaluate(function, arguments)); }
+    ///     catch (...) { promise.set_exception(boost::current_exception()); }
+    ///
+    /// With `std::current_exception()` that compiles as well, and loses the error: `get()` throws a
+    /// `std::exception_ptr` then. Boost 1.74 makes of a class that is derived from a standard exception's that
+    /// standard one, with its text; to keep a class of its own, a host throws it by
+    /// `boost::enable_current_exception`, or gives the exception itself to `set_exception`.
     virtual foundation::concurrent::future<std::vector<foundation::tovrindata::Array>> feval(
         const std::string& function, const std::vector<foundation::tovrindata::Array>& arguments,
         std::size_t nargout, cmddistributor::RunOptions options, bool reserved,
@@ -53,7 +62,9 @@ public:
     /// event loop, so that it looks at its timer again.
     ///
     /// What it throws leaves the task of the timer's last callback, or of its StopFcn. Some timers stop where no
-    /// task is running, and there it leaves the library's operation, or ends the process on the scheduler thread:
+    /// task is running. There the statement comes from the scheduler thread, which must not be kept waiting and
+    /// which an error ends with the process; or from the host's own thread, and an error leaves the library's
+    /// operation. These are
     /// those without a StopFcn that the host stops, or whose callback is not over in time in busy mode Error, and
     /// those whose StopFcn is taken away once it has been queued.
     virtual foundation::concurrent::future<void> evalAsync(const std::u16string& statement,
@@ -63,7 +74,7 @@ public:
     /// The interpreter context that this instance runs in. Constant.
     virtual ContextId getContextId() const = 0;
 
-    /// A new identity for one evaluation request.
+    /// A new identity for one evaluation request. What it throws leaves the callback task.
     static foundation::msg_svc::exchange::IDType createRequestID();
 };
 

@@ -61,10 +61,8 @@ TEST(FarClockTest, TimersAreServedAndNeverEarly)
         std::vector<DueTime> moments;
         journal().when("feval timercb TimerFcn", [&] { moments.push_back(now()); });
         timerTasks().setRun(TaskRun::Inline);
-        const auto timer = world.makeTimer(ExecutionMode::FixedRate);
+        const auto timer = world.makeTimer(ExecutionMode::FixedRate, BusyMode::Drop, 10.0, 3);
         timer->setStartDelay(20.0);
-        timer->setPeriod(10.0);
-        timer->setNumOfTasksToExecute(3);
         const DueTime start = now();
         world.scheduler().createAndStartWork(timer);
         journal().waitFor("feval timercb StopFcn");

@@ -30,9 +30,7 @@ protected:
     /// A timer of this mode with three tasks, a short period and a StopFcn.
     Timer start()
     {
-        auto timer = m_world.makeTimer(GetParam().execution, GetParam().busy);
-        timer->setPeriod(1.0);
-        timer->setNumOfTasksToExecute(3);
+        auto timer = m_world.makeTimer(GetParam().execution, GetParam().busy, 1.0, 3);
         if (GetParam().execution == ExecutionMode::FixedDelay) {
             // All callbacks on the scheduler's thread: between two threads one may overtake the other, see below.
             timer->setStartDelay(1.0);
@@ -118,9 +116,7 @@ TEST(InlineHostTest, TheFirstCallbackOfAFixedDelayCanBeOvertakenByAllOthersAndCo
             journal().waitFor(stopFcn);
         }
     });
-    const auto timer = world.makeTimer(ExecutionMode::FixedDelay);
-    timer->setPeriod(1.0);
-    timer->setNumOfTasksToExecute(3);
+    const auto timer = world.makeTimer(ExecutionMode::FixedDelay, BusyMode::Drop, 1.0, 3);
 
     world.scheduler().createAndStartWork(timer);
     world.scheduler().cleanup();
@@ -133,9 +129,7 @@ TEST(InlineHostTest, TheFirstCallbackOfAFixedDelayCanBeOvertakenByAllOthersAndCo
 TEST(ReorderingHostTest, TasksThatRunInReverseAllRunAndTheStopFcnStaysTheOnlyOne)
 {
     const World world;
-    const auto timer = world.makeTimer(ExecutionMode::FixedRate, BusyMode::Queue);
-    timer->setPeriod(1.0);
-    timer->setNumOfTasksToExecute(3);
+    const auto timer = world.makeTimer(ExecutionMode::FixedRate, BusyMode::Queue, 1.0, 3);
     world.scheduler().createAndStartWork(timer);
     journal().waitFor("processTovrinTimerTask", 4);
 

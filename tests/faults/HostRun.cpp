@@ -9,21 +9,15 @@ namespace {
 
 thread_local bool ofTheHost = false;
 
-Timer quick(const World& world, ExecutionMode mode, BusyMode busy = BusyMode::Drop)
-{
-    auto timer = world.makeTimer(mode, busy);
-    timer->setPeriod(1.0);
-    return timer;
-}
-
 std::vector<Timer> makeTimers(const World& world)
 {
     auto full = world.makeTimer();
     full->setStartDelay(1.0);
-    auto withoutStopFcn = quick(world, ExecutionMode::FixedRate);
+    const auto quick = [&world](ExecutionMode mode, BusyMode busy) { return world.makeTimer(mode, busy, 1.0); };
+    auto withoutStopFcn = quick(ExecutionMode::FixedRate, BusyMode::Drop);
     withoutStopFcn->setStopFcnIsEmpty(true);
-    return { full, withoutStopFcn, quick(world, ExecutionMode::FixedSpacing),
-        quick(world, ExecutionMode::FixedDelay), quick(world, ExecutionMode::FixedRate, BusyMode::Queue) };
+    return { full, withoutStopFcn, quick(ExecutionMode::FixedSpacing, BusyMode::Drop),
+        quick(ExecutionMode::FixedDelay, BusyMode::Drop), quick(ExecutionMode::FixedRate, BusyMode::Queue) };
 }
 
 } // namespace

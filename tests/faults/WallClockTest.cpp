@@ -70,9 +70,7 @@ TEST_P(WallClockTest, StepsWithinARunKeepItsPeriods)
         moments.push_back(now());
         m_clock.step(GetParam());
     });
-    const auto timer = m_world.makeTimer(ExecutionMode::FixedRate);
-    timer->setPeriod(5.0);
-    timer->setNumOfTasksToExecute(10);
+    const auto timer = m_world.makeTimer(ExecutionMode::FixedRate, BusyMode::Drop, 5.0, 10);
     m_world.scheduler().createAndStartWork(timer);
     journal().waitFor("feval timercb StopFcn");
 

@@ -1,69 +1,23 @@
 #include "tests/faults/World.hpp"
 
-#include "embedded_host/log/LogMasks.hpp"
-#include "embedded_host/process/ProcessScope.hpp"
-#include "host/foundation/tovrindata/ArrayFactory.hpp"
-#include "tests/recording_host/PlatformDouble.hpp"
-#include "tests/recording_host/Services.hpp"
-
 namespace faults {
-
-namespace {
-
-void setLogMasks(std::uint32_t mask)
-{
-    for (const char* channel :
-        { "tovrintimer::TimerScheduler", "tovrintimer::WorkItem", "tovrintimer::workHandler" }) {
-        tovrinhost::setLogMask(channel, mask);
-    }
-}
-
-} // namespace
-
-World::World(std::uint32_t logMask)
-{
-    journal().clear();
-    timerTasks().reset();
-    recording::setTimerPpe(true);
-    recording::resetPlatform();
-    m_capture = std::make_unique<recording::LogCapture>();
-    setLogMasks(logMask);
-    m_engine = std::make_shared<recording::Engine>();
-    m_interruptData = std::make_shared<InterruptStateData>(m_engine->getContextId());
-}
-
-World::~World()
-{
-    journal().clear();
-    timerTasks().reset();
-    tovrinhost::destroyProcessScope();
-    m_engine.reset();
-    setLogMasks(0);
-    m_capture.reset();
-    journal().clear();
-}
-
-TimerScheduler& World::scheduler()
-{
-    return *TimerScheduler::getPerTOVRINProcessInstance();
-}
 
 Timer World::makeTimer() const
 {
-    auto timer = std::make_shared<TimerInfo>(foundation::tovrindata::Array(), m_engine, m_interruptData);
+    auto timer = recording::World::makeTimer();
     timer->setStartFcnIsEmpty(false);
     timer->setStopFcnIsEmpty(false);
     timer->setErrorFcnIsEmpty(false);
     return timer;
 }
 
-Timer World::makeTimer(ExecutionMode mode, BusyMode busy) const
+Timer World::makeTimer(ExecutionMode mode, BusyMode busy, double periodMs, std::size_t tasks) const
 {
-    auto timer = std::make_shared<TimerInfo>(foundation::tovrindata::Array(), m_engine, m_interruptData);
+    auto timer = recording::World::makeTimer();
     timer->setExecutionMode(static_cast<size_t>(mode));
     timer->setBusyMode(static_cast<size_t>(busy));
-    timer->setPeriod(3'600'000.0);
-    timer->setNumOfTasksToExecute(2);
+    timer->setPeriod(periodMs);
+    timer->setNumOfTasksToExecute(tasks);
     timer->setStopFcnIsEmpty(false);
     return timer;
 }

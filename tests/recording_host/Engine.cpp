@@ -14,9 +14,6 @@ using foundation::tovrindata::CharArray;
 
 namespace vorn {
 
-VORN::VORN() = default;
-VORN::~VORN() = default;
-
 IDType VORN::createRequestID()
 {
     recording::journal().add({ recording::Kind::Detail, "createRequestID" });

@@ -1,7 +1,5 @@
 #include "tests/recording_host/RecordingHostTest.hpp"
 
-#include "embedded_host/log/LogMasks.hpp"
-#include "embedded_host/process/ProcessScope.hpp"
 #include "host/foundation/tovrindata/ArrayFactory.hpp"
 
 #include <algorithm>
@@ -12,7 +10,6 @@
 namespace recording {
 
 using tovrintimer::TimerInfo;
-using tovrintimer::TimerScheduler;
 
 namespace {
 
@@ -47,28 +44,12 @@ std::string withoutTimes(const std::string& text)
 
 void RecordingHostTest::SetUp()
 {
-    journal().clear();
-    timerTasks().reset();
-    setTimerPpe(true);
-    resetPlatform();
     m_retractionsBefore = retractions();
-    m_capture = std::make_unique<LogCapture>();
-    setLogMasks(allSeverities);
-    m_engine = std::make_shared<Engine>();
-    m_interruptData = std::make_shared<InterruptStateData>(m_engine->getContextId());
-    journal().clearEvents();
 }
 
 void RecordingHostTest::TearDown()
 {
-    // The actions of a test refer to its variables, which have gone.
-    journal().clear();
-    timerTasks().reset();
-    tovrinhost::destroyProcessScope();
-    m_engine.reset();
-    setLogMasks(0);
-    m_capture.reset();
-
+    end();
     EXPECT_TRUE(std::ranges::all_of(m_timers, [](const auto& timer) { return timer.expired(); }))
         << "a timer is still owned by somebody";
     EXPECT_EQ(expectedObjects(), 0U) << "an object was not retracted";
@@ -80,26 +61,13 @@ void RecordingHostTest::TearDown()
 std::shared_ptr<TimerInfo> RecordingHostTest::makeTimer(const std::string& name)
 {
     foundation::tovrindata::ArrayFactory factory;
-    auto timer = std::make_shared<TimerInfo>(factory.createCharArray(name), m_engine, m_interruptData);
+    auto timer = World::makeTimer(factory.createCharArray(name));
     expectObject(timer.get());
     m_timers.push_back(timer);
     std::ostringstream id;
     id << timer->getId();
     m_names.emplace_back(id.str(), "<" + name + ">");
     return timer;
-}
-
-TimerScheduler& RecordingHostTest::scheduler() const
-{
-    return *TimerScheduler::getPerTOVRINProcessInstance();
-}
-
-void RecordingHostTest::setLogMasks(std::uint32_t mask) const
-{
-    for (const char* channel :
-        { "tovrintimer::TimerScheduler", "tovrintimer::WorkItem", "tovrintimer::workHandler" }) {
-        tovrinhost::setLogMask(channel, mask);
-    }
 }
 
 std::vector<std::string> RecordingHostTest::calls() const

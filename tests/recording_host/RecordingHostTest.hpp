@@ -1,19 +1,12 @@
 #pragma once
 
-#include "tests/recording_host/Engine.hpp"
-#include "tests/recording_host/Journal.hpp"
-#include "tests/recording_host/LogCapture.hpp"
 #include "tests/recording_host/PlatformDouble.hpp"
 #include "tests/recording_host/Retractions.hpp"
-#include "tests/recording_host/Services.hpp"
-#include "tests/recording_host/TimerTasks.hpp"
-#include "timer_src/main/TimerInfo.hpp"
-#include "timer_src/main/TimerScheduler.hpp"
+#include "tests/recording_host/World.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <thread>
@@ -22,24 +15,17 @@
 
 namespace recording {
 
-/// A fresh host and a fresh scheduler for each test.
+/// A fresh host and a fresh scheduler for each test, with all records.
 ///
-/// At its end the process scope is destroyed, and the test fails if a timer, an engine share, a retraction or a
+/// At its end the test fails if a timer, an engine share, a retraction or a
 /// request for a timer resolution was left over: keep timers in variables of the test's body.
-class RecordingHostTest : public testing::Test {
+class RecordingHostTest : public testing::Test, protected World {
 protected:
-    static constexpr std::uint32_t allSeverities = 4 | 16 | 32 | 64;
-
     void SetUp() override;
     void TearDown() override;
 
     /// A timer in the fixture's engine. Log texts show `name` in angle brackets for its identity.
     std::shared_ptr<tovrintimer::TimerInfo> makeTimer(const std::string& name = "A");
-
-    tovrintimer::TimerScheduler& scheduler() const;
-
-    /// Sets the severities of the library's three channels. All are on as a test begins.
-    void setLogMasks(std::uint32_t mask) const;
 
     /// What the library called in the host, in order.
     std::vector<std::string> calls() const;
@@ -56,11 +42,7 @@ protected:
 
     std::string plain(std::string text) const;
 
-    std::shared_ptr<Engine> m_engine;
-    std::shared_ptr<InterruptStateData> m_interruptData;
-
 private:
-    std::unique_ptr<LogCapture> m_capture;
     std::vector<std::pair<std::string, std::string>> m_names; // printed identity, name
     std::vector<std::weak_ptr<tovrintimer::TimerInfo>> m_timers;
     std::size_t m_retractionsBefore = 0;

@@ -59,9 +59,6 @@ void inRequestLineNoService(const std::shared_ptr<InterruptStateData>& interrupt
 
 namespace iqm {
 
-Iqm::Iqm() = default;
-Iqm::~Iqm() = default;
-
 std::shared_ptr<Iqm> Iqm::getInstance(vorn::ContextId context)
 {
     journal().add({ Kind::Call, "Iqm::getInstance " + std::to_string(context) });
@@ -71,15 +68,6 @@ std::shared_ptr<Iqm> Iqm::getInstance(vorn::ContextId context)
 } // namespace iqm
 
 namespace foundation::feature {
-
-IFeature::~IFeature() = default;
-
-Feature::Feature(const char* name)
-    : m_name(name)
-{
-}
-
-Feature::~Feature() = default;
 
 int Feature::get() const
 {

@@ -1,20 +1,13 @@
 #include "tests/storm/StormHost.hpp"
 
-#include "host/fl/i18n/to_string.hpp"
 #include "host/foundation/feature/Feature.hpp"
-#include "host/foundation/tovrindata/CharArray.hpp"
 #include "host/inRequestLineNoService.hpp"
-#include "host/iqm/Iqm.hpp"
 #include "host/pelk/factory/full/StdShareable.hpp"
 #include "host/processTovrinTimerTask.hpp"
 #include "host/setCurrentThreadName.hpp"
 #include "host/setReadyRequestPending.hpp"
 #include "tests/storm/Accounts.hpp"
-
-using foundation::concurrent::future;
-using foundation::msg_svc::exchange::IDType;
-using foundation::tovrindata::Array;
-using foundation::tovrindata::CharArray;
+#include "tests/test_host/QueueManager.hpp"
 
 namespace {
 
@@ -34,63 +27,29 @@ struct NamedThread {
     ~NamedThread() { --threadsWithName; }
 };
 
-std::size_t kindOf(const std::string& callback)
-{
-    for (const auto kind : { tovrintimer::StartFcnWork, tovrintimer::StopFcnWork, tovrintimer::TimerFcnWork,
-             tovrintimer::ErrorFcnWork }) {
-        if (callback == fl::i18n::to_string(tovrintimer::kindName(kind).wide)) {
-            return static_cast<std::size_t>(kind);
-        }
-    }
-    throw std::logic_error("there is no callback \"" + callback + "\"");
-}
-
-class StormIqm : public iqm::Iqm {
-public:
-    std::shared_ptr<InterruptStateData> getInterruptStateData() const override
-    {
-        return std::make_shared<InterruptStateData>();
-    }
-};
-
 } // namespace
 
 // ---- What the library calls
 
 namespace vorn {
 
-VORN::VORN() = default;
-VORN::~VORN() = default;
-
-IDType VORN::createRequestID()
+foundation::msg_svc::exchange::IDType VORN::createRequestID()
 {
-    return IDType();
+    return {};
 }
 
 } // namespace vorn
 
 namespace iqm {
 
-Iqm::Iqm() = default;
-Iqm::~Iqm() = default;
-
 std::shared_ptr<Iqm> Iqm::getInstance(vorn::ContextId /*context*/)
 {
-    return std::make_shared<StormIqm>();
+    return std::make_shared<test_host::QueueManager>();
 }
 
 } // namespace iqm
 
 namespace foundation::feature {
-
-IFeature::~IFeature() = default;
-
-Feature::Feature(const char* name)
-    : m_name(name)
-{
-}
-
-Feature::~Feature() = default;
 
 int Feature::get() const
 {
@@ -127,28 +86,14 @@ void processTovrinTimerTask(const std::shared_ptr<vorn::VORN>& /*engine*/, const
 
 namespace storm {
 
-future<std::vector<Array>> Engine::feval(const std::string& /*function*/, const std::vector<Array>& arguments,
-    std::size_t /*nargout*/, cmddistributor::RunOptions /*options*/, bool /*reserved*/, IDType /*requestId*/)
+void Engine::evaluate(const foundation::tovrindata::Array& timerObject, tovrintimer::WorkKind callback)
 {
-    Account& account = accounts().of(arguments.at(0));
-    const std::size_t kind = kindOf(CharArray(arguments.at(1)).toUTF8());
-    ++account.evaluated.at(kind);
-    boost::promise<std::vector<Array>> answer;
-    if (m_errors && kind == tovrintimer::TimerFcnWork && account.character.raisesErrors
+    Account& account = accounts().of(timerObject);
+    ++account.evaluated.at(static_cast<std::size_t>(callback));
+    if (m_errors && callback == tovrintimer::TimerFcnWork && account.character.raisesErrors
         && ++m_callbacks % 4 == 0) {
-        answer.set_exception(CallbackError("error in the callback"));
-    } else {
-        answer.set_value({});
+        throw test_host::CallbackError("error in the callback");
     }
-    return answer.get_future();
-}
-
-future<void> Engine::evalAsync(
-    const std::u16string& /*statement*/, cmddistributor::RunOptions /*options*/, IDType /*requestId*/)
-{
-    boost::promise<void> done;
-    done.set_value();
-    return done.get_future();
 }
 
 EngineThread::EngineThread()
@@ -202,7 +147,7 @@ void EngineThread::run()
         lock.unlock();
         try {
             task();
-        } catch (const CallbackError&) {
+        } catch (const test_host::CallbackError&) {
             ++m_errors;
         }
         task = nullptr; // what it owns goes before the engine is called idle

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/vorn/VORN.hpp"
+#include "tests/test_host/Engine.hpp"
 
 #include <atomic>
 #include <condition_variable>
@@ -8,35 +8,20 @@
 #include <deque>
 #include <functional>
 #include <mutex>
-#include <stdexcept>
 #include <thread>
-
-/// This host's interrupt state is nothing but an object.
-class InterruptStateData { };
 
 namespace storm {
 
-struct CallbackError : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
 /// An engine that enters each callback in its timer's account, and raises errors where the timer's character says
 /// so and errors are on. Any thread.
-class Engine : public vorn::VORN {
+class Engine final : public test_host::Engine {
 public:
-    foundation::concurrent::future<std::vector<foundation::tovrindata::Array>> feval(const std::string& function,
-        const std::vector<foundation::tovrindata::Array>& arguments, std::size_t nargout,
-        cmddistributor::RunOptions options, bool reserved,
-        foundation::msg_svc::exchange::IDType requestId) override;
-
-    foundation::concurrent::future<void> evalAsync(const std::u16string& statement,
-        cmddistributor::RunOptions options, foundation::msg_svc::exchange::IDType requestId) override;
-
-    vorn::ContextId getContextId() const override { return 1; }
-
     void setErrors(bool on) { m_errors = on; }
 
 private:
+    void evaluate(const foundation::tovrindata::Array& timerObject, tovrintimer::WorkKind callback) override;
+    void wakeUp() override { }
+
     std::atomic<bool> m_errors { true };
     std::atomic<std::size_t> m_callbacks { 0 };
 };

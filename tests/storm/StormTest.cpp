@@ -4,6 +4,7 @@
 #include "tests/storm/Options.hpp"
 #include "tests/storm/StormHost.hpp"
 #include "tests/storm/Watchdog.hpp"
+#include "tests/test_host/QueueManager.hpp"
 #include "timer_src/main/MonotonicTime.hpp"
 #include "timer_src/main/TimerScheduler.hpp"
 

@@ -17,19 +17,34 @@ template <typename CharT> class basic_diagnostic_logger;
 
 /// A source of diagnostic records for one channel, on top of Boost.Log.
 ///
+/// What the library writes, by channel and severity:
+///
+///                                  4  trace                16  detail       32, 64  scope entry, exit
+///     tovrintimer::TimerScheduler  queue, run loop,        waits, removals  the run loop
+///                                  requests of the host
+///     tovrintimer::WorkItem        changed task counts     -                -
+///     tovrintimer::workHandler     handlers, tasks, the    -                -
+///                                  way to the interpreter
+///
 /// Every record carries the attributes "Channel" (std::string), "Severity" (std::uint32_t, one bit) and
-/// "Indent" (unsigned int). Several loggers may bear the same channel name: a host sets a mask by channel, for
-/// the loggers that exist and for those made later.
+/// "Indent" (unsigned int): the host's constructor puts them into m_attributes. The severity is given to
+/// `open_record`, which sees to it that the record bears it; by an attribute made for this record, say, or one
+/// that reads a variable of the thread. To records of a scope the library itself adds "File" (std::string) and
+/// "Line" (int).
+///
+/// The mask is the host's, too: the constructor sets it first, and the library only reads it. Several loggers may
+/// bear the same channel name: a host sets a mask by channel, for the loggers that exist and for those made later.
 ///
 /// Threading: all operations, any thread. The library writes records on the scheduler thread, on the threads
 /// that call into it and in callback tasks; some of them while it holds its queue's mutex, so a sink may call
 /// back into the library only for what takes no queue lock.
-/// Lifetime: some loggers are namespace-scope objects: construction and destruction must work before `main`
-/// begins and after it ends. A process may also end without an orderly shutdown, while threads of the library
-/// write: until the system ends them, what they call must neither be destroyed nor use what has been. So a host
-/// destroys nothing that a record goes through, and of what others destroy (Boost.Log's own static objects) it
-/// keeps later records away: it opens none once that has begun. Errors: what `open_record`, `push_record` or a
-/// sink throws costs that record and nothing else.
+/// Lifetime: some loggers are namespace-scope objects: one of the library's scheduler, and one of the channel
+/// tovrintimer::WorkItem in each source that includes WorkItem.hpp, which TimerScheduler.hpp does; those of a host
+/// as well. Construction and destruction must work before `main` begins and after it ends. A process may also end
+/// without an orderly shutdown, while threads of the library write: until the system ends them, what they call
+/// must neither be destroyed nor use what has been. So a host destroys nothing that a record goes through, and of
+/// what others destroy (Boost.Log's own static objects) it keeps later records away: it opens none once that has
+/// begun. Errors: what `open_record`, `push_record` or a sink throws costs that record and nothing else.
 template <> class TOVRINHOST_API basic_diagnostic_logger<char> {
 public:
     using char_type = char;

@@ -1,24 +1,10 @@
 #include "tests/simulation/host/Engine.hpp"
 
-#include "host/foundation/tovrindata/CharArray.hpp"
-
-using foundation::concurrent::future;
-using foundation::msg_svc::exchange::IDType;
-using foundation::tovrindata::Array;
-using foundation::tovrindata::CharArray;
-
-namespace vorn {
-
-VORN::VORN() = default;
-VORN::~VORN() = default;
-
-IDType VORN::createRequestID()
+foundation::msg_svc::exchange::IDType vorn::VORN::createRequestID()
 {
     simulation::Host::current().checkCall("createRequestID");
-    return IDType();
+    return {};
 }
-
-} // namespace vorn
 
 namespace simulation {
 
@@ -33,37 +19,16 @@ Engine::~Engine()
     Host::current().engineMade(-1);
 }
 
-future<std::vector<Array>> Engine::feval(const std::string& function, const std::vector<Array>& arguments,
-    std::size_t nargout, cmddistributor::RunOptions options, bool reserved, IDType /*requestId*/)
+void Engine::evaluate(const foundation::tovrindata::Array& /*timerObject*/, WorkKind callback)
 {
-    Host& host = Host::current();
-    host.checkCall("feval");
-    if (function != "timercb" || arguments.size() != 4 || nargout != 0 || reserved || options.getQueueName()) {
-        Kernel::current()->fail("feval is not called as it ought to be");
-    }
-    boost::promise<std::vector<Array>> answer;
-    try {
-        host.evaluate(*this, CharArray(arguments[1]).toUTF8());
-        answer.set_value({});
-    } catch (const CallbackError& error) {
-        answer.set_exception(error);
-    }
-    return answer.get_future();
+    Host::current().checkCall("feval");
+    Host::current().evaluate(*this, callback);
 }
 
-future<void> Engine::evalAsync(
-    const std::u16string& statement, cmddistributor::RunOptions options, IDType /*requestId*/)
+void Engine::wakeUp()
 {
-    Host& host = Host::current();
-    host.checkCall("evalAsync");
-    if (statement != u"if(1==1), end" || options.getWhenToDequeue() != cmddistributor::WhenToDequeue::AtEventLoop
-        || options.getQueueName() != std::u16string(u"TIMER_WAKE_UP_VORN")) {
-        Kernel::current()->fail("the wake-up statement is not what it ought to be");
-    }
-    host.woken(*this);
-    boost::promise<void> done;
-    done.set_value();
-    return done.get_future();
+    Host::current().checkCall("evalAsync");
+    Host::current().woken(*this);
 }
 
 } // namespace simulation

@@ -1,6 +1,5 @@
 #include "tests/simulation/host/Host.hpp"
 
-#include "host/fl/i18n/to_string.hpp"
 #include "host/foundation/tovrindata/ArrayFactory.hpp"
 #include "tests/simulation/host/Engine.hpp"
 
@@ -151,31 +150,23 @@ void Host::handOver(const std::shared_ptr<vorn::VORN>& engine, const std::functi
     const Operation operation("hand over for timer", mine.timer);
 }
 
-void Host::evaluate(const Engine& engine, const std::string& callback)
+void Host::evaluate(const Engine& engine, WorkKind callback)
 {
-    for (const auto kind : { tovrintimer::StartFcnWork, tovrintimer::StopFcnWork, tovrintimer::TimerFcnWork,
-             tovrintimer::ErrorFcnWork }) {
-        if (callback != simulation::name(kind)) {
-            continue;
+    m_model.evaluationBegins(engine.timer, callback);
+    const Operation operation(simulation::name(callback), engine.timer);
+    bool succeeded = true;
+    try {
+        if (m_callback) {
+            m_callback(engine.slot, callback);
         }
-        m_model.evaluationBegins(engine.timer, kind);
-        const Operation operation(simulation::name(kind), engine.timer);
-        bool succeeded = true;
-        try {
-            if (m_callback) {
-                m_callback(engine.slot, kind);
-            }
-        } catch (const CallbackError&) {
-            succeeded = false;
-        }
-        m_latestKind = kind;
-        m_model.evaluationEnds(engine.timer, kind, succeeded);
-        if (!succeeded) {
-            throw CallbackError("error in the callback");
-        }
-        return;
+    } catch (const CallbackError&) {
+        succeeded = false;
     }
-    m_kernel.fail("there is no callback \"" + callback + "\"");
+    m_latestKind = callback;
+    m_model.evaluationEnds(engine.timer, callback, succeeded);
+    if (!succeeded) {
+        throw CallbackError("error in the callback");
+    }
 }
 
 void Host::woken(const Engine& engine)

@@ -1,26 +1,17 @@
 #pragma once
 
 #include "tests/simulation/model/Model.hpp"
+#include "tests/test_host/Engine.hpp"
+#include "tests/test_host/QueueManager.hpp"
 
 #include <deque>
 #include <functional>
 #include <map>
 #include <memory>
-#include <stdexcept>
-
-/// This host's interrupt state is nothing but an object.
-class InterruptStateData { };
-
-namespace vorn {
-class VORN;
-}
 
 namespace simulation {
 
-/// What a callback that fails throws.
-struct CallbackError : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
+using test_host::CallbackError;
 
 class Engine;
 
@@ -71,7 +62,7 @@ public:
     // What the library calls.
 
     void handOver(const std::shared_ptr<vorn::VORN>& engine, const std::function<void()>& task);
-    void evaluate(const Engine& engine, const std::string& callback);
+    void evaluate(const Engine& engine, WorkKind callback);
     void woken(const Engine& engine);
     void retracted(const void* object);
     void checkCall(const char* name) const;

@@ -1,11 +1,11 @@
 #include "host/foundation/feature/Feature.hpp"
 #include "host/inRequestLineNoService.hpp"
-#include "host/iqm/Iqm.hpp"
 #include "host/pelk/factory/full/StdShareable.hpp"
 #include "host/processTovrinTimerTask.hpp"
 #include "host/setCurrentThreadName.hpp"
 #include "host/setReadyRequestPending.hpp"
 #include "tests/simulation/host/Host.hpp"
+#include "tests/test_host/QueueManager.hpp"
 #include "timer_src/main/platform/Platform.hpp"
 
 #include <ctime>
@@ -13,43 +13,18 @@
 using simulation::Host;
 using simulation::Operation;
 
-namespace {
-
-class SimulatedIqm final : public iqm::Iqm {
-public:
-    std::shared_ptr<InterruptStateData> getInterruptStateData() const override
-    {
-        return std::make_shared<InterruptStateData>();
-    }
-};
-
-} // namespace
-
 namespace iqm {
-
-Iqm::Iqm() = default;
-Iqm::~Iqm() = default;
 
 std::shared_ptr<Iqm> Iqm::getInstance(vorn::ContextId /*context*/)
 {
     Host::current().checkCall("Iqm::getInstance");
     const Operation operation("queue manager");
-    return std::make_shared<SimulatedIqm>();
+    return std::make_shared<test_host::QueueManager>();
 }
 
 } // namespace iqm
 
 namespace foundation::feature {
-
-IFeature::~IFeature() = default;
-
-// Made inside the initialisation of static variables: no other thread may go on there.
-Feature::Feature(const char* name)
-    : m_name(name)
-{
-}
-
-Feature::~Feature() = default;
 
 int Feature::get() const
 {

@@ -12,7 +12,8 @@ namespace foundation::msg_svc::exchange {
 /// Threading: a value. Identities are made, compared and printed on any thread.
 /// The library relies on the ordering alone: two identities are the same when neither is less than the other.
 struct TOVRINHOST_API IDType {
-    /// A new identity, different from every other that was made this way in the process.
+    /// A new identity, different from every other that was made this way in the process. May throw: the timer
+    /// whose identity it was to be is not made then.
     IDType();
 
     constexpr IDType(std::int64_t firstWord, std::int64_t secondWord) noexcept
