@@ -1,7 +1,7 @@
 #include "embedded_host/engine/RequestLine.hpp"
 
 #include "embedded_host/engine/Engine.hpp"
-#include "embedded_host/process/NeverDestroyed.hpp"
+#include "embedded_host/services/NeverDestroyed.hpp"
 #include "host/inRequestLineNoService.hpp"
 #include "host/setReadyRequestPending.hpp"
 

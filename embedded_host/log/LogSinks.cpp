@@ -3,7 +3,7 @@
 #include "embedded_host/log/Escape.hpp"
 #include "embedded_host/log/LineSink.hpp"
 #include "embedded_host/log/RecordGate.hpp"
-#include "embedded_host/process/NeverDestroyed.hpp"
+#include "embedded_host/services/NeverDestroyed.hpp"
 
 #include <boost/log/sinks/sync_frontend.hpp>
 #include <boost/smart_ptr/make_shared_object.hpp>

@@ -1,7 +1,7 @@
 #include "embedded_host/log/LoggerRegistry.hpp"
 
 #include "embedded_host/log/RecordGate.hpp"
-#include "embedded_host/process/NeverDestroyed.hpp"
+#include "embedded_host/services/NeverDestroyed.hpp"
 
 #include <boost/log/attributes/constant.hpp>
 

@@ -1,6 +1,6 @@
 #include "embedded_host/log/RecordGate.hpp"
 
-#include "embedded_host/process/NeverDestroyed.hpp"
+#include "embedded_host/services/NeverDestroyed.hpp"
 
 #include <boost/log/sinks/sink.hpp>
 #include <boost/log/sources/record_ostream.hpp>

@@ -1,6 +1,6 @@
 #include "embedded_host/program/CommandLine.hpp"
 
-#include "embedded_host/process/Features.hpp"
+#include "embedded_host/services/Features.hpp"
 
 #include <CLI/CLI.hpp>
 

@@ -1,10 +1,10 @@
 #include "tests/conformance/HostUnderTest.hpp"
 
-#include "embedded_host/class_system/ObjectSystem.hpp"
 #include "embedded_host/engine/Engine.hpp"
 #include "embedded_host/log/LogMasks.hpp"
-#include "embedded_host/process/Features.hpp"
-#include "embedded_host/process/ProcessScope.hpp"
+#include "embedded_host/services/Features.hpp"
+#include "embedded_host/services/ObjectSystem.hpp"
+#include "embedded_host/services/ProcessScope.hpp"
 
 namespace conformance {
 

@@ -1,7 +1,7 @@
 #include "tests/conformance/HostUnderTest.hpp"
 
 #include "embedded_host/log/LogMasks.hpp"
-#include "embedded_host/process/ProcessScope.hpp"
+#include "embedded_host/services/ProcessScope.hpp"
 #include "tests/recording_host/Engine.hpp"
 #include "tests/recording_host/Journal.hpp"
 #include "tests/recording_host/Retractions.hpp"

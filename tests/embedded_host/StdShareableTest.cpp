@@ -1,4 +1,4 @@
-#include "embedded_host/class_system/ObjectSystem.hpp"
+#include "embedded_host/services/ObjectSystem.hpp"
 #include "tests/embedded_host/TestObject.hpp"
 
 #include <gtest/gtest.h>

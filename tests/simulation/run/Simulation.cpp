@@ -1,7 +1,7 @@
 #include "tests/simulation/run/Simulation.hpp"
 
 #include "embedded_host/log/LogMasks.hpp"
-#include "embedded_host/process/ProcessScope.hpp"
+#include "embedded_host/services/ProcessScope.hpp"
 #include "tests/recording_host/Journal.hpp"
 #include "tests/recording_host/LogCapture.hpp"
 #include "tests/simulation/host/Host.hpp"
