@@ -66,7 +66,7 @@ enum class Ending {
 };
 
 /// A program for the simulation, and the weather and the seed under which it runs: all that a run depends on.
-struct Script {
+struct Program {
     std::uint64_t schedule = 1;
     Weather weather;
     bool timerPpe = true;
@@ -80,12 +80,12 @@ struct Script {
 };
 
 /// A random program. From the same choices comes the same program.
-Script randomScript(Choices& choices);
+Program randomProgram(Choices& choices);
 
 /// As text, a line for each timer and each step.
-std::string toText(const Script& script);
+std::string toText(const Program& program);
 
 /// \throws std::invalid_argument, naming the line
-Script fromText(const std::string& text);
+Program fromText(const std::string& text);
 
 } // namespace simulation

@@ -1,4 +1,4 @@
-#include "tests/simulation/program/Script.hpp"
+#include "tests/simulation/program/Program.hpp"
 
 #include <algorithm>
 #include <array>
@@ -92,7 +92,7 @@ Step stepFrom(const std::string& actor, std::istream& line)
     return step;
 }
 
-void readLine(Script& script, const std::string& text)
+void readLine(Program& program, const std::string& text)
 {
     std::istringstream line(text);
     std::string what;
@@ -100,29 +100,29 @@ void readLine(Script& script, const std::string& text)
         return;
     }
     if (what == "schedule") {
-        line >> script.schedule;
+        line >> program.schedule;
     } else if (what == "weather") {
         const Fields fields(line);
-        script.weather = { fields.whole("switches"), fields.whole("spurious"), fields.whole("late"),
+        program.weather = { fields.whole("switches"), fields.whole("spurious"), fields.whole("late"),
             fields.whole("slow"), fields.flag("starved") };
     } else if (what == "host") {
         const Fields fields(line);
-        script.timerPpe = fields.flag("ppe");
-        script.logs = fields.flag("logs");
+        program.timerPpe = fields.flag("ppe");
+        program.logs = fields.flag("logs");
     } else if (what == "end") {
         const Fields fields(line);
-        script.settle = fields.number("settle");
-        script.ending = static_cast<Ending>(std::min<std::uint64_t>(fields.whole("how"), 3));
+        program.settle = fields.number("settle");
+        program.ending = static_cast<Ending>(std::min<std::uint64_t>(fields.whole("how"), 3));
     } else if (what == "timer") {
-        script.timers.push_back(timerFrom(Fields(line)));
+        program.timers.push_back(timerFrom(Fields(line)));
     } else {
-        script.steps.push_back(stepFrom(what, line));
+        program.steps.push_back(stepFrom(what, line));
     }
 }
 
 } // namespace
 
-int Script::hostThreads() const
+int Program::hostThreads() const
 {
     int threads = 0;
     for (const Step& step : steps) {
@@ -131,51 +131,51 @@ int Script::hostThreads() const
     return threads;
 }
 
-std::string toText(const Script& script)
+std::string toText(const Program& program)
 {
     std::ostringstream text;
     text.precision(17);
-    text << "schedule " << script.schedule << '\n'
-         << "weather switches=" << script.weather.switches << " spurious=" << script.weather.spuriousWakeUps
-         << " late=" << script.weather.lateWakeUps << " slow=" << script.weather.slowThreads
-         << " starved=" << script.weather.oneIsStarved << '\n'
-         << "host ppe=" << script.timerPpe << " logs=" << script.logs << '\n'
-         << "end settle=" << script.settle << " how=" << static_cast<int>(script.ending) << '\n';
-    for (const TimerSpec& spec : script.timers) {
+    text << "schedule " << program.schedule << '\n'
+         << "weather switches=" << program.weather.switches << " spurious=" << program.weather.spuriousWakeUps
+         << " late=" << program.weather.lateWakeUps << " slow=" << program.weather.slowThreads
+         << " starved=" << program.weather.oneIsStarved << '\n'
+         << "host ppe=" << program.timerPpe << " logs=" << program.logs << '\n'
+         << "end settle=" << program.settle << " how=" << static_cast<int>(program.ending) << '\n';
+    for (const TimerSpec& spec : program.timers) {
         const Settings& s = spec.settings;
         text << "timer mode=" << s.mode << " busy=" << s.busy << " period=" << s.period << " delay=" << s.delay
              << " tasks=" << s.tasks << " start=" << s.hasStart << " stop=" << s.hasStop << " error=" << s.hasError
              << " lasts=" << spec.lasts << " onerror=" << static_cast<int>(spec.onError) << '\n';
     }
-    for (const Step& step : script.steps) {
+    for (const Step& step : program.steps) {
         text << (step.byCallback ? "callback-" : "host-") << step.actor << ' ' << name(step.verb) << ' '
              << step.timer << ' ' << step.value << '\n';
     }
     return text.str();
 }
 
-Script fromText(const std::string& text)
+Program fromText(const std::string& text)
 {
-    Script script;
+    Program program;
     std::istringstream lines(text);
     int number = 0;
     for (std::string line; std::getline(lines, line);) {
         ++number;
         try {
-            readLine(script, line);
+            readLine(program, line);
         } catch (const std::exception& error) {
             throw std::invalid_argument("line " + std::to_string(number) + ": " + error.what());
         }
     }
     const auto isWrong = [&](const Step& step) {
-        const int timers = static_cast<int>(script.timers.size());
+        const int timers = static_cast<int>(program.timers.size());
         return step.timer < 0 || step.timer >= timers || step.actor < 0
             || step.actor >= (step.byCallback ? timers : 64);
     };
-    if (script.timers.empty() || std::ranges::any_of(script.steps, isWrong)) {
-        throw std::invalid_argument("a script needs timers, and its steps name only those that it has");
+    if (program.timers.empty() || std::ranges::any_of(program.steps, isWrong)) {
+        throw std::invalid_argument("a program needs timers, and its steps name only those that it has");
     }
-    return script;
+    return program;
 }
 
 } // namespace simulation
