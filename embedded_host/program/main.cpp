@@ -1,5 +1,4 @@
 #include "embedded_host/log/Escape.hpp"
-#include "embedded_host/log/LogMasks.hpp"
 #include "embedded_host/log/LogSinks.hpp"
 #include "embedded_host/program/CommandLine.hpp"
 #include "embedded_host/program/platform/Platform.hpp"

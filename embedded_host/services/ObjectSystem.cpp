@@ -1,6 +1,6 @@
 #include "embedded_host/services/ObjectSystem.hpp"
 
-#include "embedded_host/services/NeverDestroyed.hpp"
+#include "timer_src/main/NeverDestroyed.hpp"
 
 #include <mutex>
 #include <stdexcept>
@@ -25,7 +25,7 @@ struct ObjectSystem {
 // Objects may still be retracted while static objects are being destroyed.
 ObjectSystem& objectSystem()
 {
-    static NeverDestroyed<ObjectSystem> system;
+    static tovrintimer::NeverDestroyed<ObjectSystem> system;
     return *system;
 }
 

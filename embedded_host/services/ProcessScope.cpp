@@ -1,6 +1,7 @@
 #include "embedded_host/services/ProcessScope.hpp"
 
 #include "host/usm/Detail.hpp"
+#include "timer_src/main/NeverDestroyed.hpp"
 
 #include <algorithm>
 #include <atomic>
@@ -42,7 +43,7 @@ struct Store {
 // Never destroyed: what it holds may be, in an orderly way, only while the process is still whole.
 Store& store()
 {
-    static auto* const theStore = new Store;
+    static tovrintimer::NeverDestroyed<Store> theStore;
     return *theStore;
 }
 

@@ -31,18 +31,20 @@ struct TimerSurroundings {
 ///
 ///     Starting ----> Running ----> Ending ----> Ended
 ///
-/// | state | until | what a stop does | what an error in StartFcn or TimerFcn does |
-/// |---|---|---|---|
-/// | Starting: the StartFcn waits | the StartFcn begins | drops what waits behind the StartFcn, asks for the
-/// StopFcn: Ending | | | Running | a stop, an error, the StopFcn begins, or the last TimerFcn has ended and there
-/// is no StopFcn | drops what waits, asks for the StopFcn: Ending | drops what waits, asks for ErrorFcn and
-/// StopFcn: Ending | | Ending: what the end calls for waits or runs | nothing waits, nothing runs | nothing | as
-/// above, but for a StopFcn that has begun | | Ended | | nothing | |
+/// Starting: the StartFcn waits, until it begins.
+///   stop:    drops what waits behind the StartFcn, asks for the StopFcn; Ending.
+/// Running, until a stop, an error, the StopFcn begins, or the last TimerFcn has ended and there is no StopFcn.
+///   stop:    drops what waits, asks for the StopFcn; Ending.
+///   error in StartFcn or TimerFcn: drops what waits, asks for ErrorFcn and StopFcn; Ending.
+/// Ending: what the end calls for waits or runs, until nothing waits and nothing runs.
+///   stop:    nothing.
+///   error in StartFcn or TimerFcn: as in Running, but for a StopFcn that has begun.
+/// Ended: nothing comes of anything any more.
 ///
 /// What the library leaves to its host:
 /// - In fixed delay and fixed rate it decides before the last callback whether a StopFcn follows, and that
 /// callback
-///   may assign one. So the run counts along, and asks for a StopFcn itself that was not there from the start.
+///   may assign one. So the run counts along, and asks itself for a StopFcn that was not there from the start.
 /// - After a contention in busy mode Error it says nothing. It shows in a StopFcn that comes while callbacks are
 ///   still to come, or without a StopFcn in a timer that has stopped before its time. The ErrorFcn that follows is
 ///   asked for by the run, so that the library is told of none meanwhile.
@@ -121,11 +123,11 @@ private:
     const TimerSurroundings& m_surroundings;
     Owner* m_owner; // null once it has left
     const std::uint64_t m_number;
+    TimerSettings m_settings; // before all that is initialised from them
     const tovrintimer::ExecutionMode m_mode; // also for the dispatching thread
-    TimerSettings m_settings;
 
-    // The library keeps a reference to it. The interrupt state that it is for comes from the queue manager
-    // instead.
+    // The library keeps a reference to it, so it stands before the library's timer, and goes after it. The
+    // interrupt state that it is for comes from the queue manager instead.
     const std::shared_ptr<InterruptStateData> m_interruptState;
 
     std::shared_ptr<TimerEngine> m_engine;

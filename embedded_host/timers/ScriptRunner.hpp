@@ -42,9 +42,11 @@ private:
     /// Notes an interruption that the script itself has met with.
     void noteInterruption();
 
+    // In this order: the timers hold on to both.
     const std::shared_ptr<Engine> m_engine;
     ErrorReport m_errors;
     TimerSet m_timers;
+
     int m_exitCode = 0; ///< the latest that the script gave
 
     // Shared without a lock.

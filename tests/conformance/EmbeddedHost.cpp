@@ -1,7 +1,7 @@
 #include "tests/conformance/HostUnderTest.hpp"
 
 #include "embedded_host/engine/Engine.hpp"
-#include "embedded_host/log/LogMasks.hpp"
+#include "embedded_host/log/LogSinks.hpp"
 #include "embedded_host/services/Features.hpp"
 #include "embedded_host/services/ObjectSystem.hpp"
 #include "embedded_host/services/ProcessScope.hpp"

@@ -1,6 +1,6 @@
 #include "tests/conformance/HostUnderTest.hpp"
 
-#include "embedded_host/log/LogMasks.hpp"
+#include "embedded_host/log/LogSinks.hpp"
 #include "embedded_host/services/ProcessScope.hpp"
 #include "tests/recording_host/Engine.hpp"
 #include "tests/recording_host/Journal.hpp"

@@ -1,6 +1,6 @@
 #include "tests/faults/World.hpp"
 
-#include "embedded_host/log/LogMasks.hpp"
+#include "embedded_host/log/LogSinks.hpp"
 #include "embedded_host/services/ProcessScope.hpp"
 #include "host/foundation/tovrindata/ArrayFactory.hpp"
 #include "tests/recording_host/PlatformDouble.hpp"

@@ -1,6 +1,6 @@
 #include "tests/simulation/run/Simulation.hpp"
 
-#include "embedded_host/log/LogMasks.hpp"
+#include "embedded_host/log/LogSinks.hpp"
 #include "embedded_host/services/ProcessScope.hpp"
 #include "tests/recording_host/Journal.hpp"
 #include "tests/recording_host/LogCapture.hpp"
