@@ -24,9 +24,9 @@ std::string ErrorReport::report(const std::string& where, const std::exception& 
     m_hasErrors = true;
     const auto* script = dynamic_cast<const ScriptError*>(&error);
     std::string message = script != nullptr ? script->message() : error.what();
-    std::string lines = "tovrin: error in " + escape(where) + ": " + escape(message) + '\n';
+    std::string lines = "tovrin: error in " + escape(where) + ": " + escapeLines(message) + '\n';
     if (script != nullptr && !script->traceback().empty()) {
-        lines += escapeTraceback(script->traceback()) + '\n';
+        lines += escapeLines(script->traceback()) + '\n';
     }
     std::cerr << lines << std::flush;
     return message;

@@ -10,8 +10,8 @@ namespace tovrinhost {
 /// Threading: one thread at a time.
 class ErrorReport {
 public:
-    /// Writes "tovrin: error in <where>: <message>", and the traceback where the error has one, all
-    /// with control characters written out.
+    /// Writes "tovrin: error in <where>: <message>", and the traceback where the error has one, all with control
+    /// characters written out. Indented lines of a message stay lines, as where `require` lists what it tried.
     /// \returns the message as it is
     std::string report(const std::string& where, const std::exception_ptr& error);
     std::string report(const std::string& where, const std::exception& error);

@@ -3,6 +3,7 @@
 #include "embedded_host/engine/LuaArrays.hpp"
 #include "embedded_host/engine/LuaFunction.hpp"
 #include "embedded_host/log/Escape.hpp"
+#include "embedded_host/timers/NearestName.hpp"
 #include "embedded_host/timers/TimerProperties.hpp"
 
 #include <lauxlib.h>
@@ -12,6 +13,7 @@
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace tovrinhost {
 
@@ -36,9 +38,8 @@ Handle& handleOf(lua_State* state)
     return *static_cast<Handle*>(luaL_checkudata(state, 1, timerType));
 }
 
-ScriptTimer& liveTimer(lua_State* state)
+ScriptTimer& liveTimer(const Handle& timer)
 {
-    const Handle& timer = handleOf(state);
     if (!timer) {
         throw std::logic_error("the timer has been collected");
     }
@@ -46,6 +47,21 @@ ScriptTimer& liveTimer(lua_State* state)
         throw std::logic_error(label(timer->settings()) + " has been deleted");
     }
     return *timer;
+}
+
+ScriptTimer& liveTimer(lua_State* state)
+{
+    return liveTimer(handleOf(state));
+}
+
+/// The timer that a method is called on.
+ScriptTimer& timerOf(lua_State* state, const std::string& method)
+{
+    const auto* timer = static_cast<Handle*>(luaL_testudata(state, 1, timerType));
+    if (timer == nullptr) {
+        throw std::invalid_argument(method + ": call it with a colon, t:" + method + "()");
+    }
+    return liveTimer(*timer);
 }
 
 std::string textAt(lua_State* state, int index)
@@ -69,10 +85,36 @@ template <typename Operation> auto named(ScriptTimer& timer, Operation operation
 
 // ---- Properties
 
-[[noreturn]] void failUnknown(const TimerSettings& settings, const std::string& key)
+enum class Use { Read, Assign };
+
+const std::vector<std::string> methodNames { "start", "stop", "wait", "delete" };
+
+std::string commaSeparated(const std::vector<std::string>& names)
 {
-    throw std::invalid_argument(
-        label(settings) + ": unknown property " + key + "; the properties are " + settablePropertyNames());
+    std::string text;
+    for (const std::string& name : names) {
+        text += (text.empty() ? "" : ", ") + name;
+    }
+    return text;
+}
+
+[[noreturn]] void failUnknown(lua_State* state, int key, const TimerSettings& settings, Use use)
+{
+    std::vector<std::string> names = settablePropertyNames();
+    if (use == Use::Read) {
+        const std::vector<std::string> others = readOnlyPropertyNames();
+        names.insert(names.end(), others.begin(), others.end());
+    }
+    std::string list = "he properties are " + commaSeparated(names);
+    if (use == Use::Read) {
+        list += "; the methods are " + commaSeparated(methodNames);
+        names.insert(names.end(), methodNames.begin(), methodNames.end());
+    }
+    const std::string nearest
+        = lua_type(state, key) == LUA_TSTRING ? nearestName(textAt(state, key), names) : std::string();
+    throw std::invalid_argument(label(settings) + " has no property " + (use == Use::Read ? "or method " : "")
+        + describeValue(state, key) + "; " + (nearest.empty() ? "t" : "did you mean \"" + nearest + "\"? T")
+        + list);
 }
 
 [[noreturn]] void failValue(
@@ -87,7 +129,7 @@ void setProperty(lua_State* state, int key, int value, TimerSettings& settings, 
 {
     const TimerSettings before = settings;
     if (lua_type(state, key) != LUA_TSTRING) {
-        failUnknown(before, describeValue(state, key));
+        failUnknown(state, key, before, Use::Assign);
     }
     const std::string name = textAt(state, key);
     if (const Property* property = findProperty(name)) {
@@ -108,7 +150,7 @@ void setProperty(lua_State* state, int key, int value, TimerSettings& settings, 
     } else if (findReadOnlyProperty(name) != nullptr) {
         throw std::invalid_argument(label(before) + ": " + name + " is read-only");
     } else {
-        failUnknown(before, describeValue(state, key));
+        failUnknown(state, key, before, Use::Assign);
     }
 }
 
@@ -140,7 +182,7 @@ int readProperty(lua_State* state)
 {
     const ScriptTimer& timer = liveTimer(state);
     if (lua_type(state, 2) != LUA_TSTRING) {
-        failUnknown(timer.settings(), describeValue(state, 2));
+        failUnknown(state, 2, timer.settings(), Use::Read);
     }
     const std::string name = textAt(state, 2);
     if (const Property* property = findProperty(name)) {
@@ -153,7 +195,7 @@ int readProperty(lua_State* state)
     } else {
         lua_pushvalue(state, 2);
         if (lua_rawget(state, lua_upvalueindex(1)) == LUA_TNIL) {
-            failUnknown(timer.settings(), describeValue(state, 2));
+            failUnknown(state, 2, timer.settings(), Use::Read);
         }
     }
     return 1;
@@ -163,21 +205,21 @@ int readProperty(lua_State* state)
 
 int start(lua_State* state)
 {
-    ScriptTimer& timer = liveTimer(state);
+    ScriptTimer& timer = timerOf(state, "start");
     named(timer, [&] { timer.start(); });
     return 0;
 }
 
 int stop(lua_State* state)
 {
-    ScriptTimer& timer = liveTimer(state);
+    ScriptTimer& timer = timerOf(state, "stop");
     named(timer, [&] { timer.stop(); });
     return 0;
 }
 
 int wait(lua_State* state)
 {
-    ScriptTimer& timer = liveTimer(state);
+    ScriptTimer& timer = timerOf(state, "wait");
     EventLoop::Deadline deadline;
     if (!lua_isnoneornil(state, 2)) {
         deadline = deadlineArgument(state, 2, label(timer.settings()) + ": the limit of wait");
@@ -189,7 +231,7 @@ int wait(lua_State* state)
 
 int destroy(lua_State* state)
 {
-    ScriptTimer& timer = liveTimer(state);
+    ScriptTimer& timer = timerOf(state, "delete");
     const Interpreter::Nested nested(state, label(timer.settings()));
     named(timer, [&] { timersOf(state).destroy(timer); });
     if (!timer.isDeleted()) {

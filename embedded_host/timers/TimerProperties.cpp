@@ -125,7 +125,8 @@ const std::array<Property, 6> properties { {
         [](lua_State* state, const TimerSettings& s) { lua_pushnumber(state, s.periodSeconds); } },
     { "StartDelay", "a number of seconds, at least 0 and at most 9000000000", false, setStartDelay,
         [](lua_State* state, const TimerSettings& s) { lua_pushnumber(state, s.startDelaySeconds); } },
-    { "TasksToExecute", "a whole number, at least 1, or math.huge", true, setTasksToExecute, pushTasksToExecute },
+    { "TasksToExecute", "a whole number, at least 1 and at most 9007199254740992, or math.huge", true,
+        setTasksToExecute, pushTasksToExecute },
 } };
 
 const std::array<ReadOnlyProperty, 5> readOnlyProperties { {
@@ -174,16 +175,25 @@ const CallbackProperty* findCallbackProperty(const std::string& name)
     return find(callbackProperties, name);
 }
 
-std::string settablePropertyNames()
+std::vector<std::string> settablePropertyNames()
 {
-    std::string names;
+    std::vector<std::string> names;
     for (const Property& property : properties) {
-        names += std::string(property.name) + ", ";
+        names.emplace_back(property.name);
     }
     for (const CallbackProperty& property : callbackProperties) {
-        names += std::string(property.name) + ", ";
+        names.emplace_back(property.name);
     }
-    return names.substr(0, names.size() - 2);
+    return names;
+}
+
+std::vector<std::string> readOnlyPropertyNames()
+{
+    std::vector<std::string> names;
+    for (const ReadOnlyProperty& property : readOnlyProperties) {
+        names.emplace_back(property.name);
+    }
+    return names;
 }
 
 std::string describeValue(lua_State* state, int index)

@@ -5,6 +5,7 @@
 #include <lua.h>
 
 #include <string>
+#include <vector>
 
 namespace tovrinhost {
 
@@ -36,8 +37,11 @@ const Property* findProperty(const std::string& name);
 const ReadOnlyProperty* findReadOnlyProperty(const std::string& name);
 const CallbackProperty* findCallbackProperty(const std::string& name);
 
-/// "Name, ExecutionMode, ...": what a script may set.
-std::string settablePropertyNames();
+/// What a script may set.
+std::vector<std::string> settablePropertyNames();
+
+/// What it may only read.
+std::vector<std::string> readOnlyPropertyNames();
 
 /// A value as error messages show it.
 std::string describeValue(lua_State* state, int index);

@@ -196,7 +196,7 @@ TEST_F(LuaTest, ANameWithAZeroByteIsNotTheOneInFrontOfIt)
 {
     expectOutput(R"(
 local t = timer { Name = "a\0b", TimerFcn = print }
-local function refused(use) print((select(2, pcall(use)):gsub("; the properties are.*", ""))) end
+local function refused(use) print((select(2, pcall(use)):gsub("; did you mean.*", ""))) end
 refused(function() timer { TimerFcn = print, ["Period\0x"] = 5 } end)
 refused(function() t["Period\0x"] = 5 end)
 refused(function() return t["Name\0x"] end)
@@ -204,10 +204,10 @@ refused(function() return t["start\0x"] end)
 refused(function() t.BusyMode = "Drop\0x" end)
 refused(function() t.LastError = "x" end)
 )",
-        "script.lua:4: timer: unknown property \"Period\\x00x\"\n"
-        "script.lua:5: timer \"a\\x00b\": unknown property \"Period\\x00x\"\n"
-        "script.lua:6: timer \"a\\x00b\": unknown property \"Name\\x00x\"\n"
-        "script.lua:7: timer \"a\\x00b\": unknown property \"start\\x00x\"\n"
+        "script.lua:4: timer has no property \"Period\\x00x\"\n"
+        "script.lua:5: timer \"a\\x00b\" has no property \"Period\\x00x\"\n"
+        "script.lua:6: timer \"a\\x00b\" has no property or method \"Name\\x00x\"\n"
+        "script.lua:7: timer \"a\\x00b\" has no property or method \"start\\x00x\"\n"
         "script.lua:8: timer \"a\\x00b\": BusyMode is \"Drop\\x00x\", but must be \"Drop\", \"Queue\" or "
         "\"Error\"\n"
         "script.lua:9: timer \"a\\x00b\": LastError is read-only\n");

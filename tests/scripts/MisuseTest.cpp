@@ -29,17 +29,41 @@ protected:
     }
 };
 
-const std::string allProperties = "the properties are Name, ExecutionMode, BusyMode, Period, StartDelay, "
-                                  "TasksToExecute, TimerFcn, StartFcn, StopFcn, ErrorFcn";
+const std::string settable
+    = "he properties are Name, ExecutionMode, BusyMode, Period, StartDelay, TasksToExecute, "
+      "TimerFcn, StartFcn, StopFcn, ErrorFcn";
+const std::string readable = settable
+    + ", Running, TasksExecuted, InstantPeriod, AveragePeriod, LastError; the methods are start, stop, wait, "
+      "delete";
 
-TEST_F(MisuseTest, AnUnknownPropertyIsNamed)
+TEST_F(MisuseTest, AnUnknownPropertyIsNamedWithThoseThatThereAre)
 {
-    expectError("t.Perod = 1", "timer \"hb\": unknown property \"Perod\"; " + allProperties);
-    expectError("return t.Perod", "timer \"hb\": unknown property \"Perod\"; " + allProperties);
-    expectError("t[1] = 1", "timer \"hb\": unknown property 1; " + allProperties);
-    expectError("timer { Name = 'new', TimerFcn = print, Perod = 1 }",
-        "timer \"new\": unknown property \"Perod\"; " + allProperties);
-    expectError("timer { TimerFcn = print, 7 }", "timer: unknown property 1; " + allProperties);
+    expectError("t.Interval = 1", "timer \"hb\" has no property \"Interval\"; t" + settable);
+    expectError("return t.Interval", "timer \"hb\" has no property or method \"Interval\"; t" + readable);
+    expectError("t:cancel()", "timer \"hb\" has no property or method \"cancel\"; t" + readable);
+    expectError("t[1] = 1", "timer \"hb\" has no property 1; t" + settable);
+    expectError("return t[1]", "timer \"hb\" has no property or method 1; t" + readable);
+    expectError("timer { Name = 'new', TimerFcn = print, Interval = 1 }",
+        "timer \"new\" has no property \"Interval\"; t" + settable);
+    expectError("timer { TimerFcn = print, 7 }", "timer has no property 1; t" + settable);
+    expectError("t.start = print", "timer \"hb\" has no property \"start\"; t" + settable);
+}
+
+TEST_F(MisuseTest, AnUnknownPropertyThatIsNearlyOneIsToldWhich)
+{
+    const std::string hb = "timer \"hb\" has no property ";
+    expectError("t.Perod = 1", hb + "\"Perod\"; did you mean \"Period\"? T" + settable);
+    expectError("t.period = 1", hb + "\"period\"; did you mean \"Period\"? T" + settable);
+    expectError("t.TimerFunc = print", hb + "\"TimerFunc\"; did you mean \"TimerFcn\"? T" + settable);
+    expectError("timer { Name = 'new', TimerFcn = print, TaskToExecute = 1 }",
+        "timer \"new\" has no property \"TaskToExecute\"; did you mean \"TasksToExecute\"? T" + settable);
+    expectError("return t.runing", hb + "or method \"runing\"; did you mean \"Running\"? T" + readable);
+    expectError("t:strat()", hb + "or method \"strat\"; did you mean \"start\"? T" + readable);
+    expectError("t:Stop()", hb + "or method \"Stop\"; did you mean \"stop\"? T" + readable);
+    expectError("t:halt()", hb + "or method \"halt\"; t" + readable);
+    expectError("t['Name\\n'] = 1", hb + "\"Name\\n\"; did you mean \"Name\"? T" + settable);
+    // Nothing that is read only is proposed for setting.
+    expectError("t.Runing = true", hb + "\"Runing\"; t" + settable);
 }
 
 TEST_F(MisuseTest, AValueThatIsNotAllowedIsNamedWithWhatIs)
@@ -62,10 +86,12 @@ TEST_F(MisuseTest, AValueThatIsNotAllowedIsNamedWithWhatIs)
             "timer \"new\": StartDelay is " + shown
                 + ", but must be a number of seconds, at least 0 and at most 9000000000");
     }
-    expectError(
-        "t.TasksToExecute = 0", hb + "TasksToExecute is 0, but must be a whole number, at least 1, or math.huge");
-    expectError("t.TasksToExecute = 1.5",
-        hb + "TasksToExecute is 1.5, but must be a whole number, at least 1, or math.huge");
+    const std::string tasks
+        = ", but must be a whole number, at least 1 and at most 9007199254740992, or math.huge";
+    expectError("t.TasksToExecute = 0", hb + "TasksToExecute is 0" + tasks);
+    expectError("t.TasksToExecute = 1.5", hb + "TasksToExecute is 1.5" + tasks);
+    expectError("t.TasksToExecute = 2^53 + 2", hb + "TasksToExecute is 9.007199254741e+15" + tasks);
+    expectError("t.TasksToExecute = math.maxinteger", hb + "TasksToExecute is 9223372036854775807" + tasks);
     expectError("t.BusyMode = 'Wait'", hb + "BusyMode is \"Wait\", but must be \"Drop\", \"Queue\" or \"Error\"");
     expectError("t.TimerFcn = nil", hb + "TimerFcn is nil, but must be a function");
     expectError("t.StopFcn = true", hb + "StopFcn is true, but must be a function or nil");
@@ -180,9 +206,15 @@ print(t:wait(), t.TasksExecuted, refusals)
     EXPECT_EQ(outcome.status, 0);
 }
 
-TEST_F(MisuseTest, AMethodWithoutItsTimerIsAnError)
+TEST_F(MisuseTest, AMethodThatIsCalledWithoutItsTimerTellsOfTheColon)
 {
-    expectError("t.start()", "bad argument #1 to 'start' (tovrin.timer expected, got no value)");
+    for (const std::string method : { "start", "stop", "wait", "delete" }) {
+        const std::string advice = method + ": call it with a colon, t:" + method + "()";
+        expectError("t." + method + "()", advice);
+        expectError("t." + method + "(1)", advice);
+        expectError("t." + method + "({}, t)", advice);
+        expectError("t." + method + "(io.stdout)", advice);
+    }
 }
 
 } // namespace

@@ -21,11 +21,11 @@ TEST_F(PropertiesTest, DefaultsAreAsDocumented)
 local t = timer { TimerFcn = function() end }
 print(t.Name, t.ExecutionMode, t.BusyMode, t.Period, t.StartDelay, t.TasksToExecute)
 print(t.StartFcn, t.StopFcn, t.ErrorFcn, type(t.TimerFcn))
-print(t.Running, t.TasksExecuted, t.InstantPeriod ~= t.InstantPeriod, t.AveragePeriod ~= t.AveragePeriod, t.LastError)
+print(t.Running, t.TasksExecuted, t.InstantPeriod, t.AveragePeriod, t.LastError)
 local u = timer { TimerFcn = print }
 print(u.Name, t, u)
 )",
-        "timer-1\tSingleShot\tDrop\t1.0\t0.0\tinf\nnil\tnil\tnil\tfunction\nfalse\t0\ttrue\ttrue\tnil\n"
+        "timer-1\tSingleShot\tDrop\t1.0\t0.0\tinf\nnil\tnil\tnil\tfunction\nfalse\t0\tnan\tnan\tnil\n"
         "timer-2\ttimer \"timer-1\" (stopped)\ttimer \"timer-2\" (stopped)\n");
 }
 
