@@ -3,7 +3,6 @@
 #include "embedded_host/engine/LuaArrays.hpp"
 #include "embedded_host/engine/LuaFunction.hpp"
 #include "embedded_host/log/Escape.hpp"
-#include "embedded_host/timers/NearestName.hpp"
 #include "embedded_host/timers/TimerProperties.hpp"
 
 #include <lauxlib.h>
@@ -13,7 +12,6 @@
 #include <new>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 namespace tovrinhost {
 
@@ -55,20 +53,13 @@ ScriptTimer& liveTimer(lua_State* state)
 }
 
 /// The timer that a method is called on.
-ScriptTimer& timerOf(lua_State* state, const std::string& method)
+ScriptTimer& calledOn(lua_State* state, const std::string& method)
 {
     const auto* timer = static_cast<Handle*>(luaL_testudata(state, 1, timerType));
     if (timer == nullptr) {
         throw std::invalid_argument(method + ": call it with a colon, t:" + method + "()");
     }
     return liveTimer(*timer);
-}
-
-std::string textAt(lua_State* state, int index)
-{
-    std::size_t length = 0;
-    const char* text = lua_tolstring(state, index, &length);
-    return { text, length };
 }
 
 /// Calls an operation of the timer, whose errors do not name it.
@@ -85,36 +76,9 @@ template <typename Operation> auto named(ScriptTimer& timer, Operation operation
 
 // ---- Properties
 
-enum class Use { Read, Assign };
-
-const std::vector<std::string> methodNames { "start", "stop", "wait", "delete" };
-
-std::string commaSeparated(const std::vector<std::string>& names)
-{
-    std::string text;
-    for (const std::string& name : names) {
-        text += (text.empty() ? "" : ", ") + name;
-    }
-    return text;
-}
-
 [[noreturn]] void failUnknown(lua_State* state, int key, const TimerSettings& settings, Use use)
 {
-    std::vector<std::string> names = settablePropertyNames();
-    if (use == Use::Read) {
-        const std::vector<std::string> others = readOnlyPropertyNames();
-        names.insert(names.end(), others.begin(), others.end());
-    }
-    std::string list = "he properties are " + commaSeparated(names);
-    if (use == Use::Read) {
-        list += "; the methods are " + commaSeparated(methodNames);
-        names.insert(names.end(), methodNames.begin(), methodNames.end());
-    }
-    const std::string nearest
-        = lua_type(state, key) == LUA_TSTRING ? nearestName(textAt(state, key), names) : std::string();
-    throw std::invalid_argument(label(settings) + " has no property " + (use == Use::Read ? "or method " : "")
-        + describeValue(state, key) + "; " + (nearest.empty() ? "t" : "did you mean \"" + nearest + "\"? T")
-        + list);
+    throw std::invalid_argument(label(settings) + " has no " + describeUnknown(state, key, use));
 }
 
 [[noreturn]] void failValue(
@@ -205,21 +169,21 @@ int readProperty(lua_State* state)
 
 int start(lua_State* state)
 {
-    ScriptTimer& timer = timerOf(state, "start");
+    ScriptTimer& timer = calledOn(state, "start");
     named(timer, [&] { timer.start(); });
     return 0;
 }
 
 int stop(lua_State* state)
 {
-    ScriptTimer& timer = timerOf(state, "stop");
+    ScriptTimer& timer = calledOn(state, "stop");
     named(timer, [&] { timer.stop(); });
     return 0;
 }
 
 int wait(lua_State* state)
 {
-    ScriptTimer& timer = timerOf(state, "wait");
+    ScriptTimer& timer = calledOn(state, "wait");
     EventLoop::Deadline deadline;
     if (!lua_isnoneornil(state, 2)) {
         deadline = deadlineArgument(state, 2, label(timer.settings()) + ": the limit of wait");
@@ -231,7 +195,7 @@ int wait(lua_State* state)
 
 int destroy(lua_State* state)
 {
-    ScriptTimer& timer = timerOf(state, "delete");
+    ScriptTimer& timer = calledOn(state, "delete");
     const Interpreter::Nested nested(state, label(timer.settings()));
     named(timer, [&] { timersOf(state).destroy(timer); });
     if (!timer.isDeleted()) {

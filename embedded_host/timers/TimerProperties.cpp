@@ -1,11 +1,13 @@
 #include "embedded_host/timers/TimerProperties.hpp"
 
 #include "embedded_host/log/Escape.hpp"
+#include "embedded_host/timers/NearestName.hpp"
 
 #include <lauxlib.h>
 
 #include <array>
 #include <cmath>
+#include <vector>
 
 namespace tovrinhost {
 
@@ -30,9 +32,7 @@ bool getText(lua_State* state, int index, std::string& text)
     if (lua_type(state, index) != LUA_TSTRING) {
         return false;
     }
-    std::size_t length = 0;
-    const char* start = lua_tolstring(state, index, &length);
-    text.assign(start, length);
+    text = textAt(state, index);
     return true;
 }
 
@@ -158,6 +158,22 @@ auto find(const Properties& among, const std::string& name) -> const typename Pr
     return nullptr;
 }
 
+template <typename Properties> void appendNames(std::vector<std::string>& names, const Properties& of)
+{
+    for (const auto& property : of) {
+        names.emplace_back(property.name);
+    }
+}
+
+std::string commaSeparated(const std::vector<std::string>& names)
+{
+    std::string text;
+    for (const std::string& name : names) {
+        text += (text.empty() ? "" : ", ") + name;
+    }
+    return text;
+}
+
 } // namespace
 
 const Property* findProperty(const std::string& name)
@@ -175,25 +191,35 @@ const CallbackProperty* findCallbackProperty(const std::string& name)
     return find(callbackProperties, name);
 }
 
-std::vector<std::string> settablePropertyNames()
+std::string describeUnknown(lua_State* state, int key, Use use)
 {
     std::vector<std::string> names;
-    for (const Property& property : properties) {
-        names.emplace_back(property.name);
+    appendNames(names, properties);
+    appendNames(names, callbackProperties);
+    std::string kind = "property ";
+    std::string there;
+    if (use == Use::Assign) {
+        there = "he properties are " + commaSeparated(names);
+    } else {
+        const std::vector<std::string> methods { "start", "stop", "wait", "delete" };
+        appendNames(names, readOnlyProperties);
+        kind += "or method ";
+        there = "he properties are " + commaSeparated(names) + "; the methods are " + commaSeparated(methods);
+        names.insert(names.end(), methods.begin(), methods.end());
     }
-    for (const CallbackProperty& property : callbackProperties) {
-        names.emplace_back(property.name);
+    std::string nearest;
+    if (lua_type(state, key) == LUA_TSTRING) {
+        nearest = nearestName(textAt(state, key), names);
     }
-    return names;
+    return kind + describeValue(state, key) + "; "
+        + (nearest.empty() ? "t" : "did you mean \"" + nearest + "\"? T") + there;
 }
 
-std::vector<std::string> readOnlyPropertyNames()
+std::string textAt(lua_State* state, int index)
 {
-    std::vector<std::string> names;
-    for (const ReadOnlyProperty& property : readOnlyProperties) {
-        names.emplace_back(property.name);
-    }
-    return names;
+    std::size_t length = 0;
+    const char* start = lua_tolstring(state, index, &length);
+    return { start, length };
 }
 
 std::string describeValue(lua_State* state, int index)

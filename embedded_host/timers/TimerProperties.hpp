@@ -5,7 +5,6 @@
 #include <lua.h>
 
 #include <string>
-#include <vector>
 
 namespace tovrinhost {
 
@@ -37,11 +36,15 @@ const Property* findProperty(const std::string& name);
 const ReadOnlyProperty* findReadOnlyProperty(const std::string& name);
 const CallbackProperty* findCallbackProperty(const std::string& name);
 
-/// What a script may set.
-std::vector<std::string> settablePropertyNames();
+/// What a script does with a name.
+enum class Use { Read, Assign };
 
-/// What it may only read.
-std::vector<std::string> readOnlyPropertyNames();
+/// A key that is not one, and what there is: `property "Perod"; did you mean "Period"? The properties are ...`.
+/// What is read may be a method, too.
+std::string describeUnknown(lua_State* state, int key, Use use);
+
+/// A string at that place, zero bytes included.
+std::string textAt(lua_State* state, int index);
 
 /// A value as error messages show it.
 std::string describeValue(lua_State* state, int index);

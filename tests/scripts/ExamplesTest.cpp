@@ -172,7 +172,7 @@ TEST_F(ExamplesTest, ThereIsNoneThatIsNotRunHere)
 
     EXPECT_THAT(names,
         testing::UnorderedElementsAre("all_modes", "failing_callback", "fixed_delay", "fixed_rate_drop",
-            "fixed_rate_error", "fixed_rate_queue", "fixed_spacing", "stop_before_firing", "tour",
+            "fixed_rate_error", "fixed_rate_queue", "fixed_spacing", "late_callback", "stop_before_firing", "tour",
             "wait_with_limit"));
 }
 
