@@ -43,8 +43,7 @@ TEST_F(CommandLineTest, AScriptInThePlaceOfTheCommandIsToldHowItIsRun)
 
 TEST_F(CommandLineTest, AWrongBacklogIsToldWithTheLimits)
 {
-    for (const std::string number :
-        { "0", "-1", "many", "1.5", "0x10", "1e3", " 1", "18446744073709551616" }) {
+    for (const std::string number : { "0", "-1", "many", "1.5", "0x10", "1e3", " 1", "18446744073709551616" }) {
         expectRefusal({ "run", "--max-backlog=" + number, "script.lua" }, wrongUsage,
             "--max-backlog: \"" + number
                 + "\" is not allowed: it must be a whole number from 1 to 18446744073709551615\n");

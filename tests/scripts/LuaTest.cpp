@@ -6,19 +6,9 @@ namespace scripts {
 
 namespace {
 
-using testing::HasSubstr;
-
 /// What the timers of a script have to do with the language's own means: coroutines, hooks, finalizers, globals.
 class LuaTest : public ScriptTest {
 protected:
-    void expectOutput(const std::string& script, const std::string& output)
-    {
-        const Outcome outcome = run(script);
-        EXPECT_EQ(outcome.out, output) << script;
-        EXPECT_EQ(outcome.err, "") << script;
-        EXPECT_EQ(outcome.status, 0) << script;
-    }
-
     void expectExit3(const std::string& script)
     {
         const Outcome outcome = run(script + " io.open('written', 'w'):write('x') print('goes on')");
@@ -211,14 +201,6 @@ refused(function() t.LastError = "x" end)
         "script.lua:8: timer \"a\\x00b\": BusyMode is \"Drop\\x00x\", but must be \"Drop\", \"Queue\" or "
         "\"Error\"\n"
         "script.lua:9: timer \"a\\x00b\": LastError is read-only\n");
-}
-
-TEST_F(LuaTest, NotANumberHasNoSign)
-{
-    expectOutput("local t = timer { Name = 'x', TimerFcn = print }\n"
-                 "for _, nan in ipairs { 0/0, -(0/0) } do print(select(2, pcall(pause, nan))) end",
-        "pause: the time is nan, but must be a number of seconds, at least 0\n"
-        "pause: the time is nan, but must be a number of seconds, at least 0\n");
 }
 
 TEST_F(LuaTest, CallbacksThatAreNestedTooDeeplyAreRefusedByAnErrorThatSaysSo)

@@ -4,8 +4,6 @@ namespace scripts {
 
 namespace {
 
-using testing::HasSubstr;
-
 /// Each misuse raises an error at the script's line that names the timer, the property, the value and what is
 /// allowed.
 class MisuseTest : public ScriptTest {
@@ -86,9 +84,18 @@ TEST_F(MisuseTest, AValueThatIsNotAllowedIsNamedWithWhatIs)
             "timer \"new\": StartDelay is " + shown
                 + ", but must be a number of seconds, at least 0 and at most 9000000000");
     }
+    // Without a sign, whichever the platform gives it.
+    for (const std::string nan : { "0/0", "-(0/0)" }) {
+        expectError("t.Period = " + nan,
+            hb + "Period is nan, but must be a number of seconds, at least 0.001 and at most 9000000000");
+        expectError("timer { Name = 'new', TimerFcn = print, StartDelay = " + nan + " }",
+            "timer \"new\": StartDelay is nan, but must be a number of seconds, at least 0 and at most "
+            "9000000000");
+    }
     const std::string tasks
         = ", but must be a whole number, at least 1 and at most 9007199254740992, or math.huge";
     expectError("t.TasksToExecute = 0", hb + "TasksToExecute is 0" + tasks);
+    expectError("t.TasksToExecute = 0/0", hb + "TasksToExecute is nan" + tasks);
     expectError("t.TasksToExecute = 1.5", hb + "TasksToExecute is 1.5" + tasks);
     expectError("t.TasksToExecute = 2^53 + 2", hb + "TasksToExecute is 9.007199254741e+15" + tasks);
     expectError("t.TasksToExecute = math.maxinteger", hb + "TasksToExecute is 9223372036854775807" + tasks);
@@ -105,16 +112,6 @@ TEST_F(MisuseTest, AValueThatIsNotAllowedIsNamedWithWhatIs)
     expectError("timer { Name = 'new' }", "timer \"new\": TimerFcn is nil, but must be a function");
     expectError("timer()", "timer: takes a table of properties, not nothing");
     expectError("timer('x')", "timer: takes a table of properties, not \"x\"");
-}
-
-TEST_F(MisuseTest, NotANumberIsNoPeriodAndNoDelay)
-{
-    const Outcome outcome = run("print(pcall(timer, { TimerFcn = print, Period = 0/0 }))\n"
-                                "print(pcall(timer, { TimerFcn = print, StartDelay = 0/0 }))\n"
-                                "print(pcall(timer, { TimerFcn = print, TasksToExecute = 0/0 }))\n");
-
-    EXPECT_EQ(linesWith(outcome.out, "false").size(), 3U) << outcome.out;
-    EXPECT_EQ(linesWith(outcome.out, "nan, but must be").size(), 3U) << outcome.out;
 }
 
 TEST_F(MisuseTest, APropertyThatIsFixedWhileTheTimerRunsIsLeftAlone)
@@ -144,6 +141,7 @@ TEST_F(MisuseTest, TimesThatAreNoTimesAreRefused)
     expectError("t:wait('long')",
         "timer \"hb\": the limit of wait is \"long\", but must be a number of seconds, at least 0");
     expectError("pause()", "pause: the time is nothing, but must be a number of seconds, at least 0");
+    expectError("pause(0/0)", "pause: the time is nan, but must be a number of seconds, at least 0");
     expectError("pause(-0.5)", "pause: the time is -0.5, but must be a number of seconds, at least 0");
 }
 
@@ -167,17 +165,6 @@ timer { Name = "self", TimerFcn = function(t) print(pcall(t.wait, t)) print(pcal
           "running: the wait would never end\n";
     EXPECT_EQ(outcome.out, refusal + refusal);
     EXPECT_EQ(outcome.status, 0) << outcome.err;
-}
-
-TEST_F(MisuseTest, OneThatIsNotCaughtFailsTheScriptAtItsLine)
-{
-    const Outcome outcome = run("print('begin')\ntimer { TimerFcn = print, Period = 0 }\nprint('not reached')");
-
-    EXPECT_EQ(outcome.out, "begin\n");
-    EXPECT_THAT(outcome.err,
-        testing::StartsWith("tovrin: error in script: script.lua:2: timer: Period is 0, but must be a number of "
-                            "seconds, at least 0.001 and at most 9000000000\nstack traceback:\n"));
-    EXPECT_EQ(outcome.status, 1);
 }
 
 TEST_F(MisuseTest, TheTimerGoesOnAfterIt)
