@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <stdexcept>
 #include <thread>
 #include <type_traits>
@@ -19,8 +20,16 @@ static_assert(std::is_nothrow_move_constructible_v<Array>);
 static_assert(std::is_nothrow_move_assignable_v<Array>);
 static_assert(std::is_nothrow_destructible_v<Array>);
 
+/// Its square is one more than can be counted.
+constexpr std::size_t half = std::size_t { 1 } << (std::numeric_limits<std::size_t>::digits / 2);
+
 class ArraysTest : public testing::Test {
 protected:
+    static std::string textOf(const StructArray& array, std::size_t index, const std::string& field)
+    {
+        return CharArray(array.getField(index, field)).toUTF8();
+    }
+
     tovrin::ServerArrayFactory m_factory;
 };
 
@@ -59,6 +68,13 @@ TEST_F(ArraysTest, TextBeyondAsciiComesBackAsItWas)
         "\xc3\xa4\xe2\x82\xac\xf0\x9f\x98\x80");
 }
 
+TEST_F(ArraysTest, TextHasItsZeroBytes)
+{
+    const std::string text("a\0b", 3);
+
+    EXPECT_EQ(m_factory.createCharArray(text).toUTF8(), text);
+}
+
 TEST_F(ArraysTest, NumbersAreStoredColumnByColumn)
 {
     const auto numbers = m_factory.createDoubleArray({ 2, 3 }, { 1, 2, 3, 4, 5, 6 });
@@ -77,6 +93,21 @@ TEST_F(ArraysTest, AsManyNumbersAreWantedAsTheDimensionsSay)
     EXPECT_THROW(m_factory.createDoubleArray({ 1, 0 }, { 1 }), std::invalid_argument);
 }
 
+TEST_F(ArraysTest, DimensionsWhoseProductCannotBeCountedAreAnError)
+{
+    EXPECT_THROW(m_factory.createDoubleArray({ half, half }, {}), std::invalid_argument);
+    EXPECT_THROW(m_factory.createStructArray({ half, half }, {}), std::invalid_argument);
+}
+
+TEST_F(ArraysTest, AZeroExtentMakesNothingOfLargeOnes)
+{
+    const auto numbers = m_factory.createDoubleArray({ half, half, 0 }, {});
+
+    EXPECT_EQ(numbers.getType(), ArrayType::Double);
+    EXPECT_THAT(numbers.getDimensions(), ElementsAre(half, half, 0));
+    EXPECT_EQ(numbers.getNumberOfElements(), 0U);
+}
+
 TEST_F(ArraysTest, RecordsKeepTheOrderOfTheirFields)
 {
     const auto record = m_factory.createStructArray({ 1, 1 }, { "Type", "Data", "A" });
@@ -92,22 +123,36 @@ TEST_F(ArraysTest, FieldsAreSetOneByOne)
 {
     auto record = m_factory.createStructArray({ 1, 2 }, { "Type", "Data" });
 
-    record.setField(1, "Type", m_factory.createCharArray("x"));
+    record.setField(0, "Data", m_factory.createCharArray("d0"));
+    record.setField(1, "Type", m_factory.createCharArray("t1"));
+    record.setField(1, "Data", m_factory.createCharArray("d1"));
 
-    EXPECT_EQ(CharArray(record.getField(1, "Type")).toUTF8(), "x");
     EXPECT_EQ(record.getField(0, "Type").getType(), ArrayType::Empty);
-    EXPECT_EQ(record.getField(1, "Data").getType(), ArrayType::Empty);
+    EXPECT_EQ(textOf(record, 0, "Data"), "d0");
+    EXPECT_EQ(textOf(record, 1, "Type"), "t1");
+    EXPECT_EQ(textOf(record, 1, "Data"), "d1");
+}
+
+TEST_F(ArraysTest, ARecordCanHoldAnEarlierStateOfItself)
+{
+    auto record = m_factory.createStructArray({ 1, 1 }, { "Self" });
+
+    record.setField(0, "Self", record);
+
+    EXPECT_EQ(StructArray(record.getField(0, "Self")).getField(0, "Self").getType(), ArrayType::Empty);
 }
 
 TEST_F(ArraysTest, AFieldOrRecordThatIsNotThereIsAnErrorThatChangesNothing)
 {
     auto record = m_factory.createStructArray({ 1, 1 }, { "Type" });
+    record.setField(0, "Type", m_factory.createCharArray("before"));
 
     EXPECT_THROW(record.getField(0, "type"), std::out_of_range);
     EXPECT_THROW(record.getField(1, "Type"), std::out_of_range);
     EXPECT_THROW(record.setField(0, "Data", {}), std::out_of_range);
     EXPECT_THROW(record.setField(1, "Type", {}), std::out_of_range);
     EXPECT_THAT(record.getFieldNames(), ElementsAre("Type"));
+    EXPECT_EQ(textOf(record, 0, "Type"), "before");
 }
 
 TEST_F(ArraysTest, TwoFieldsOfOneNameAreAnError)
@@ -136,17 +181,34 @@ TEST_F(ArraysTest, ACopyNeverSeesALaterChange)
     source.setField(0, "Type", m_factory.createCharArray("after"));
     changed.setField(0, "Type", m_factory.createCharArray("elsewhere"));
 
-    EXPECT_EQ(CharArray(StructArray(copy).getField(0, "Type")).toUTF8(), "before");
-    EXPECT_EQ(CharArray(source.getField(0, "Type")).toUTF8(), "after");
+    EXPECT_EQ(textOf(StructArray(copy), 0, "Type"), "before");
+    EXPECT_EQ(textOf(source, 0, "Type"), "after");
+    EXPECT_EQ(textOf(changed, 0, "Type"), "elsewhere");
+}
+
+TEST_F(ArraysTest, SelfAssignmentChangesNothing)
+{
+    Array array = m_factory.createCharArray("text");
+    const Array& same = array;
+
+    array = same;
+
+    EXPECT_EQ(CharArray(array).toUTF8(), "text");
 }
 
 TEST_F(ArraysTest, AMovedArrayIsEmpty)
 {
     Array source = m_factory.createCharArray("x");
 
-    const Array moved = std::move(source);
+    Array moved = std::move(source);
     EXPECT_EQ(source.getType(), ArrayType::Empty); // NOLINT(bugprone-use-after-move): that is the point
+    EXPECT_THAT(source.getDimensions(), ElementsAre(0, 0));
     EXPECT_EQ(moved.getType(), ArrayType::Char);
+
+    source = m_factory.createDoubleArray({ 1, 1 }, { 1 });
+    source = std::move(moved);
+    EXPECT_EQ(moved.getType(), ArrayType::Empty); // NOLINT(bugprone-use-after-move): that is the point
+    EXPECT_EQ(CharArray(source).toUTF8(), "x");
 }
 
 TEST_F(ArraysTest, CopiesMayBeUsedByDifferentThreadsAtOnce)
@@ -165,7 +227,7 @@ TEST_F(ArraysTest, CopiesMayBeUsedByDifferentThreadsAtOnce)
         use(source);
     }
 
-    EXPECT_EQ(CharArray(source.getField(0, "Type")).toUTF8(), "x");
+    EXPECT_EQ(textOf(source, 0, "Type"), "x");
 }
 
 } // namespace

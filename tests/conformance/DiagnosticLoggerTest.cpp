@@ -3,9 +3,11 @@
 #include "tests/recording_host/Journal.hpp"
 #include "tests/recording_host/LogCapture.hpp"
 
+#include <boost/log/attributes/value_extraction.hpp>
 #include <boost/log/core.hpp>
 #include <boost/log/sources/record_ostream.hpp>
 
+#include <map>
 #include <stdexcept>
 #include <thread>
 
@@ -18,7 +20,7 @@ using recording::journal;
 using testing::ElementsAre;
 using Logger = foundation::log::basic_diagnostic_logger<char>;
 
-class DiagnosticLoggerTest : public HostTest {
+class DiagnosticLoggerTest : public testing::Test {
 protected:
     DiagnosticLoggerTest() { journal().clear(); }
 
@@ -36,6 +38,24 @@ protected:
             stream.flush();
             logger.push_record(std::move(record));
         }
+    }
+
+    static std::vector<std::uint32_t> severities()
+    {
+        std::vector<std::uint32_t> all;
+        for (const auto& event : journal().events()) {
+            all.push_back(event.severity);
+        }
+        return all;
+    }
+
+    static std::vector<std::pair<std::string, unsigned int>> indents()
+    {
+        std::vector<std::pair<std::string, unsigned int>> all;
+        for (const auto& event : journal().events()) {
+            all.emplace_back(event.text, event.indent);
+        }
+        return all;
     }
 
     static std::vector<std::string> texts() { return journal().texts(recording::Kind::Log); }
@@ -62,14 +82,12 @@ TEST_F(DiagnosticLoggerTest, EachRecordHasTheSeverityThatItWasOpenedWith)
     Logger logger("conformance a");
 
     write(logger, 4, "");
-    write(logger, 64, "");
+    write(logger, 0x80000000, "");
+    boost::log::record outer = logger.open_record(64);
     write(logger, 32, "");
+    logger.push_record(std::move(outer));
 
-    std::vector<std::uint32_t> severities;
-    for (const auto& event : journal().events()) {
-        severities.push_back(event.severity);
-    }
-    EXPECT_THAT(severities, ElementsAre(4U, 64U, 32U));
+    EXPECT_THAT(severities(), ElementsAre(4U, 0x80000000, 32U, 64U));
 }
 
 TEST_F(DiagnosticLoggerTest, ASeverityIsWantedIfItsBitIsInTheMask)
@@ -89,18 +107,27 @@ TEST_F(DiagnosticLoggerTest, AMaskIsForAllLoggersOfAChannelAndForLaterOnes)
 {
     const Logger first("conformance b");
     const Logger second("conformance b");
-    const Logger other("conformance c");
+    const Logger other("conformance b and more");
     const auto before = other.mask();
 
-    m_host->setLogMask("conformance b", 20);
+    setLogMask("conformance b", 20);
     const Logger later("conformance b");
 
     EXPECT_EQ(first.mask(), 20U);
     EXPECT_EQ(second.mask(), 20U);
     EXPECT_EQ(later.mask(), 20U);
     EXPECT_EQ(other.mask(), before);
-    m_host->setLogMask("conformance b", 0);
+    setLogMask("conformance b", 0);
     EXPECT_EQ(first.mask(), 0U);
+}
+
+TEST_F(DiagnosticLoggerTest, AMaskOutlivesTheLoggers)
+{
+    setLogMask("conformance e", 4);
+    static_cast<void>(Logger("conformance e"));
+    setLogMask("conformance e", 32);
+
+    EXPECT_EQ(Logger("conformance e").mask(), 32U);
 }
 
 TEST_F(DiagnosticLoggerTest, ALoggerKnowsItsChannel)
@@ -108,12 +135,15 @@ TEST_F(DiagnosticLoggerTest, ALoggerKnowsItsChannel)
     EXPECT_EQ(Logger("conformance a").channel(), "conformance a");
 }
 
-TEST_F(DiagnosticLoggerTest, ARecordThatTheCoreFiltersOutIsEmpty)
+TEST_F(DiagnosticLoggerTest, ARecordThatTheCoreFiltersOutByItsSeverityIsEmpty)
 {
     Logger logger("conformance a");
-    boost::log::core::get()->set_filter([](const boost::log::attribute_value_set&) { return false; });
+    boost::log::core::get()->set_filter([](const boost::log::attribute_value_set& attributes) {
+        return boost::log::extract_or_throw<std::uint32_t>("Severity", attributes) == 16;
+    });
 
     EXPECT_FALSE(logger.open_record(4));
+    EXPECT_TRUE(logger.open_record(16));
 }
 
 TEST_F(DiagnosticLoggerTest, TheLockIsFreeBetweenOpeningAndPushing)
@@ -160,19 +190,31 @@ TEST_F(DiagnosticLoggerTest, IndentationBelongsToTheThread)
     logger.indent().increase();
     ofAnother.increase();
     write(logger, 4, "here");
-    std::jthread([&] { write(logger, 4, "there"); }).join();
+    std::jthread([&] {
+        write(logger, 4, "there");
+        logger.indent().increase();
+        write(logger, 4, "there, in a scope");
+    }).join();
     logger.indent().decrease();
     write(logger, 4, "one less");
     ofAnother.decrease();
     write(logger, 4, "none");
 
-    std::vector<std::pair<std::string, unsigned int>> seen;
-    for (const auto& event : journal().events()) {
-        seen.emplace_back(event.text, event.indent);
-    }
-    EXPECT_THAT(seen,
-        ElementsAre(
-            std::pair("here", 2U), std::pair("there", 0U), std::pair("one less", 1U), std::pair("none", 0U)));
+    EXPECT_THAT(indents(),
+        ElementsAre(std::pair("here", 2U), std::pair("there", 0U), std::pair("there, in a scope", 1U),
+            std::pair("one less", 1U), std::pair("none", 0U)));
+}
+
+TEST_F(DiagnosticLoggerTest, TheIndentationIsThatOfTheMomentARecordIsOpened)
+{
+    Logger logger("conformance a");
+
+    boost::log::record record = logger.open_record(4);
+    logger.indent().increase();
+    logger.push_record(std::move(record));
+    logger.indent().decrease();
+
+    EXPECT_THAT(indents(), ElementsAre(std::pair("", 0U)));
 }
 
 TEST_F(DiagnosticLoggerTest, ManyThreadsWriteToLoggersThatComeAndGo)
@@ -180,21 +222,29 @@ TEST_F(DiagnosticLoggerTest, ManyThreadsWriteToLoggersThatComeAndGo)
     Logger shared("conformance a");
     {
         std::vector<std::jthread> threads;
-        for (int thread = 0; thread < 4; ++thread) {
-            threads.emplace_back([&] {
-                for (int i = 0; i < 50; ++i) {
+        for (std::uint32_t thread = 0; thread < 4; ++thread) {
+            threads.emplace_back([&, thread] {
+                for (std::uint32_t i = 0; i < 50; ++i) {
                     Logger own("conformance d");
-                    write(own, 4, "own");
-                    write(shared, 4, "shared");
-                    m_host->setLogMask("conformance d", static_cast<std::uint32_t>(i));
+                    write(own, 64, "own");
+                    write(shared, 1U << thread, std::to_string(i));
+                    setLogMask("conformance d", i);
                 }
             });
         }
     }
-    m_host->setLogMask("conformance d", 0);
+    EXPECT_EQ(Logger("conformance d").mask(), 49U);
+    setLogMask("conformance d", 0);
 
+    // Each thread's records come in their order, with that thread's severity.
+    std::map<std::uint32_t, std::uint32_t> next;
+    for (const auto& event : journal().events()) {
+        if (event.severity != 64) {
+            EXPECT_EQ(event.text, std::to_string(next[event.severity]++));
+        }
+    }
+    EXPECT_THAT(next, ElementsAre(std::pair(1U, 50U), std::pair(2U, 50U), std::pair(4U, 50U), std::pair(8U, 50U)));
     EXPECT_EQ(journal().count("own"), 200U);
-    EXPECT_EQ(journal().count("shared"), 200U);
 }
 
 } // namespace

@@ -16,7 +16,7 @@ public:
     {
         m_engine->run([](tovrinhost::Interpreter& interpreter) {
             interpreter.execute(
-                "function succeed() end function fail() error('failed as asked') end", "=functions");
+                "function succeed() end function fail() error('error in the callback') end", "=functions");
         });
     }
 
@@ -38,18 +38,12 @@ public:
     std::string failingFunction() override { return "fail"; }
     void setTimerPpe(bool on) override { tovrinhost::setFeature("TIMER_PPE", on); }
 
-    void setLogMask(const std::string& channel, std::uint32_t mask) override
-    {
-        tovrinhost::setLogMask(channel, mask);
-    }
-
     void giveToObjectSystem(const std::shared_ptr<pelk::factory::full::StdShareable>& object) override
     {
         tovrinhost::wrap(object);
     }
 
     std::size_t objectsInObjectSystem() override { return tovrinhost::wrappedObjects(); }
-    void destroyProcessScope() override { tovrinhost::destroyProcessScope(); }
 
 private:
     const std::shared_ptr<tovrinhost::Engine> m_engine = tovrinhost::Engine::start();
@@ -60,6 +54,16 @@ private:
 std::unique_ptr<HostUnderTest> makeHost()
 {
     return std::make_unique<EmbeddedHost>();
+}
+
+void setLogMask(const std::string& channel, std::uint32_t mask)
+{
+    tovrinhost::setLogMask(channel, mask);
+}
+
+void destroyProcessScope()
+{
+    tovrinhost::destroyProcessScope();
 }
 
 } // namespace conformance

@@ -1,6 +1,8 @@
 #include "host/foundation/tovrindata/ArrayFactory.hpp"
 #include "host/processTovrinTimerTask.hpp"
+#include "host/setCurrentThreadName.hpp"
 #include "tests/conformance/HostUnderTest.hpp"
+#include "tests/conformance/Identities.hpp"
 
 #include <thread>
 
@@ -48,7 +50,8 @@ TEST_F(EngineTest, WhatTheEvaluationRaisesComesOutOfTheFuture)
     m_host->runPending();
 
     ASSERT_EQ(outputs.wait_for(patience), boost::future_status::ready);
-    EXPECT_THROW(outputs.get(), std::exception);
+    EXPECT_THAT([&] { outputs.get(); },
+        testing::ThrowsMessage<std::exception>(testing::HasSubstr("error in the callback")));
 }
 
 TEST_F(EngineTest, AfterAFailureTheEngineGoesOn)
@@ -118,6 +121,11 @@ TEST_F(EngineTest, TheContextIsConstantOnWhateverThread)
     EXPECT_EQ(elsewhere, context);
 }
 
+TEST_F(EngineTest, RequestsHaveIdentitiesOfTheirOwn)
+{
+    EXPECT_EQ(madeOnManyThreads([] { return vorn::VORN::createRequestID(); }).size(), 2000U);
+}
+
 TEST_F(EngineTest, ATaskEvaluatesInItsOwnEngineAndWaitsForTheEnd)
 {
     bool evaluated = false;
@@ -140,6 +148,17 @@ TEST_F(EngineTest, ATaskPostsAStatementAndGoesOn)
     m_host->runPending();
 
     EXPECT_TRUE(posted);
+}
+
+// A thread of the library names itself, and has no use for an error.
+TEST_F(EngineTest, AnyThreadNameIsTaken)
+{
+    std::jthread([] {
+        EXPECT_NO_THROW(setCurrentThreadName("TimerScheduler"));
+        EXPECT_NO_THROW(setCurrentThreadName(""));
+        EXPECT_NO_THROW(setCurrentThreadName(std::string(10'000, 'x')));
+        EXPECT_NO_THROW(setCurrentThreadName("\xc3\xa4\xff\x01"));
+    }).join();
 }
 
 } // namespace

@@ -60,6 +60,7 @@ TEST_F(FeatureTest, ItIsReadOnAnyThreadWhileItIsThrown)
 TEST_F(FeatureTest, ThereIsNoOtherFeatureOn)
 {
     EXPECT_EQ(Feature("no such feature").get(), 0);
+    EXPECT_EQ(Feature("").get(), 0);
 }
 
 } // namespace

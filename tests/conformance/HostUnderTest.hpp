@@ -25,23 +25,23 @@ public:
     /// Has the engine do all that it was asked for before this call, callback tasks included; then returns.
     virtual void runPending() = 0;
 
-    /// Names of host-language functions that take any arguments: one gives nothing, one raises an error.
+    /// Names of host-language functions that take any arguments: one gives nothing, one raises an error, whose
+    /// text has "error in the callback" in it.
     virtual std::string succeedingFunction() = 0;
     virtual std::string failingFunction() = 0;
 
     virtual void setTimerPpe(bool on) = 0;
 
-    virtual void setLogMask(const std::string& channel, std::uint32_t mask) = 0;
-
     /// Gives an object to the object system, which forgets it as it is retracted.
     virtual void giveToObjectSystem(const std::shared_ptr<pelk::factory::full::StdShareable>& object) = 0;
     virtual std::size_t objectsInObjectSystem() = 0;
-
-    virtual void destroyProcessScope() = 0;
 };
 
-/// Each host's own source defines it.
+// Each host's own source defines these; the last two, where the tests of loggers and of the store are for it.
+
 std::unique_ptr<HostUnderTest> makeHost();
+void setLogMask(const std::string& channel, std::uint32_t mask);
+void destroyProcessScope();
 
 class HostTest : public testing::Test {
 protected:

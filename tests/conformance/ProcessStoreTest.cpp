@@ -25,9 +25,9 @@ usm::Owner makeOwner()
     return { new Stored, [](void* object) { delete static_cast<Stored*>(object); } };
 }
 
-class ProcessStoreTest : public HostTest {
+class ProcessStoreTest : public testing::Test {
 protected:
-    ~ProcessStoreTest() override { m_host->destroyProcessScope(); }
+    ~ProcessStoreTest() override { destroyProcessScope(); }
 };
 
 TEST_F(ProcessStoreTest, KeysAreNewEachTime)
@@ -53,6 +53,7 @@ TEST_F(ProcessStoreTest, WhatIsInsertedIsFound)
 
     EXPECT_EQ(Store::findOrInsert(key, std::move(owner)), object);
     EXPECT_EQ(Store::find(key), object);
+    EXPECT_EQ(Store::find(Store::getNextID()), nullptr);
     EXPECT_EQ(alive, 1);
 }
 
@@ -105,7 +106,7 @@ TEST_F(ProcessStoreTest, AtTheEndOfTheScopeEverythingIsDestroyed)
     Store::findOrInsert(first, makeOwner());
     Store::findOrInsert(second, makeOwner());
 
-    m_host->destroyProcessScope();
+    destroyProcessScope();
 
     EXPECT_EQ(alive, 0);
     EXPECT_EQ(Store::find(first), nullptr);
@@ -129,7 +130,7 @@ TEST_F(ProcessStoreTest, AnObjectIsFoundUntilItsDestructorHasReturned)
     void* const object = owner.get();
     Store::findOrInsert(key, std::move(owner));
 
-    m_host->destroyProcessScope();
+    destroyProcessScope();
 
     EXPECT_EQ(found, object);
     EXPECT_EQ(kept, object);
@@ -151,7 +152,7 @@ TEST_F(ProcessStoreTest, AnotherThreadFindsAnObjectThatIsBeingDestroyed)
     void* const object = owner.get();
     Store::findOrInsert(key, std::move(owner));
 
-    m_host->destroyProcessScope();
+    destroyProcessScope();
 
     EXPECT_EQ(found, object);
 }

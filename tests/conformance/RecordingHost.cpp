@@ -1,7 +1,5 @@
 #include "tests/conformance/HostUnderTest.hpp"
 
-#include "embedded_host/log/LogSinks.hpp"
-#include "embedded_host/services/ProcessScope.hpp"
 #include "tests/recording_host/Engine.hpp"
 #include "tests/recording_host/Journal.hpp"
 #include "tests/recording_host/Retractions.hpp"
@@ -46,18 +44,12 @@ public:
     std::string failingFunction() override { return "fail"; }
     void setTimerPpe(bool on) override { recording::setTimerPpe(on); }
 
-    void setLogMask(const std::string& channel, std::uint32_t mask) override
-    {
-        tovrinhost::setLogMask(channel, mask);
-    }
-
     void giveToObjectSystem(const std::shared_ptr<pelk::factory::full::StdShareable>& object) override
     {
         recording::expectObject(object.get());
     }
 
     std::size_t objectsInObjectSystem() override { return recording::expectedObjects(); }
-    void destroyProcessScope() override { tovrinhost::destroyProcessScope(); }
 
 private:
     const std::shared_ptr<recording::Engine> m_engine = std::make_shared<recording::Engine>();

@@ -12,11 +12,15 @@ using pelk::factory::full::StdShareable;
 
 class Wrapped : public StdShareable {
 public:
-    explicit Wrapped(bool fails = false)
+    Wrapped() = default;
+
+    /// One whose constructor fails, when the object system knows of it.
+    explicit Wrapped(HostUnderTest& host)
     {
-        if (fails) {
-            throw std::runtime_error("half made");
-        }
+        // Nobody owns it yet: only its address counts.
+        host.giveToObjectSystem(std::shared_ptr<StdShareable>(std::shared_ptr<void>(), this));
+        EXPECT_EQ(host.objectsInObjectSystem(), 1U);
+        throw std::runtime_error("half made");
     }
 
     SharingType getSharingType() const override { return SharingType::StdShared; }
@@ -69,7 +73,7 @@ TEST_F(WrappableTest, AnObjectThatNobodyTookInGoesToo)
 
 TEST_F(WrappableTest, AnObjectWhoseConstructorFailsIsRetracted)
 {
-    EXPECT_THROW(std::make_shared<Wrapped>(true), std::runtime_error);
+    EXPECT_THROW(std::make_shared<Wrapped>(*m_host), std::runtime_error);
     EXPECT_EQ(m_host->objectsInObjectSystem(), 0U);
 }
 
@@ -78,6 +82,15 @@ TEST_F(WrappableTest, AnObjectKnowsItsOwners)
     const auto object = std::make_shared<Wrapped>();
 
     EXPECT_EQ(object->shared_from_this(), object);
+}
+
+TEST_F(WrappableTest, AnObjectIsUsedThroughItsBase)
+{
+    const auto object = std::make_shared<Wrapped>();
+    const pelk::factory::full::Wrappable& base = *object;
+
+    EXPECT_EQ(base.getSharingType(), SharingType::StdShared);
+    EXPECT_STREQ(base.getFullyQualifiedPelkTypeName(), "Wrapped");
 }
 
 } // namespace

@@ -1,8 +1,8 @@
 #include "host/foundation/tovrindata/ArrayFactory.hpp"
 
-#include <functional>
+#include <algorithm>
+#include <limits>
 #include <map>
-#include <numeric>
 #include <stdexcept>
 #include <utility>
 
@@ -24,9 +24,19 @@ public:
 
 namespace {
 
-std::size_t product(const ArrayDimensions& dimensions)
+std::size_t elements(const ArrayDimensions& dimensions)
 {
-    return std::accumulate(dimensions.begin(), dimensions.end(), std::size_t { 1 }, std::multiplies<>());
+    if (std::count(dimensions.begin(), dimensions.end(), std::size_t { 0 }) > 0) {
+        return 0;
+    }
+    std::size_t product = 1;
+    for (const std::size_t extent : dimensions) {
+        if (extent > std::numeric_limits<std::size_t>::max() / product) {
+            throw std::invalid_argument("there are more elements than can be counted");
+        }
+        product *= extent;
+    }
+    return product;
 }
 
 Array requireType(Array array, ArrayType type, const char* what)
@@ -63,7 +73,7 @@ ArrayDimensions Array::getDimensions() const
 
 std::size_t Array::getNumberOfElements() const noexcept
 {
-    return m_storage ? product(m_storage->dimensions) : 0;
+    return m_storage ? elements(m_storage->dimensions) : 0;
 }
 
 const std::shared_ptr<detail::ArrayStorage>& Array::storage() const noexcept
@@ -132,7 +142,7 @@ CharArray ArrayFactory::createCharArray(const std::string& utf8)
 
 TypedArray<double> ArrayFactory::createDoubleArray(const ArrayDimensions& dimensions, std::vector<double> values)
 {
-    if (values.size() != product(dimensions)) {
+    if (values.size() != elements(dimensions)) {
         throw std::invalid_argument("the number of values is not the product of the dimensions");
     }
     auto storage = std::make_shared<detail::ArrayStorage>();
@@ -153,7 +163,7 @@ StructArray ArrayFactory::createStructArray(const ArrayDimensions& dimensions, s
             throw std::invalid_argument("two fields bear the name " + name);
         }
     }
-    storage->records.assign(product(dimensions), record);
+    storage->records.assign(elements(dimensions), record);
     storage->fieldNames = std::move(fieldNames);
     return StructArray(Array(std::move(storage)));
 }

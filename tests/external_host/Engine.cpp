@@ -1,18 +1,17 @@
 #include "Engine.hpp"
 
-#include "host/foundation/tovrindata/CharArray.hpp"
-#include "host/foundation/tovrindata/StructArray.hpp"
 #include "host/inRequestLineNoService.hpp"
 #include "host/processTovrinTimerTask.hpp"
 #include "host/setReadyRequestPending.hpp"
 
+#include <boost/exception_ptr.hpp>
+
 #include <atomic>
+#include <iostream>
 #include <stdexcept>
 #include <utility>
 
 using foundation::tovrindata::Array;
-using foundation::tovrindata::CharArray;
-using foundation::tovrindata::StructArray;
 
 namespace {
 
@@ -81,52 +80,88 @@ int requestLineLooks()
     return requestLineCount;
 }
 
-foundation::concurrent::future<std::vector<Array>> Engine::feval(const std::string& function,
-    const std::vector<Array>& arguments, std::size_t nargout, cmddistributor::RunOptions /*options*/,
-    bool /*reserved*/, foundation::msg_svc::exchange::IDType /*requestId*/)
+Engine::Engine(Functions functions)
+    : m_functions(std::move(functions))
 {
-    if (function != "timercb" || arguments.size() != 4 || nargout != 0) {
-        throw std::runtime_error("unexpected evaluation of " + function);
+}
+
+foundation::concurrent::future<std::vector<Array>> Engine::feval(const std::string& function,
+    const Arguments& arguments, std::size_t nargout, cmddistributor::RunOptions /*options*/, bool /*reserved*/,
+    foundation::msg_svc::exchange::IDType /*requestId*/)
+{
+    const auto promise = std::make_shared<boost::promise<std::vector<Array>>>();
+    auto outputs = promise->get_future();
+    const auto evaluate = [this, promise, function, arguments, nargout] {
+        try {
+            if (nargout != 0) {
+                throw std::invalid_argument(
+                    std::to_string(nargout) + " outputs of " + function + ": there are none");
+            }
+            m_functions.at(function)(arguments);
+            promise->set_value({});
+        } catch (...) {
+            promise->set_exception(boost::current_exception());
+        }
+    };
+    // A task waits for its callback on this very thread: nobody else would evaluate it.
+    if (isOwnThread()) {
+        evaluate();
+    } else {
+        post(evaluate);
     }
-    const std::string name = CharArray(arguments[1]).toUTF8();
-    const std::string type = CharArray(StructArray(arguments[3]).getField(0, "Type")).toUTF8();
-    if (type != name) {
-        throw std::runtime_error("the event of " + name + " is of type " + type);
-    }
-    calls.push_back({ name, std::chrono::steady_clock::now() });
-    return boost::make_ready_future(std::vector<Array>());
+    return outputs;
 }
 
 foundation::concurrent::future<void> Engine::evalAsync(const std::u16string& /*statement*/,
     cmddistributor::RunOptions /*options*/, foundation::msg_svc::exchange::IDType /*requestId*/)
 {
-    // The only statement is the one that does nothing but wake the engine.
+    // The only statement is the one that does nothing but wake the engine: so does a task.
     post([] {});
     return boost::make_ready_future();
 }
 
-void Engine::post(std::function<void()> task)
+void Engine::post(Task task)
 {
     const std::lock_guard lock(m_mutex);
     m_tasks.push_back(std::move(task));
     m_changed.notify_one();
 }
 
+bool Engine::isOwnThread()
+{
+    const std::lock_guard lock(m_mutex);
+    return std::this_thread::get_id() == m_thread;
+}
+
+/// \returns none where nothing is posted until then
+Engine::Task Engine::takeNext(std::chrono::steady_clock::time_point deadline)
+{
+    std::unique_lock lock(m_mutex);
+    m_thread = std::this_thread::get_id();
+    if (!m_changed.wait_until(lock, deadline, [this] { return !m_tasks.empty(); })) {
+        return nullptr;
+    }
+    Task next = std::move(m_tasks.front());
+    m_tasks.pop_front();
+    return next;
+}
+
 bool Engine::serve(const std::function<bool()>& isDone, std::chrono::seconds limit)
 {
     const auto deadline = std::chrono::steady_clock::now() + limit;
-    std::unique_lock lock(m_mutex);
-    while (!m_tasks.empty() || !isDone()) {
-        if (!m_changed.wait_until(lock, deadline, [this] { return !m_tasks.empty(); })) {
-            return false;
+    for (;;) {
+        // What is there already comes first.
+        const bool wasDone = isDone();
+        const Task task = takeNext(wasDone ? std::chrono::steady_clock::time_point() : deadline);
+        if (!task) {
+            return wasDone;
         }
-        const auto task = std::move(m_tasks.front());
-        m_tasks.pop_front();
-        lock.unlock();
-        task();
-        lock.lock();
+        try {
+            task();
+        } catch (const std::exception& error) {
+            std::cerr << "error in a callback: " << error.what() << '\n';
+        }
     }
-    return true;
 }
 
 } // namespace external_host

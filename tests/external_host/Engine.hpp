@@ -7,28 +7,30 @@
 #include <condition_variable>
 #include <deque>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 class InterruptStateData { };
 
 namespace external_host {
 
-/// An evaluated callback.
-struct Call {
-    std::string name;
-    std::chrono::steady_clock::time_point at;
-};
-
-/// An engine of one thread: the one that calls `serve`. "Evaluating" a callback is noting it down.
+/// An engine of one thread: the one that calls `serve`. Its host language is a table of C++ functions.
 ///
-/// Threading: `post` and `evalAsync`, any thread; the rest, the engine's.
+/// Threading: all operations, any thread; the functions run on the engine's. No lock is held while they do.
 class Engine : public vorn::VORN {
 public:
+    using Arguments = std::vector<foundation::tovrindata::Array>;
+
+    /// What can be evaluated, by name. The functions give nothing back, and may throw.
+    using Functions = std::map<std::string, std::function<void(const Arguments&)>>;
+
+    explicit Engine(Functions functions);
+
     foundation::concurrent::future<std::vector<foundation::tovrindata::Array>> feval(const std::string& function,
-        const std::vector<foundation::tovrindata::Array>& arguments, std::size_t nargout,
-        cmddistributor::RunOptions options, bool reserved,
+        const Arguments& arguments, std::size_t nargout, cmddistributor::RunOptions options, bool reserved,
         foundation::msg_svc::exchange::IDType requestId) override;
     foundation::concurrent::future<void> evalAsync(const std::u16string& statement,
         cmddistributor::RunOptions options, foundation::msg_svc::exchange::IDType requestId) override;
@@ -36,16 +38,23 @@ public:
 
     void post(std::function<void()> task);
 
-    /// Runs what is posted, in that order, until nothing is left and `isDone`.
+    /// Makes the calling thread the engine's: runs what is posted, in that order, until nothing is left and
+    /// `isDone`. What a task throws is reported, and costs that task.
     /// \returns false where that has not come to pass after the time limit
     bool serve(const std::function<bool()>& isDone, std::chrono::seconds limit);
 
-    std::vector<Call> calls; // the engine's thread
-
 private:
+    using Task = std::function<void()>;
+
+    bool isOwnThread();
+    Task takeNext(std::chrono::steady_clock::time_point deadline);
+
+    const Functions m_functions;
+
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::deque<std::function<void()>> m_tasks; // guarded by m_mutex
+    std::deque<Task> m_tasks; // guarded by m_mutex, like the next
+    std::thread::id m_thread;
 };
 
 /// How often the interpreter was told of a waiting request, by either way.

@@ -4,20 +4,25 @@
 #include "host/fl/i18n/to_string.hpp"
 #include "host/foundation/feature/Feature.hpp"
 #include "host/foundation/msg_svc/exchange/IDType.hpp"
-#include "host/pelk/factory/full/StdShareable.hpp"
 #include "host/setCurrentThreadName.hpp"
 #include "host/usm/Detail.hpp"
+
+#include <boost/locale/encoding_utf.hpp>
 
 #include <atomic>
 #include <iterator>
 #include <map>
 #include <mutex>
 #include <ostream>
+#include <set>
 #include <utility>
 
 namespace {
 
-std::atomic<int> retracted { 0 };
+std::atomic<bool> timerPpe { false };
+
+std::mutex objectsMutex;
+std::set<const pelk::factory::full::Wrappable*> objects; // guarded by objectsMutex
 
 struct Stored {
     void* object;
@@ -45,9 +50,21 @@ void destroyProcessScope()
     }
 }
 
-int retractedObjects()
+void setTimerPpe(bool on)
 {
-    return retracted;
+    timerPpe = on;
+}
+
+void share(const pelk::factory::full::Wrappable* object)
+{
+    const std::lock_guard lock(objectsMutex);
+    objects.insert(object);
+}
+
+std::size_t sharedObjects()
+{
+    const std::lock_guard lock(objectsMutex);
+    return objects.size();
 }
 
 } // namespace external_host
@@ -109,10 +126,9 @@ Feature::Feature(const char* name)
 
 Feature::~Feature() = default;
 
-// All switches are off, so that the library goes through everything that a host has to offer.
 int Feature::get() const
 {
-    return 0;
+    return m_name == "TIMER_PPE" && timerPpe ? 1 : 0;
 }
 
 } // namespace foundation::feature
@@ -129,9 +145,10 @@ Wrappable::~Wrappable()
 StdShareable::StdShareable() = default;
 StdShareable::~StdShareable() = default;
 
-void retract(Wrappable* /*object*/)
+void retract(Wrappable* object)
 {
-    ++retracted;
+    const std::lock_guard lock(objectsMutex);
+    objects.erase(object);
 }
 
 } // namespace pelk::factory::full
@@ -168,14 +185,9 @@ void RunOptions::setQueueName(std::u16string name)
 
 namespace fl::i18n {
 
-// The library converts the names of its callbacks, and those are ASCII.
 std::string to_string(const std::wstring& wide)
 {
-    std::string narrow;
-    for (const wchar_t character : wide) {
-        narrow += static_cast<char>(character);
-    }
-    return narrow;
+    return boost::locale::conv::utf_to_utf<char>(wide);
 }
 
 } // namespace fl::i18n

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace external_host {
+
+/// Sets which severities of a channel are recorded, by the loggers that it has and by those to come. All are at
+/// first.
+void setLogMask(const std::string& channel, std::uint32_t mask);
+
+} // namespace external_host
