@@ -42,9 +42,8 @@ struct TimerSurroundings {
 /// Ended: nothing comes of anything any more.
 ///
 /// What the library leaves to its host:
-/// - In fixed delay and fixed rate it decides before the last callback whether a StopFcn follows, and that
-/// callback
-///   may assign one. So the run counts along, and asks itself for a StopFcn that was not there from the start.
+/// - In fixed delay and fixed rate it decides before the last callback whether a StopFcn follows, and that one may
+///   assign it. So the run counts along, and asks itself for a StopFcn that was not there from the start.
 /// - After a contention in busy mode Error it says nothing. It shows in a StopFcn that comes while callbacks are
 ///   still to come, or without a StopFcn in a timer that has stopped before its time. The ErrorFcn that follows is
 ///   asked for by the run, so that the library is told of none meanwhile.
