@@ -154,7 +154,7 @@ test_external_host() {
 }
 
 # test_fuzz SECONDS: the corpus of the tree is where it begins; what it finds besides stays in the build folder, and so
-# do the bytes that made it fail. The script that they stand for is at the end of the log.
+# do the bytes that made it fail. The program that they stand for is at the end of the log.
 test_fuzz() {
   local seconds=$1 built start=$SECONDS
   local tree=$buildDir/clang-asan-ubsan log=$buildDir/log/test-fuzz.log

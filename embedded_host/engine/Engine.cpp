@@ -4,10 +4,10 @@
 #include "embedded_host/engine/RequestLine.hpp"
 #include "embedded_host/engine/ScriptError.hpp"
 #include "embedded_host/log/Escape.hpp"
+#include "embedded_host/values/Utf8.hpp"
 #include "host/setCurrentThreadName.hpp"
 
 #include <boost/exception/enable_current_exception.hpp>
-#include <boost/locale/encoding_utf.hpp>
 
 #include <atomic>
 #include <chrono>
@@ -105,7 +105,9 @@ public:
 std::shared_ptr<Engine> Engine::start()
 {
     std::shared_ptr<Engine> engine(new Engine);
-    engine->m_queueManager = makeQueueManager(engine);
+    // A share of the loop is one of the engine that it is part of.
+    engine->m_queueManager
+        = makeQueueManager(engine->m_contextId, std::shared_ptr<EventLoop>(engine, &engine->m_loop));
     engine->m_thread = std::thread([raw = engine.get()] { raw->serve(); });
     // From here on the interpreter exists.
     engine->run([](Interpreter&) {});
@@ -163,7 +165,7 @@ foundation::concurrent::future<void> Engine::evalAsync(const std::u16string& sta
 {
     return request<void>(m_loop, whenOf(options), [this, statement] {
         if (statement != wakeUpStatement) {
-            m_interpreter->execute(boost::locale::conv::utf_to_utf<char>(statement), "=statement");
+            m_interpreter->execute(toUtf8(std::u16string_view(statement)), "=statement");
         }
     });
 }

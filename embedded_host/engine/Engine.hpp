@@ -18,13 +18,10 @@ namespace tovrinhost {
 
 /// The engine: one interpreter thread, and the queue that it works off.
 ///
-/// Threading: any operation, any thread, but for `interpreter`. What is asked for on the interpreter thread itself
-/// is evaluated at once.
+/// Threading: any operation, any thread. What is asked for on the interpreter thread itself is evaluated at once.
 /// Ownership: made by `start`. Whoever starts an engine shuts it down, not on the interpreter thread; shares that
 /// are left over afterwards stay valid, and what is asked of them fails.
-class TOVRINHOST_API Engine final : public vorn::VORN,
-                                    public TaskSink,
-                                    public std::enable_shared_from_this<Engine> {
+class TOVRINHOST_API Engine final : public vorn::VORN, public TaskSink {
 public:
     static std::shared_ptr<Engine> start();
     ~Engine() override;
@@ -49,9 +46,6 @@ public:
     void interrupt(Interruption why);
 
     EventLoop& loop() { return m_loop; }
-
-    /// Only for the interpreter thread.
-    Interpreter& interpreter() { return *m_interpreter; }
 
     /// Does something on the interpreter thread, once it is idle, and waits.
     /// \throws ScriptError for whatever `work` throws

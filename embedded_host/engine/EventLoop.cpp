@@ -7,8 +7,6 @@
 
 namespace tovrinhost {
 
-TaskOwner::~TaskOwner() = default;
-
 void EventLoop::post(When when, Work request)
 {
     std::unique_lock lock(m_mutex);

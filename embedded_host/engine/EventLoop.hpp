@@ -1,5 +1,7 @@
 #pragma once
 
+#include "embedded_host/engine/Interruption.hpp"
+#include "embedded_host/engine/TaskOwner.hpp"
 #include "host/Export.hpp"
 
 #include <atomic>
@@ -8,65 +10,21 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <exception>
 #include <functional>
 #include <limits>
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <stdexcept>
 
 namespace tovrinhost {
-
-/// Why running code is to be given up.
-enum class Interruption {
-    None,
-    User, ///< somebody pressed Ctrl-C
-    Exit, ///< the script called os.exit
-};
-
-/// Leaves a pumping call while an interruption is on.
-class Interrupted : public std::runtime_error {
-public:
-    Interrupted()
-        : std::runtime_error("interrupted")
-    {
-    }
-};
-
-/// On whose behalf callback tasks are queued. Two tasks of one owner never run nested in each other, unless
-/// `runPending` asks for it.
-///
-/// Threading: everything here belongs to the interpreter thread.
-class TOVRINHOST_API TaskOwner {
-public:
-    virtual ~TaskOwner();
-
-    /// Whether one of the tasks is running, that is: whether this is called from within it.
-    bool isInTask() const noexcept { return m_depth > 0; }
-
-    /// \param mark what was given when the task was submitted
-    virtual void taskBegins(int mark) noexcept = 0;
-
-    /// \param error what left the task, null if nothing did
-    virtual void taskEnds(const std::exception_ptr& error) noexcept = 0;
-
-private:
-    friend class EventLoop;
-
-    // Guarded by the event loop's mutex.
-    std::size_t m_pending = 0;
-    bool m_closed = false;
-
-    int m_depth = 0; // only for the interpreter thread
-};
 
 /// The interpreter thread's queue: requests, and callback tasks of timers, in the order in which they came.
 ///
 /// Threading: `post`, `submit`, `wake`, `interrupt`: any thread. Everything else: the interpreter thread.
 /// Ownership: owns what is queued; an entry is destroyed without the lock held.
 /// Ordering: arrival order. While the interpreter is not idle but pumps, requests that want it idle stay behind,
-/// and so do the tasks of an owner whose task is running. Lock order: m_mutex is taken alone.
+/// and so do the tasks of an owner whose task is running.
+/// Lock order: m_mutex is taken alone.
 class TOVRINHOST_API EventLoop {
 public:
     using Work = std::function<void()>;
@@ -84,11 +42,10 @@ public:
     /// Like `post`, but before everything that waits.
     void postUrgent(Work request);
 
-    /// Queues a callback task. It wakes the interpreter itself only if `wakes`. Dropped if the owner's doors are
-    /// closed to the calling thread.
+    /// Queues a callback task. It wakes the interpreter itself only if `wakes`.
     ///
-    /// Where another thread than the interpreter's brings more waiting tasks than `limit`, the doors close behind
-    /// it.
+    /// Where another thread than the interpreter's brings more waiting tasks than `limit`, the owner's doors close
+    /// behind the last of them; what such a thread brings to closed doors is dropped.
     /// \param mark for the owner, who is told of it as the task begins
     /// \returns whether the doors have closed
     bool submit(const std::shared_ptr<TaskOwner>& owner, Work task, bool wakes,

@@ -52,16 +52,16 @@ public:
     void runFile(const std::string& path, const std::vector<std::string>& arguments);
 
     /// Does something that may raise errors of Lua. Everything that the host does with a state goes through here,
-    /// but for the functions that scripts call. \param work given a stack of its own; returns how many values on
-    /// its top it leaves on that of `state()` \throws ScriptError for an error of Lua; what `work` throws
+    /// but for the functions that scripts call.
+    /// \param work given a stack of its own; returns how many values on its top it leaves on that of `state()`
+    /// \throws ScriptError for an error of Lua; what `work` throws
     void protect(const std::function<int(lua_State*)>& work);
 
     /// Code that the event loop runs while a script pumps is nested in it for as long as this object lives.
     class TOVRINHOST_API Nested {
     public:
-        /// \throws std::runtime_error, beginning with `caller`, if too much is nested already: Lua's own limit,
-        /// which
-        ///         other calls count towards, too, is near 200
+        /// \throws std::runtime_error, beginning with `caller`, if too much is nested already: Lua's own limit is
+        ///         near 200, and other calls count towards it, too
         Nested(lua_State* running, const std::string& caller);
         Nested(const Nested&) = delete;
         Nested& operator=(const Nested&) = delete;
@@ -80,7 +80,7 @@ private:
     void callOnStack(int arguments, int results);
 
     EventLoop& m_loop;
-    std::unique_ptr<lua_State, Close> m_main;
+    std::unique_ptr<lua_State, Close> m_main; // before what is initialised from it
     RunningCode m_code;
     std::string* m_traceback = nullptr; // of the innermost protected call
     int m_nested = 0;

@@ -1,6 +1,6 @@
 #include "embedded_host/engine/LuaArrays.hpp"
 
-#include "embedded_host/data/ObjectArray.hpp"
+#include "embedded_host/values/ObjectArray.hpp"
 #include "host/foundation/tovrindata/ArrayFactory.hpp"
 
 #include <lauxlib.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "embedded_host/engine/EventLoop.hpp"
+#include "embedded_host/engine/Interruption.hpp"
 #include "embedded_host/engine/RunningCode.hpp"
 
 #include <lauxlib.h>

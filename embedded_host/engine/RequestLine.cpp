@@ -1,9 +1,9 @@
 #include "embedded_host/engine/RequestLine.hpp"
 
-#include "embedded_host/engine/Engine.hpp"
-#include "embedded_host/process/NeverDestroyed.hpp"
+#include "embedded_host/engine/EventLoop.hpp"
 #include "host/inRequestLineNoService.hpp"
 #include "host/setReadyRequestPending.hpp"
+#include "timer_src/main/NeverDestroyed.hpp"
 
 #include <map>
 #include <mutex>
@@ -12,28 +12,28 @@
 /// Leads from a queue manager to its interpreter.
 class InterruptStateData {
 public:
-    explicit InterruptStateData(std::weak_ptr<tovrinhost::Engine> engine)
-        : m_engine(std::move(engine))
+    explicit InterruptStateData(std::weak_ptr<tovrinhost::EventLoop> loop)
+        : m_loop(std::move(loop))
     {
     }
 
     void wakeInterpreter() const
     {
-        if (const auto engine = m_engine.lock()) {
-            engine->loop().wake();
+        if (const auto loop = m_loop.lock()) {
+            loop->wake();
         }
     }
 
 private:
-    const std::weak_ptr<tovrinhost::Engine> m_engine;
+    const std::weak_ptr<tovrinhost::EventLoop> m_loop;
 };
 
 namespace {
 
 class QueueManager final : public iqm::Iqm {
 public:
-    explicit QueueManager(const std::shared_ptr<tovrinhost::Engine>& engine)
-        : m_interruptState(std::make_shared<InterruptStateData>(engine))
+    explicit QueueManager(std::weak_ptr<tovrinhost::EventLoop> loop)
+        : m_interruptState(std::make_shared<InterruptStateData>(std::move(loop)))
     {
     }
 
@@ -51,7 +51,7 @@ struct QueueManagers {
 
 QueueManagers& queueManagers()
 {
-    static tovrinhost::NeverDestroyed<QueueManagers> managers;
+    static tovrintimer::NeverDestroyed<QueueManagers> managers;
     return *managers;
 }
 
@@ -59,13 +59,13 @@ QueueManagers& queueManagers()
 
 namespace tovrinhost {
 
-std::shared_ptr<iqm::Iqm> makeQueueManager(const std::shared_ptr<Engine>& engine)
+std::shared_ptr<iqm::Iqm> makeQueueManager(vorn::ContextId context, std::weak_ptr<EventLoop> loop)
 {
-    auto manager = std::make_shared<QueueManager>(engine);
+    auto manager = std::make_shared<QueueManager>(std::move(loop));
     QueueManagers& managers = queueManagers();
     const std::lock_guard lock(managers.mutex);
     std::erase_if(managers.byContext, [](const auto& entry) { return entry.second.expired(); });
-    managers.byContext[engine->getContextId()] = manager;
+    managers.byContext[context] = manager;
     return manager;
 }
 

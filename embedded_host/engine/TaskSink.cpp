@@ -1,6 +1,6 @@
 #include "embedded_host/engine/TaskSink.hpp"
 
-#include "embedded_host/process/Features.hpp"
+#include "embedded_host/services/Features.hpp"
 #include "host/processTovrinTimerTask.hpp"
 
 #include <stdexcept>

@@ -42,19 +42,19 @@ std::string escape(std::string_view text)
     return escaped;
 }
 
-std::string escapeTraceback(std::string_view traceback)
+std::string escapeLines(std::string_view text)
 {
     std::string escaped;
     std::size_t begin = 0;
-    for (std::size_t at = 0; at < traceback.size(); ++at) {
+    for (std::size_t at = 0; at < text.size(); ++at) {
         // A break in front of anything but an indented line comes from a name in it.
-        const bool isBreak = traceback[at] == '\n' && traceback.substr(at + 1, 1) == "\t";
-        if (isBreak || traceback[at] == '\t') {
-            escaped += escape(traceback.substr(begin, at - begin)) + traceback[at];
+        const bool isBreak = text[at] == '\n' && text.substr(at + 1, 1) == "\t";
+        if (isBreak || text[at] == '\t') {
+            escaped += escape(text.substr(begin, at - begin)) + text[at];
             begin = at + 1;
         }
     }
-    return escaped + escape(traceback.substr(begin));
+    return escaped + escape(text.substr(begin));
 }
 
 } // namespace tovrinhost

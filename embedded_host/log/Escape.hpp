@@ -14,8 +14,8 @@ namespace tovrinhost {
 /// it is.
 TOVRINHOST_API std::string escape(std::string_view text);
 
-/// A traceback with its control characters written out, but for its tabs, and for the line breaks in front of one:
-/// no line but its first begins at the margin.
-TOVRINHOST_API std::string escapeTraceback(std::string_view traceback);
+/// A traceback, or another text of indented lines, with its control characters written out, but for tabs, and for
+/// the line breaks in front of one: no line but the first begins at the margin.
+TOVRINHOST_API std::string escapeLines(std::string_view text);
 
 } // namespace tovrinhost

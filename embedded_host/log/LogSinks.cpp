@@ -2,8 +2,9 @@
 
 #include "embedded_host/log/Escape.hpp"
 #include "embedded_host/log/LineSink.hpp"
+#include "embedded_host/log/LoggerRegistry.hpp"
 #include "embedded_host/log/RecordGate.hpp"
-#include "embedded_host/process/NeverDestroyed.hpp"
+#include "timer_src/main/NeverDestroyed.hpp"
 
 #include <boost/log/sinks/sync_frontend.hpp>
 #include <boost/smart_ptr/make_shared_object.hpp>
@@ -33,7 +34,7 @@ struct Sinks {
 // Records are still written while static objects are being destroyed.
 Sinks& sinks()
 {
-    static NeverDestroyed<Sinks> inPlace;
+    static tovrintimer::NeverDestroyed<Sinks> inPlace;
     return *inPlace;
 }
 
@@ -59,6 +60,11 @@ void replace(Sink& inPlace, Sink next)
 }
 
 } // namespace
+
+void setLogMask(const std::string& channel, std::uint32_t mask)
+{
+    LoggerRegistry::instance().setMask(channel, mask);
+}
 
 void logToStandardError()
 {

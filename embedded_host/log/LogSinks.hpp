@@ -2,11 +2,16 @@
 
 #include "host/Export.hpp"
 
+#include <cstdint>
 #include <string>
 
 namespace tovrinhost {
 
-// Where diagnostic records go, one line each:
+/// Sets which severities of a channel are recorded, for the loggers that exist and for those made later.
+/// Threading: any thread.
+TOVRINHOST_API void setLogMask(const std::string& channel, std::uint32_t mask);
+
+// Where the records go, one line each:
 //
 //     2024-05-01 13:45:07.045123 [tovrintimer::workHandler] 0x04 Requesting StartFcn Processing
 //

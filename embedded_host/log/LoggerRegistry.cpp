@@ -1,7 +1,7 @@
 #include "embedded_host/log/LoggerRegistry.hpp"
 
 #include "embedded_host/log/RecordGate.hpp"
-#include "embedded_host/process/NeverDestroyed.hpp"
+#include "timer_src/main/NeverDestroyed.hpp"
 
 #include <boost/log/attributes/constant.hpp>
 
@@ -9,7 +9,7 @@ namespace tovrinhost {
 
 LoggerRegistry& LoggerRegistry::instance()
 {
-    static NeverDestroyed<LoggerRegistry> registry;
+    static tovrintimer::NeverDestroyed<LoggerRegistry> registry;
     return *registry;
 }
 

@@ -1,6 +1,6 @@
 #include "embedded_host/log/RecordGate.hpp"
 
-#include "embedded_host/process/NeverDestroyed.hpp"
+#include "timer_src/main/NeverDestroyed.hpp"
 
 #include <boost/log/sinks/sink.hpp>
 #include <boost/log/sources/record_ostream.hpp>
@@ -55,7 +55,7 @@ void shutRecordGate()
 
 boost::log::core& recordCore()
 {
-    static NeverDestroyed<boost::log::core_ptr> core(boost::log::core::get());
+    static tovrintimer::NeverDestroyed<boost::log::core_ptr> core(boost::log::core::get());
     return **core;
 }
 

@@ -1,6 +1,7 @@
 #include "embedded_host/program/CommandLine.hpp"
 
-#include "embedded_host/process/Features.hpp"
+#include "embedded_host/log/Escape.hpp"
+#include "embedded_host/services/Features.hpp"
 
 #include <CLI/CLI.hpp>
 
@@ -8,6 +9,7 @@
 #include <array>
 #include <charconv>
 #include <iostream>
+#include <limits>
 #include <utility>
 
 namespace tovrinhost {
@@ -73,6 +75,18 @@ std::uint32_t toMask(const std::string& text, const std::string& digits)
     return mask;
 }
 
+std::size_t toBacklog(const std::string& text)
+{
+    std::size_t number = 0;
+    const char* const last = text.data() + text.size();
+    const auto [end, error] = std::from_chars(text.data(), last, number);
+    if (error != std::errc() || end != last || number == 0) {
+        fail("--max-backlog", text,
+            "it must be a whole number from 1 to " + std::to_string(std::numeric_limits<std::size_t>::max()));
+    }
+    return number;
+}
+
 void addLogMask(RunCommand& command, const std::string& text)
 {
     const auto [channel, digits] = split("--log", text, "CHANNEL=MASK");
@@ -120,10 +134,10 @@ std::variant<RunCommand, Leave> parseCommandLine(int argc, const char* const* ar
         ->type_name("CHANNEL=MASK");
     run->add_option("--log-file", logFile, "Where diagnostic records go, instead of standard error")
         ->type_name("FILE");
-    run->add_option("--max-backlog", command.maxBacklog,
+    run->add_option_function<std::string>(
+           "--max-backlog", [&](const std::string& text) { command.maxBacklog = toBacklog(text); },
            "How many callbacks of one timer may wait to be run; one more is an error of the timer")
-        ->capture_default_str()
-        ->check(CLI::PositiveNumber)
+        ->default_str(std::to_string(command.maxBacklog))
         ->type_name("N");
     run->footer(
         "Exit status: 130, 143 or 129 after Ctrl-C, SIGTERM or SIGHUP; else the code that the script gave to "
@@ -132,7 +146,9 @@ std::variant<RunCommand, Leave> parseCommandLine(int argc, const char* const* ar
 
     try {
         if (argc > 1 && *argv[1] != '-' && argv[1] != run->get_name()) {
-            throw CLI::ExtrasError("tovrin", { argv[1] });
+            const std::string word = escape(argv[1]);
+            throw CLI::ParseError("there is no command \"" + word + "\"; did you mean tovrin run " + word + "?",
+                CLI::ExitCodes::ExtrasError);
         }
         app.parse(argc, argv);
     } catch (const CLI::Success& help) {

@@ -1,10 +1,9 @@
 #include "embedded_host/log/Escape.hpp"
-#include "embedded_host/log/LogMasks.hpp"
 #include "embedded_host/log/LogSinks.hpp"
-#include "embedded_host/process/Features.hpp"
 #include "embedded_host/program/CommandLine.hpp"
 #include "embedded_host/program/platform/Platform.hpp"
-#include "embedded_host/script/ScriptRunner.hpp"
+#include "embedded_host/services/Features.hpp"
+#include "embedded_host/timers/ScriptRunner.hpp"
 
 #include <cstdlib>
 #include <exception>

@@ -1,10 +1,9 @@
 #include "tests/conformance/HostUnderTest.hpp"
 
-#include "embedded_host/class_system/ObjectSystem.hpp"
 #include "embedded_host/engine/Engine.hpp"
-#include "embedded_host/log/LogMasks.hpp"
-#include "embedded_host/process/Features.hpp"
-#include "embedded_host/process/ProcessScope.hpp"
+#include "embedded_host/log/LogSinks.hpp"
+#include "embedded_host/services/Features.hpp"
+#include "embedded_host/services/ProcessScope.hpp"
 
 namespace conformance {
 
@@ -37,13 +36,6 @@ public:
     std::string succeedingFunction() override { return "succeed"; }
     std::string failingFunction() override { return "fail"; }
     void setTimerPpe(bool on) override { tovrinhost::setFeature("TIMER_PPE", on); }
-
-    void giveToObjectSystem(const std::shared_ptr<pelk::factory::full::StdShareable>& object) override
-    {
-        tovrinhost::wrap(object);
-    }
-
-    std::size_t objectsInObjectSystem() override { return tovrinhost::wrappedObjects(); }
 
 private:
     const std::shared_ptr<tovrinhost::Engine> m_engine = tovrinhost::Engine::start();

@@ -36,13 +36,6 @@ public:
     std::string failingFunction() override { return "fail"; }
     void setTimerPpe(bool on) override { external_host::setTimerPpe(on); }
 
-    void giveToObjectSystem(const std::shared_ptr<pelk::factory::full::StdShareable>& object) override
-    {
-        external_host::share(object.get());
-    }
-
-    std::size_t objectsInObjectSystem() override { return external_host::sharedObjects(); }
-
 private:
     const std::shared_ptr<external_host::Engine> m_engine
         = std::make_shared<external_host::Engine>(external_host::Engine::Functions {
@@ -61,6 +54,16 @@ private:
 std::unique_ptr<HostUnderTest> makeHost()
 {
     return std::make_unique<ExternalHost>();
+}
+
+void giveToObjectSystem(const std::shared_ptr<pelk::factory::full::StdShareable>& object)
+{
+    external_host::share(object.get());
+}
+
+std::size_t objectsInObjectSystem()
+{
+    return external_host::sharedObjects();
 }
 
 void setLogMask(const std::string& channel, std::uint32_t mask)

@@ -31,17 +31,18 @@ public:
     virtual std::string failingFunction() = 0;
 
     virtual void setTimerPpe(bool on) = 0;
-
-    /// Gives an object to the object system, which forgets it as it is retracted.
-    virtual void giveToObjectSystem(const std::shared_ptr<pelk::factory::full::StdShareable>& object) = 0;
-    virtual std::size_t objectsInObjectSystem() = 0;
 };
 
-// Each host's own source defines these; the last two, where the tests of loggers and of the store are for it.
+// Each host's own source defines these; the later ones, where the tests of loggers, of the store, and of what is
+// retracted are for it.
 
 std::unique_ptr<HostUnderTest> makeHost();
 void setLogMask(const std::string& channel, std::uint32_t mask);
 void destroyProcessScope();
+
+/// Gives an object to the object system, which forgets it as it is retracted.
+void giveToObjectSystem(const std::shared_ptr<pelk::factory::full::StdShareable>& object);
+std::size_t objectsInObjectSystem();
 
 class HostTest : public testing::Test {
 protected:

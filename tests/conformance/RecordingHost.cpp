@@ -44,13 +44,6 @@ public:
     std::string failingFunction() override { return "fail"; }
     void setTimerPpe(bool on) override { recording::setTimerPpe(on); }
 
-    void giveToObjectSystem(const std::shared_ptr<pelk::factory::full::StdShareable>& object) override
-    {
-        recording::expectObject(object.get());
-    }
-
-    std::size_t objectsInObjectSystem() override { return recording::expectedObjects(); }
-
 private:
     const std::shared_ptr<recording::Engine> m_engine = std::make_shared<recording::Engine>();
 };
@@ -60,6 +53,16 @@ private:
 std::unique_ptr<HostUnderTest> makeHost()
 {
     return std::make_unique<RecordingHost>();
+}
+
+void giveToObjectSystem(const std::shared_ptr<pelk::factory::full::StdShareable>& object)
+{
+    recording::expectObject(object.get());
+}
+
+std::size_t objectsInObjectSystem()
+{
+    return recording::expectedObjects();
 }
 
 } // namespace conformance

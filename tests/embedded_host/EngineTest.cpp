@@ -1,8 +1,8 @@
 #include "embedded_host/engine/Engine.hpp"
 
-#include "embedded_host/data/ObjectArray.hpp"
 #include "embedded_host/engine/LuaArrays.hpp"
 #include "embedded_host/engine/ScriptError.hpp"
+#include "embedded_host/values/ObjectArray.hpp"
 #include "host/foundation/tovrindata/ArrayFactory.hpp"
 #include "host/processTovrinTimerTask.hpp"
 

@@ -39,12 +39,12 @@ TEST(EscapeTest, ATracebackKeepsItsLines)
     const std::string traceback = "stack traceback:\n\t[C]: in function 'error'\n\t...\t(skipping 9 "
                                   "levels)\n\tscript.lua:3: in main chunk";
 
-    EXPECT_EQ(escapeTraceback(traceback), traceback);
+    EXPECT_EQ(escapeLines(traceback), traceback);
 }
 
 TEST(EscapeTest, ANameInATracebackBeginsNoLineOfItsOwn)
 {
-    EXPECT_EQ(escapeTraceback("stack traceback:\n\tin function 'a\ntovrin: \x1b[2J\n\n\tb'\n"),
+    EXPECT_EQ(escapeLines("stack traceback:\n\tin function 'a\ntovrin: \x1b[2J\n\n\tb'\n"),
         "stack traceback:\n\tin function 'a\\ntovrin: \\x1b[2J\\n\n\tb'\\n");
 }
 

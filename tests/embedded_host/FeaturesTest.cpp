@@ -1,4 +1,4 @@
-#include "embedded_host/process/Features.hpp"
+#include "embedded_host/services/Features.hpp"
 
 #include "host/foundation/feature/Feature.hpp"
 #include "tests/embedded_host/ThrownMessage.hpp"

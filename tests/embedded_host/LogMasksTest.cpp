@@ -1,4 +1,4 @@
-#include "embedded_host/log/LogMasks.hpp"
+#include "embedded_host/log/LogSinks.hpp"
 
 #include "host/foundation/log/basic_diagnostic_logger.hpp"
 

@@ -1,4 +1,4 @@
-#include "embedded_host/data/ObjectArray.hpp"
+#include "embedded_host/values/ObjectArray.hpp"
 #include "host/foundation/tovrindata/ArrayFactory.hpp"
 #include "tests/embedded_host/ThrownMessage.hpp"
 

@@ -1,4 +1,4 @@
-#include "embedded_host/process/ProcessScope.hpp"
+#include "embedded_host/services/ProcessScope.hpp"
 
 #include "host/usm/Detail.hpp"
 #include "tests/embedded_host/ThrownMessage.hpp"

@@ -1,5 +1,5 @@
 #include "embedded_host/engine/Engine.hpp"
-#include "embedded_host/process/Features.hpp"
+#include "embedded_host/services/Features.hpp"
 #include "host/inRequestLineNoService.hpp"
 #include "host/iqm/Iqm.hpp"
 #include "host/processTovrinTimerTask.hpp"

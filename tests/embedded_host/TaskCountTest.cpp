@@ -1,4 +1,4 @@
-#include "embedded_host/script/TaskCount.hpp"
+#include "embedded_host/timers/TaskCount.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 #include "embedded_host/engine/Engine.hpp"
 #include "embedded_host/engine/ScriptError.hpp"
-#include "embedded_host/process/ProcessScope.hpp"
-#include "embedded_host/script/ErrorReport.hpp"
-#include "embedded_host/script/TimerLibrary.hpp"
-#include "embedded_host/script/TimerSet.hpp"
+#include "embedded_host/services/ProcessScope.hpp"
+#include "embedded_host/timers/ErrorReport.hpp"
+#include "embedded_host/timers/TimerLibrary.hpp"
+#include "embedded_host/timers/TimerSet.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "embedded_host/process/Utf8.hpp"
+#include "embedded_host/values/Utf8.hpp"
 #include "host/fl/i18n/to_string.hpp"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "tests/library/LibraryTest.hpp"
 
-#include "embedded_host/process/ProcessScope.hpp"
+#include "embedded_host/services/ProcessScope.hpp"
 
 #include <optional>
 #include <system_error>

@@ -119,6 +119,34 @@ print(t:wait(), t.LastError == "script.lua:3: boom" .. forged)
     EXPECT_EQ(outcome.status, 1);
 }
 
+TEST_F(CallbackErrorTest, AModuleThatIsNotFoundIsReportedOnLinesOfItsOwn)
+{
+    const Outcome outcome = run(R"(
+package.path, package.cpath = "./?.lua;./?/init.lua", "./?.so"
+local t = timer { Name = "t", TimerFcn = function() require "my.module" end }
+t:start()
+t:wait()
+require "other"
+)");
+
+    EXPECT_THAT(outcome.err,
+        StartsWith("tovrin: error in TimerFcn of timer \"t\": script.lua:3: module 'my.module' not found:\n"
+                   "\tno field package.preload['my.module']\n"
+                   "\tno file './my/module.lua'\n"
+                   "\tno file './my/module/init.lua'\n"
+                   "\tno file './my/module.so'\n"
+                   "\tno file './my.so'\n"
+                   "stack traceback:\n"));
+    EXPECT_THAT(outcome.err,
+        HasSubstr("\ntovrin: error in script: script.lua:6: module 'other' not found:\n"
+                  "\tno field package.preload['other']\n"
+                  "\tno file './other.lua'\n"
+                  "\tno file './other/init.lua'\n"
+                  "\tno file './other.so'\n"
+                  "stack traceback:\n"));
+    EXPECT_EQ(outcome.status, 1);
+}
+
 TEST_F(CallbackErrorTest, AFailingStartFcnEndsTheRun)
 {
     const Outcome outcome = run(R"(

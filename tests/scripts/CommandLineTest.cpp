@@ -27,11 +27,31 @@ constexpr int wrongUsage = 2;
 TEST_F(CommandLineTest, WrongUsageIsToldWithStatusTwo)
 {
     expectRefusal({}, wrongUsage, "A subcommand is required");
-    expectRefusal({ "walk" }, wrongUsage, "walk");
     expectRefusal({ "run" }, wrongUsage, "FILE is required");
     expectRefusal({ "run", "--fast", "script.lua" }, wrongUsage, "--fast");
-    expectRefusal({ "run", "--max-backlog", "0", "script.lua" }, wrongUsage, "--max-backlog");
-    expectRefusal({ "run", "--max-backlog", "many", "script.lua" }, wrongUsage, "--max-backlog");
+}
+
+TEST_F(CommandLineTest, AScriptInThePlaceOfTheCommandIsToldHowItIsRun)
+{
+    const std::string advice = "; did you mean tovrin run ";
+    expectRefusal({ "script.lua" }, wrongUsage,
+        "tovrin: there is no command \"script.lua\"" + advice + "script.lua?\nTry 'tovrin run --help'.\n");
+    expectRefusal({ "script.lua", "argument" }, wrongUsage, "no command \"script.lua\"" + advice + "script.lua?");
+    expectRefusal({ "a\ntovrin: b" }, wrongUsage, "\"a\\ntovrin: b\"" + advice + "a\\ntovrin: b?");
+    expectRefusal({ "walk", "script.lua" }, wrongUsage, "no command \"walk\"" + advice + "walk?");
+}
+
+TEST_F(CommandLineTest, AWrongBacklogIsToldWithTheLimits)
+{
+    for (const std::string number : { "0", "-1", "many", "1.5", "0x10", "1e3", " 1", "18446744073709551616" }) {
+        expectRefusal({ "run", "--max-backlog=" + number, "script.lua" }, wrongUsage,
+            "--max-backlog: \"" + number
+                + "\" is not allowed: it must be a whole number from 1 to 18446744073709551615\n");
+    }
+    write("script.lua", "print('ran')");
+    for (const std::string number : { "1", "18446744073709551615" }) {
+        EXPECT_EQ(tovrin({ "run", "--max-backlog", number, "script.lua" }).out, "ran\n") << number;
+    }
 }
 
 TEST_F(CommandLineTest, AWrongFeatureIsToldWithThoseThatThereAre)

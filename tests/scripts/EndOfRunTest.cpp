@@ -5,16 +5,7 @@ namespace scripts {
 namespace {
 
 /// Stops, restarts and deletions: the StopFcn runs once for each run, whatever the timing.
-class EndOfRunTest : public ScriptTest {
-protected:
-    void expectOutput(const std::string& script, const std::string& output)
-    {
-        const Outcome outcome = run(script);
-        EXPECT_EQ(outcome.out, output);
-        EXPECT_EQ(outcome.err, "");
-        EXPECT_EQ(outcome.status, 0);
-    }
-};
+class EndOfRunTest : public ScriptTest { };
 
 TEST_F(EndOfRunTest, StoppedBeforeItFiresATimerRunsStartFcnAndStopFcn)
 {
@@ -111,32 +102,6 @@ print(starts, stops)
         "200\t200\n");
 }
 
-TEST_F(EndOfRunTest, ARestartFromACallbackBeginsWhenTheCallbackHasEnded)
-{
-    expectOutput(R"(
-local runs = 0
-local t = timer {
-  StartDelay = 0.001,
-  TimerFcn = function(t)
-    runs = runs + 1
-    print("TimerFcn", runs)
-    if runs < 3 then t:stop() t:start() print("again", t.Running) end
-  end,
-}
-t:start()
-print(t:wait(), t.TasksExecuted)
-local again = true
-local u = timer {
-  TimerFcn = function() print("TimerFcn") end,
-  StopFcn = function(u) print("StopFcn") if again then again = false u:start() end end,
-}
-u:start()
-print(u:wait())
-)",
-        "TimerFcn\t1\nagain\ttrue\nTimerFcn\t2\nagain\ttrue\nTimerFcn\t3\ntrue\t1\n"
-        "TimerFcn\nStopFcn\nTimerFcn\nStopFcn\ntrue\n");
-}
-
 TEST_F(EndOfRunTest, DeletingARunningTimerRunsItsStopFcnBeforeItReturns)
 {
     expectOutput(R"(
@@ -175,23 +140,6 @@ c:wait()
 print(#timers())
 )",
         "d\tTimerFcn\nb\tStopFcn\nd\tStopFcn\nend of callback\na\tStopFcn\nc\tTimerFcn\nc\tStopFcn\n2\n");
-}
-
-TEST_F(EndOfRunTest, ExitFromAScriptStopsItsTimers)
-{
-    const Outcome outcome = run(R"(
-local t = timer { StartDelay = 60, TimerFcn = print, StopFcn = function() print("StopFcn") end }
-t:start()
-pcall(os.exit, 7)
-print("not reached")
-)");
-
-    EXPECT_EQ(outcome.out, "StopFcn\n");
-    EXPECT_EQ(outcome.err, "");
-    EXPECT_EQ(outcome.status, 7);
-    EXPECT_EQ(run("os.exit(true)").status, 0);
-    EXPECT_EQ(run("os.exit(false)").status, 1);
-    EXPECT_EQ(run("timer { TimerFcn = function() os.exit(3) end }:start()").status, 3);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <boost/filesystem.hpp>
 
+#include <algorithm>
 #include <cstdio>
 #include <regex>
 
@@ -52,6 +53,37 @@ TEST_F(ExamplesTest, Tour)
     expectLines("tour.lua",
         { " T s  start returned", " T s  StartFcn of tour", " T s  TimerFcn, run 1", " T s  StopFcn",
             " T s  wait returned true; the timer has run 1 time" });
+}
+
+/// What README.md reads in the records, in the order in which it comes.
+TEST_F(ExamplesTest, LateCallback)
+{
+    for (const std::string mode : { "SingleShot", "FixedSpacing", "FixedDelay", "FixedRate" }) {
+        const Outcome outcome = tovrin({ "run", "--log", "tovrintimer::TimerScheduler=4",
+            std::string(TOVRIN_EXAMPLES "/") + "late_callback.lua", mode });
+
+        std::vector<std::string> beats;
+        for (const std::string& line : lines(outcome.err)) {
+            const bool isOfBeat
+                = line.ends_with("0000000000000002") || line.find("0000000000000002 for") < line.size();
+            EXPECT_TRUE(std::regex_search(line, std::regex("^[0-9]{4}(-[0-9]{2}){2} [0-9:]{8}\\.[0-9]{6} ")))
+                << line;
+            if (isOfBeat && line.find("Request to Start") < line.size()) {
+                beats.emplace_back("due");
+            } else if (isOfBeat && line.find("Transfering") < line.size()) {
+                beats.emplace_back("handed over");
+            } else if (line.ends_with(" beat begins")) {
+                beats.emplace_back("begins");
+            }
+        }
+        // The next one is due before this one begins, or after: that is what the modes differ in.
+        EXPECT_EQ(std::count(beats.begin(), beats.end(), "due"), mode == "SingleShot" ? 1 : 2) << outcome.err;
+        std::erase(beats, "due");
+        const std::vector<std::string> one { "handed over", "begins" };
+        const std::vector<std::string> two { "handed over", "begins", "handed over", "begins" };
+        EXPECT_EQ(beats, mode == "SingleShot" ? one : two) << mode << '\n' << outcome.err;
+        EXPECT_EQ(outcome.status, 0);
+    }
 }
 
 TEST_F(ExamplesTest, FailingCallback)
@@ -140,7 +172,7 @@ TEST_F(ExamplesTest, ThereIsNoneThatIsNotRunHere)
 
     EXPECT_THAT(names,
         testing::UnorderedElementsAre("all_modes", "failing_callback", "fixed_delay", "fixed_rate_drop",
-            "fixed_rate_error", "fixed_rate_queue", "fixed_spacing", "stop_before_firing", "tour",
+            "fixed_rate_error", "fixed_rate_queue", "fixed_spacing", "late_callback", "stop_before_firing", "tour",
             "wait_with_limit"));
 }
 

@@ -1,5 +1,4 @@
 #include "tests/scripts/ScriptTest.hpp"
-#include "tests/scripts/platform/Platform.hpp"
 
 namespace scripts {
 
@@ -104,33 +103,6 @@ print(pcall(os.exit, "x"))
 TEST_F(ExitStatusTest, ARefusedCodeDoesNotTakeTheNextInterruption)
 {
     EXPECT_EQ(run("pcall(os.exit, 256) os.exit(7)").status, 7);
-}
-
-/// After Ctrl-C.
-class InterruptedStatusTest : public ScriptTest {
-protected:
-    void SetUp() override
-    {
-        if (const char* reason = platform::whyNoControlC(); reason != nullptr) {
-            GTEST_SKIP() << reason;
-        }
-    }
-};
-
-TEST_F(InterruptedStatusTest, WhateverTheScriptDoesAfterAnInterruptionTheStatusTellsOfIt)
-{
-    for (const char* body : { "os.exit(0)", "os.exit(7)", "error('boom')", "print('StopFcn')" }) {
-        const Outcome outcome = runAndInterrupt(withStopFcn(body) + "print('ready') pause(60)", { "ready" });
-        EXPECT_EQ(outcome.status, 130) << body;
-    }
-}
-
-TEST_F(InterruptedStatusTest, AnInterruptionAfterAnErrorOrACodeIsTold)
-{
-    const std::string busy = withStopFcn("print('ready') while true do end");
-
-    EXPECT_EQ(runAndInterrupt(busy + "error('boom')", { "ready" }).status, 130);
-    EXPECT_EQ(runAndInterrupt(busy + "os.exit(7)", { "ready" }).status, 130);
 }
 
 } // namespace

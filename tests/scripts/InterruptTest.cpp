@@ -32,6 +32,12 @@ t:start()
 pause(0)
 )";
 
+/// Stopped as the script ends, however it ends.
+std::string timerWithStopFcn(const std::string& body)
+{
+    return "timer { StartDelay = 60, TimerFcn = print, StopFcn = function() " + body + " end }:start() ";
+}
+
 TEST_F(InterruptTest, OutputComesLineByLine)
 {
     // Ctrl-C is pressed when the line has come, so it has not waited for the end of the program.
@@ -55,22 +61,6 @@ TEST_F(InterruptTest, GivesUpABusyScriptAlsoInProtectedCalls)
 {
     expectOrderlyEnd(runningTimer + "print('ready') while true do end", "StartFcn\nready\nStopFcn\n");
     expectOrderlyEnd(runningTimer + "print('ready') while true do pcall(function() while true do end end) end",
-        "StartFcn\nready\nStopFcn\n");
-}
-
-TEST_F(InterruptTest, GivesUpABusyCoroutineAndWhoeverResumedIt)
-{
-    expectOrderlyEnd(
-        runningTimer + "coroutine.wrap(function() print('ready') while true do end end)() print('not reached')",
-        "StartFcn\nready\nStopFcn\n");
-}
-
-TEST_F(InterruptTest, GivesUpAnEndlessMessageHandler)
-{
-    expectOrderlyEnd(runningTimer + "xpcall(error, function() print('ready') while true do end end)",
-        "StartFcn\nready\nStopFcn\n");
-    expectOrderlyEnd(
-        runningTimer + "print('ready') xpcall(function() while true do end end, function() while true do end end)",
         "StartFcn\nready\nStopFcn\n");
 }
 
@@ -122,6 +112,22 @@ print("ready")
     EXPECT_EQ(outcome.out, "ready\nstopping\n");
     EXPECT_EQ(outcome.err, "tovrin: interrupted again, leaving at once\n");
     EXPECT_EQ(outcome.status, 130);
+}
+
+TEST_F(InterruptTest, WhateverTheScriptDoesAfterwardsTheStatusTellsOfIt)
+{
+    for (const char* body : { "os.exit(0)", "os.exit(7)", "error('boom')", "print('StopFcn')" }) {
+        const Outcome outcome = runAndInterrupt(timerWithStopFcn(body) + "print('ready') pause(60)", { "ready" });
+        EXPECT_EQ(outcome.status, 130) << body;
+    }
+}
+
+TEST_F(InterruptTest, AfterAnErrorOrACodeTheStatusTellsOfItToo)
+{
+    const std::string busy = timerWithStopFcn("print('ready') while true do end");
+
+    EXPECT_EQ(runAndInterrupt(busy + "error('boom')", { "ready" }).status, 130);
+    EXPECT_EQ(runAndInterrupt(busy + "os.exit(7)", { "ready" }).status, 130);
 }
 
 } // namespace

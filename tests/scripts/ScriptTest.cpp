@@ -57,6 +57,14 @@ Outcome ScriptTest::run(const std::string& script, const Words& options, const W
     return tovrin(words);
 }
 
+void ScriptTest::expectOutput(const std::string& script, const std::string& output, const Words& arguments)
+{
+    const Outcome outcome = run(script, {}, arguments);
+    EXPECT_EQ(outcome.out, output) << script;
+    EXPECT_EQ(outcome.err, "") << script;
+    EXPECT_EQ(outcome.status, 0) << script;
+}
+
 Outcome ScriptTest::runAndInterrupt(const std::string& script, const std::vector<std::string>& afterLines)
 {
     write("script.lua", script);

@@ -31,6 +31,9 @@ protected:
     /// Runs a script.
     Outcome run(const std::string& script, const Words& options = {}, const Words& arguments = {});
 
+    /// Runs a script that is to end well, with this output and no complaint.
+    void expectOutput(const std::string& script, const std::string& output, const Words& arguments = {});
+
     /// Runs a script, and presses Ctrl-C after each of these lines of its output has come.
     Outcome runAndInterrupt(const std::string& script, const std::vector<std::string>& afterLines);
 

@@ -46,46 +46,41 @@ class WaitTest : public ScriptTest { };
 
 TEST_F(WaitTest, AWaitThatIsTooShortSaysSoAndTheTimerGoesOn)
 {
-    const Outcome outcome = run(R"(
+    expectOutput(R"(
 local t = timer { StartDelay = 0.3, TimerFcn = function() print("TimerFcn") end }
 t:start()
 local begin = now()
 print(t:wait(0.05), now() - begin >= 0.05, t.Running)
 print(t:wait())
 print(t:wait(0), t:wait(math.huge))
-)");
-
-    EXPECT_EQ(outcome.out, "false\ttrue\ttrue\nTimerFcn\ntrue\ntrue\ttrue\n");
-    EXPECT_EQ(outcome.status, 0) << outcome.err;
+)",
+        "false\ttrue\ttrue\nTimerFcn\ntrue\ntrue\ttrue\n");
 }
 
 TEST_F(WaitTest, TheProgramServesTimersAfterTheScriptHasEnded)
 {
-    const Outcome outcome = run(R"(
+    expectOutput(R"(
 timer { StartDelay = 0.1, TimerFcn = function() print("TimerFcn") end, StopFcn = function() print("StopFcn") end }:start()
 print("end of script")
-)");
-
-    EXPECT_EQ(outcome.out, "end of script\nTimerFcn\nStopFcn\n");
-    EXPECT_EQ(outcome.status, 0) << outcome.err;
+)",
+        "end of script\nTimerFcn\nStopFcn\n");
 }
 
 TEST_F(WaitTest, PauseIsNeverEarlyAndRunsWhatFallsDue)
 {
-    const Outcome outcome = run(R"(
+    expectOutput(R"(
 timer { Name = "a", StartDelay = 0.02, TimerFcn = function(t) print(t.Name) end }:start()
 local begin = now()
 pause(0.2)
 print(now() - begin >= 0.2)
-)");
-
-    EXPECT_EQ(outcome.out, "a\ntrue\n");
-    EXPECT_EQ(outcome.status, 0) << outcome.err;
+)",
+        "a\ntrue\n");
 }
 
 TEST_F(WaitTest, WaitingInsideACallbackRunsOtherTimersButNeverTheSameOne)
 {
-    const Outcome outcome = run(R"(
+    const std::string once = "outer begins\t1\ninner runs\ninner ended\ttrue\n";
+    expectOutput(R"(
 local inner = timer { Name = "inner", TimerFcn = function(t) print("inner runs") end }
 local depth = 0
 local outer
@@ -102,16 +97,13 @@ outer = timer {
 }
 outer:start()
 outer:wait()
-)");
-
-    const std::string once = "outer begins\t1\ninner runs\ninner ended\ttrue\n";
-    EXPECT_EQ(outcome.out, once + once + once);
-    EXPECT_EQ(outcome.status, 0) << outcome.err;
+)",
+        once + once + once);
 }
 
 TEST_F(WaitTest, ACoroutineMayPauseAndWait)
 {
-    const Outcome outcome = run(R"(
+    expectOutput(R"(
 local t = timer { StartDelay = 0.02, TimerFcn = function() print("TimerFcn") end }
 local co = coroutine.wrap(function()
   t:start()
@@ -119,10 +111,8 @@ local co = coroutine.wrap(function()
   coroutine.yield("yielded")
 end)
 print(co())
-)");
-
-    EXPECT_EQ(outcome.out, "TimerFcn\nwaited\ttrue\nyielded\n");
-    EXPECT_EQ(outcome.status, 0) << outcome.err;
+)",
+        "TimerFcn\nwaited\ttrue\nyielded\n");
 }
 
 } // namespace

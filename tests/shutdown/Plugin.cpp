@@ -1,9 +1,8 @@
 // The part of a process that has a host and timers.
 
 #include "embedded_host/engine/Engine.hpp"
-#include "embedded_host/log/LogMasks.hpp"
 #include "embedded_host/log/LogSinks.hpp"
-#include "embedded_host/process/ProcessScope.hpp"
+#include "embedded_host/services/ProcessScope.hpp"
 #include "host/foundation/log/basic_diagnostic_logger.hpp"
 #include "timer_src/main/TimerInfo.hpp"
 #include "timer_src/main/TimerScheduler.hpp"

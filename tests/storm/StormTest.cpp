@@ -1,4 +1,4 @@
-#include "embedded_host/process/ProcessScope.hpp"
+#include "embedded_host/services/ProcessScope.hpp"
 #include "tests/library/TimerSchedulerPeer.hpp"
 #include "tests/storm/Accounts.hpp"
 #include "tests/storm/Options.hpp"

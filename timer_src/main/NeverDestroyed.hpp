@@ -21,7 +21,7 @@ public:
     ~NeverDestroyed() = default;
 
     T& operator*() const { return *m_object; }
-    T* operator->() const { return m_object; }
+    T* operator->() const noexcept { return m_object; }
 
 private:
     T* const m_object;

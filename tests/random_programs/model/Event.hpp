@@ -6,6 +6,9 @@
 
 namespace random_programs {
 
+/// Times are printed in whole microseconds: a difference of two of them may be off by as much.
+inline constexpr double grain = 0.000002;
+
 /// What a timer tells of itself.
 struct Reading {
     std::string running; ///< "true", "false", "deleted", or "-" where there is no timer

@@ -10,9 +10,6 @@ namespace random_programs {
 
 namespace {
 
-/// Times are printed in whole microseconds.
-constexpr double grain = 0.000002;
-
 bool isPump(const Event& event)
 {
     return event.what == "pause" || event.what == "wait";

@@ -7,13 +7,6 @@
 
 namespace random_programs {
 
-namespace {
-
-/// Times are printed in whole microseconds.
-constexpr double grain = 0.000002;
-
-} // namespace
-
 std::shared_ptr<Run> TimerModel::begin(const Event& event)
 {
     require(

@@ -1,6 +1,6 @@
 #include "tests/random_programs/run/Runner.hpp"
 
-#include "embedded_host/script/ScriptRunner.hpp"
+#include "embedded_host/timers/ScriptRunner.hpp"
 #include "tests/random_programs/run/File.hpp"
 
 #include <unistd.h>

@@ -2,7 +2,7 @@
 
 #include "tests/simulation/model/Records.hpp"
 #include "tests/simulation/model/Statistics.hpp"
-#include "tests/simulation/program/Script.hpp"
+#include "tests/simulation/program/Program.hpp"
 #include "timer_src/main/WorkItem.hpp"
 
 #include <map>

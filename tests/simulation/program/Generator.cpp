@@ -1,4 +1,4 @@
-#include "tests/simulation/program/Script.hpp"
+#include "tests/simulation/program/Program.hpp"
 
 #include <cmath>
 #include <limits>
@@ -110,36 +110,36 @@ Step randomStep(Choices& choices, bool byCallback, int actor, int timers)
 
 } // namespace
 
-Script randomScript(Choices& choices)
+Program randomProgram(Choices& choices)
 {
-    Script script;
-    script.schedule = choices.below(1'000'000'000);
-    Random weather(script.schedule);
-    script.weather = randomWeather(weather);
-    script.timerPpe = !choices.oneIn(4);
-    script.logs = choices.oneIn(25);
-    script.settle = choices.oneOf({ 0.0, 3.0, 20.0, 60.0 });
-    script.ending = choices.oneOf({ Ending::StopAll, Ending::StopAll, Ending::StopAll, Ending::CleanupWhileRunning,
-        Ending::CleanupAtOnce, Ending::DestroyWhileRunning });
+    Program program;
+    program.schedule = choices.below(1'000'000'000);
+    Random weather(program.schedule);
+    program.weather = randomWeather(weather);
+    program.timerPpe = !choices.oneIn(4);
+    program.logs = choices.oneIn(25);
+    program.settle = choices.oneOf({ 0.0, 3.0, 20.0, 60.0 });
+    program.ending = choices.oneOf({ Ending::StopAll, Ending::StopAll, Ending::StopAll,
+        Ending::CleanupWhileRunning, Ending::CleanupAtOnce, Ending::DestroyWhileRunning });
 
     const int timers = static_cast<int>(choices.oneIn(10) ? 1 + choices.below(20) : 1 + choices.below(4));
     for (int timer = 0; timer < timers; ++timer) {
-        script.timers.push_back(randomTimer(choices));
+        program.timers.push_back(randomTimer(choices));
     }
     const int hosts = static_cast<int>(1 + choices.below(3));
     for (int host = 0; host < hosts; ++host) {
         const auto steps = 2 + choices.below(static_cast<std::uint64_t>(14 + timers));
         // Without a start little happens.
-        script.steps.push_back({ false, host, Verb::Start, host % timers, 0.0 });
+        program.steps.push_back({ false, host, Verb::Start, host % timers, 0.0 });
         for (std::uint64_t number = 0; number < steps; ++number) {
-            script.steps.push_back(randomStep(choices, false, host, timers));
+            program.steps.push_back(randomStep(choices, false, host, timers));
         }
     }
     for (std::uint64_t number = choices.below(12); number > 0; --number) {
         const auto actor = static_cast<int>(choices.below(static_cast<std::uint64_t>(timers)));
-        script.steps.push_back(randomStep(choices, true, actor, timers));
+        program.steps.push_back(randomStep(choices, true, actor, timers));
     }
-    return script;
+    return program;
 }
 
 } // namespace simulation

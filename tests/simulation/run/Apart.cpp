@@ -145,10 +145,10 @@ std::optional<std::string> runApart(
     return text;
 }
 
-Verdict simulateApart(const Script& script, const RunOptions& options)
+Verdict simulateApart(const Program& program, const RunOptions& options)
 {
     std::string how;
-    const auto text = runApart([&] { return pack(simulate(script, options)); }, 120, &how);
+    const auto text = runApart([&] { return pack(simulate(program, options)); }, 120, &how);
     if (text) {
         return unpack(*text);
     }
@@ -157,12 +157,12 @@ Verdict simulateApart(const Script& script, const RunOptions& options)
     return verdict;
 }
 
-std::optional<std::uint64_t> findSchedule(const Script& script, const std::string& gistOfFailure)
+std::optional<std::uint64_t> findSchedule(const Program& program, const std::string& gistOfFailure)
 {
     constexpr std::uint64_t most = 400;
-    const auto attempt = [&script](std::uint64_t number) {
-        Script candidate = script;
-        candidate.schedule = number == 0 ? script.schedule : number;
+    const auto attempt = [&program](std::uint64_t number) {
+        Program candidate = program;
+        candidate.schedule = number == 0 ? program.schedule : number;
         return candidate;
     };
     for (std::uint64_t number = 0; number < most; ++number) {
@@ -204,7 +204,7 @@ void runSeeds(Progress& progress, std::uint64_t from, std::uint64_t to, unsigned
     for (std::uint64_t seed = from; seed < to; seed += step) {
         progress.seed = seed;
         alarm(120);
-        const Verdict verdict = simulate(scriptOf(seed));
+        const Verdict verdict = simulate(programOf(seed));
         ++progress.seeds;
         progress.steps += verdict.steps;
         if (verdict.failed()) {

@@ -13,11 +13,11 @@ namespace simulation {
 std::optional<std::string> runApart(
     const std::function<std::string()>& function, unsigned int seconds, std::string* how = nullptr);
 
-/// Simulates a script in a child process: it may fail, crash or hang.
-Verdict simulateApart(const Script& script, const RunOptions& options = {});
+/// Simulates a program in a child process: it may fail, crash or hang.
+Verdict simulateApart(const Program& program, const RunOptions& options = {});
 
-/// Looks for a seed of the schedule, the script's own first, under which it fails with this gist.
-std::optional<std::uint64_t> findSchedule(const Script& script, const std::string& gistOfFailure);
+/// Looks for a seed of the schedule, the program's own first, under which it fails with this gist.
+std::optional<std::uint64_t> findSchedule(const Program& program, const std::string& gistOfFailure);
 
 struct Batch {
     std::uint64_t seeds = 0; ///< that have been run

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tests/simulation/kernel/Kernel.hpp"
-#include "tests/simulation/program/Script.hpp"
+#include "tests/simulation/program/Program.hpp"
 
 #include <cstdint>
 #include <functional>
@@ -13,12 +13,12 @@ namespace simulation {
 /// What a failure is about, without the circumstances: its first line, without numbers.
 std::string gist(const std::string& failure);
 
-/// Looks for a seed of the schedule under which a script fails with this gist.
+/// Looks for a seed of the schedule under which a program fails with this gist.
 using FindSchedule
-    = std::function<std::optional<std::uint64_t>(const Script& script, const std::string& gistOfFailure)>;
+    = std::function<std::optional<std::uint64_t>(const Program& program, const std::string& gistOfFailure)>;
 
-/// Makes a script that fails shorter, as long as it fails with the same gist. Where a step is left out the threads
-/// meet differently, so that each shorter script is tried under several seeds of the schedule.
-Script shrink(const Script& script, const std::string& failure, const FindSchedule& find);
+/// Makes a program that fails shorter, as long as it fails with the same gist. Where a step is left out the
+/// threads meet differently, so that each shorter program is tried under several seeds of the schedule.
+Program shrink(const Program& program, const std::string& failure, const FindSchedule& find);
 
 } // namespace simulation

@@ -1,7 +1,7 @@
 #include "tests/simulation/run/Simulation.hpp"
 
-#include "embedded_host/log/LogMasks.hpp"
-#include "embedded_host/process/ProcessScope.hpp"
+#include "embedded_host/log/LogSinks.hpp"
+#include "embedded_host/services/ProcessScope.hpp"
 #include "tests/recording_host/Journal.hpp"
 #include "tests/recording_host/LogCapture.hpp"
 #include "tests/simulation/host/Host.hpp"
@@ -21,11 +21,11 @@ using tovrintimer::TimerScheduler;
 
 namespace {
 
-Kernel::Options kernelOptions(const Script& script, const RunOptions& options)
+Kernel::Options kernelOptions(const Program& program, const RunOptions& options)
 {
     Kernel::Options all;
-    all.seed = script.schedule;
-    all.weather = script.weather;
+    all.seed = program.schedule;
+    all.weather = program.weather;
     all.trace = options.trace;
     all.stepLimit = options.stepLimit;
     return all;
@@ -65,18 +65,18 @@ private:
     std::optional<recording::LogCapture> m_capture;
 };
 
-/// One run of one script.
+/// One run of one program.
 class Play {
 public:
-    Play(const Script& script, const RunOptions& options)
-        : m_script(script)
-        , m_kernel(kernelOptions(script, options))
+    Play(const Program& program, const RunOptions& options)
+        : m_program(program)
+        , m_kernel(kernelOptions(program, options))
         , m_model(m_kernel)
-        , m_host(m_kernel, m_model, script.timerPpe)
-        , m_stage(m_kernel, m_model, m_host, script.timers)
-        , m_callbackSteps(script.timers.size())
+        , m_host(m_kernel, m_model, program.timerPpe)
+        , m_stage(m_kernel, m_model, m_host, program.timers)
+        , m_callbackSteps(program.timers.size())
     {
-        for (const Step& step : script.steps) {
+        for (const Step& step : program.steps) {
             if (step.byCallback) {
                 m_callbackSteps[static_cast<std::size_t>(step.actor)].push_back(step);
             }
@@ -100,9 +100,9 @@ private:
     void hostThread(int number);
     void callback(int slot);
     void afterError(int slot, int timer, WorkKind kind);
-    const TimerSpec& spec(int slot) const { return m_script.timers[static_cast<std::size_t>(slot)]; }
+    const TimerSpec& spec(int slot) const { return m_program.timers[static_cast<std::size_t>(slot)]; }
 
-    const Script& m_script;
+    const Program& m_program;
     Kernel m_kernel;
     Model m_model;
     Host m_host;
@@ -115,18 +115,18 @@ void Play::main()
 {
     m_stage.setUp();
     m_host.startEngine();
-    for (int number = 0; number < m_script.hostThreads(); ++number) {
+    for (int number = 0; number < m_program.hostThreads(); ++number) {
         m_hostThreads.push_back(
             m_kernel.spawn("host-" + std::to_string(number), [this, number] { hostThread(number); }));
     }
-    if (m_script.ending != Ending::CleanupAtOnce) {
+    if (m_program.ending != Ending::CleanupAtOnce) {
         joinHosts();
     }
-    m_kernel.sleepFor(nanoseconds(m_script.settle));
-    if (m_script.ending == Ending::StopAll) {
+    m_kernel.sleepFor(nanoseconds(m_program.settle));
+    if (m_program.ending == Ending::StopAll) {
         stopAll();
     }
-    if (m_script.ending != Ending::DestroyWhileRunning) {
+    if (m_program.ending != Ending::DestroyWhileRunning) {
         cleanUp();
     }
     joinHosts();
@@ -175,7 +175,7 @@ void Play::finish()
 {
     {
         const Doing doing("stop the engine");
-        m_host.stopEngine(m_script.ending == Ending::DestroyWhileRunning ? Host::Tasks::Drop : Host::Tasks::Run);
+        m_host.stopEngine(m_program.ending == Ending::DestroyWhileRunning ? Host::Tasks::Drop : Host::Tasks::Run);
     }
     destroyScope();
     m_host.dropTasks();
@@ -196,7 +196,7 @@ void Play::destroyScope()
 
 void Play::hostThread(int number)
 {
-    for (const Step& step : m_script.steps) {
+    for (const Step& step : m_program.steps) {
         if (!step.byCallback && step.actor == number) {
             m_stage.perform(step);
         }
@@ -235,10 +235,10 @@ void Play::afterError(int slot, int timer, WorkKind kind)
 
 } // namespace
 
-Verdict simulate(const Script& script, const RunOptions& options)
+Verdict simulate(const Program& program, const RunOptions& options)
 {
-    auto logs = std::make_unique<Logs>(script.logs);
-    auto play = std::make_unique<Play>(script, options);
+    auto logs = std::make_unique<Logs>(program.logs);
+    auto play = std::make_unique<Play>(program, options);
     Verdict verdict = play->run();
     if (verdict.failed()) {
         // Threads stand in the midst of it: it stays as it is until the process ends.
@@ -248,10 +248,10 @@ Verdict simulate(const Script& script, const RunOptions& options)
     return verdict;
 }
 
-Script scriptOf(std::uint64_t seed)
+Program programOf(std::uint64_t seed)
 {
     Random choices(seed);
-    return randomScript(choices);
+    return randomProgram(choices);
 }
 
 } // namespace simulation

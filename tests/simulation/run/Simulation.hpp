@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tests/simulation/kernel/Kernel.hpp"
-#include "tests/simulation/program/Script.hpp"
+#include "tests/simulation/program/Program.hpp"
 
 namespace simulation {
 
@@ -10,12 +10,12 @@ struct RunOptions {
     std::uint64_t stepLimit = 1'000'000;
 };
 
-/// Runs a script in the simulation, with the library and the host, and holds it against the model.
+/// Runs a program in the simulation, with the library and the host, and holds it against the model.
 ///
 /// After a failure nothing more can be simulated in this process.
-Verdict simulate(const Script& script, const RunOptions& options = {});
+Verdict simulate(const Program& program, const RunOptions& options = {});
 
-/// The script of a seed.
-Script scriptOf(std::uint64_t seed);
+/// The program of a seed.
+Program programOf(std::uint64_t seed);
 
 } // namespace simulation

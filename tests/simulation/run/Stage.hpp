@@ -2,7 +2,7 @@
 
 #include "tests/simulation/host/Host.hpp"
 #include "tests/simulation/model/Model.hpp"
-#include "tests/simulation/program/Script.hpp"
+#include "tests/simulation/program/Program.hpp"
 
 #include <memory>
 #include <vector>
@@ -11,7 +11,7 @@ namespace simulation {
 
 Moment nanoseconds(double milliseconds);
 
-/// The timers of a script, and what its steps do to them. Each timer has a slot, where another may take its place
+/// The timers of a program, and what its steps do to them. Each timer has a slot, where another may take its place
 /// once it has been destroyed.
 class Stage {
 public:

@@ -12,22 +12,22 @@
 
 namespace {
 
-using simulation::Script;
+using simulation::Program;
 using simulation::Verdict;
 
 constexpr const char* usage = R"(Usage: simulation --seeds FROM..TO [--jobs N]
        simulation --seed N [--trace] [--shrink] [--print]
-       simulation --script FILE [--trace] [--shrink]
+       simulation --program FILE [--trace] [--shrink]
 
 Runs random programs on the library in virtual time, and holds what happens against a model of its rules.
 
-  --seeds FROM..TO  all seeds from FROM to TO; the first that fails is run again, and shrunk to a short script
+  --seeds FROM..TO  all seeds from FROM to TO; the first that fails is run again, and shrunk to a short program
   --jobs N          in so many processes; default: one for each processor
   --seed N          one seed
-  --script FILE     a script, as printed for a seed that failed; - for the standard input
+  --program FILE    a program, as printed for a seed that failed; - for the standard input
   --trace           prints each step
-  --shrink          if it fails, prints the shortest script found that fails alike
-  --print           prints the script of the seed, and does not run it
+  --shrink          if it fails, prints the shortest program found that fails alike
+  --print           prints the program of the seed, and does not run it
 
 The exit status is 0 if nothing failed, 1 if something did, 2 for wrong usage.
 )";
@@ -47,7 +47,7 @@ std::uint64_t number(std::string_view text)
 }
 
 struct Arguments {
-    std::string what; ///< "--seeds", "--seed" or "--script"
+    std::string what; ///< "--seeds", "--seed" or "--program"
     std::string value;
     unsigned int jobs = std::max(1U, std::thread::hardware_concurrency());
     bool trace = false;
@@ -60,7 +60,7 @@ Arguments parse(int argc, char** argv)
     Arguments arguments;
     for (int i = 1; i < argc; ++i) {
         const std::string name = argv[i];
-        const bool takesValue = name == "--seeds" || name == "--seed" || name == "--script" || name == "--jobs";
+        const bool takesValue = name == "--seeds" || name == "--seed" || name == "--program" || name == "--jobs";
         if (takesValue && i + 1 == argc) {
             throw WrongUsage(name + " needs a value");
         }
@@ -80,7 +80,7 @@ Arguments parse(int argc, char** argv)
         }
     }
     if (arguments.what.empty()) {
-        throw WrongUsage("--seeds, --seed or --script is missing");
+        throw WrongUsage("--seeds, --seed or --program is missing");
     }
     return arguments;
 }
@@ -100,23 +100,23 @@ std::string readFile(const std::string& name)
     return text.str();
 }
 
-void printShorter(const Script& script, const std::string& failure)
+void printShorter(const Program& program, const std::string& failure)
 {
     std::cout << "\nshrinking ..." << std::endl;
-    const Script shorter = simulation::shrink(script, failure, simulation::findSchedule);
-    std::cout << simulateApart(shorter).failure << "\n\nthe script, for --script:\n" << toText(shorter);
+    const Program shorter = simulation::shrink(program, failure, simulation::findSchedule);
+    std::cout << simulateApart(shorter).failure << "\n\nthe program, for --program:\n" << toText(shorter);
 }
 
-int runOne(const Script& script, const Arguments& arguments)
+int runOne(const Program& program, const Arguments& arguments)
 {
     simulation::RunOptions options;
     options.trace = arguments.trace;
-    const Verdict verdict = simulateApart(script, options);
+    const Verdict verdict = simulateApart(program, options);
     std::cout << verdict.trace;
     if (verdict.failed()) {
         std::cout << "failed: " << verdict.failure << '\n';
         if (arguments.shrink) {
-            printShorter(script, verdict.failure);
+            printShorter(program, verdict.failure);
         }
         return 1;
     }
@@ -140,14 +140,14 @@ int runSeeds(const Arguments& arguments)
     if (!batch.failedSeed) {
         return 0;
     }
-    const Script script = simulation::scriptOf(*batch.failedSeed);
-    const Verdict verdict = simulateApart(script);
+    const Program program = simulation::programOf(*batch.failedSeed);
+    const Verdict verdict = simulateApart(program);
     if (!verdict.failed()) {
         std::cout << "seed " << *batch.failedSeed << " failed, or one before it, but not by itself\n";
         return 1;
     }
     std::cout << "seed " << *batch.failedSeed << " failed: " << verdict.failure << '\n';
-    printShorter(script, verdict.failure);
+    printShorter(program, verdict.failure);
     return 1;
 }
 
@@ -160,13 +160,13 @@ int main(int argc, char** argv)
         if (arguments.what == "--seeds") {
             return runSeeds(arguments);
         }
-        const Script script = arguments.what == "--seed" ? simulation::scriptOf(number(arguments.value))
-                                                         : simulation::fromText(readFile(arguments.value));
+        const Program program = arguments.what == "--seed" ? simulation::programOf(number(arguments.value))
+                                                           : simulation::fromText(readFile(arguments.value));
         if (arguments.print) {
-            std::cout << toText(script);
+            std::cout << toText(program);
             return 0;
         }
-        return runOne(script, arguments);
+        return runOne(program, arguments);
     } catch (const WrongUsage& error) {
         std::cerr << error.what() << '\n' << usage;
         return 2;

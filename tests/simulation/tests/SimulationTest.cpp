@@ -11,11 +11,11 @@ namespace simulation {
 
 namespace {
 
-std::string traceOf(const Script& script)
+std::string traceOf(const Program& program)
 {
     RunOptions options;
     options.trace = true;
-    const Verdict verdict = simulateApart(script, options);
+    const Verdict verdict = simulateApart(program, options);
     EXPECT_EQ(verdict.failure, "");
     return verdict.trace;
 }
@@ -23,39 +23,39 @@ std::string traceOf(const Script& script)
 TEST(SimulationTest, TheSameSeedGivesTheSameTraceByteForByte)
 {
     for (std::uint64_t seed = 1; seed <= 60; ++seed) {
-        const std::string trace = traceOf(scriptOf(seed));
+        const std::string trace = traceOf(programOf(seed));
         EXPECT_GT(trace.size(), 1000U);
-        ASSERT_EQ(traceOf(scriptOf(seed)), trace) << "seed " << seed;
+        ASSERT_EQ(traceOf(programOf(seed)), trace) << "seed " << seed;
     }
 }
 
 TEST(SimulationTest, WhatRanBeforeInTheProcessDoesNotShowInATrace)
 {
-    const Script script = scriptOf(11);
+    const Program program = programOf(11);
     RunOptions options;
     options.trace = true;
     const auto second = runApart(
         [&] {
-            simulate(scriptOf(5));
-            return simulate(script, options).trace;
+            simulate(programOf(5));
+            return simulate(program, options).trace;
         },
         60);
-    EXPECT_EQ(second.value_or(""), traceOf(script));
+    EXPECT_EQ(second.value_or(""), traceOf(program));
 }
 
 TEST(SimulationTest, AnotherScheduleGivesAnotherTrace)
 {
-    Script script = scriptOf(4);
-    const std::string trace = traceOf(script);
-    ++script.schedule;
-    EXPECT_NE(traceOf(script), trace);
+    Program program = programOf(4);
+    const std::string trace = traceOf(program);
+    ++program.schedule;
+    EXPECT_NE(traceOf(program), trace);
 }
 
 TEST(SimulationTest, AReplayOfTheTextGivesTheSameTrace)
 {
     for (std::uint64_t seed = 1; seed <= 20; ++seed) {
-        const Script script = scriptOf(seed);
-        ASSERT_EQ(traceOf(fromText(toText(script))), traceOf(script)) << "seed " << seed;
+        const Program program = programOf(seed);
+        ASSERT_EQ(traceOf(fromText(toText(program))), traceOf(program)) << "seed " << seed;
     }
 }
 
@@ -68,12 +68,12 @@ TEST(SimulationTest, ALongListOfSeedsStopsAtTheFirstThatFails)
 }
 
 /// 100 timers of all modes, with periods of 1 to 100 s, for so many hours.
-Script longRun(double hours)
+Program longRun(double hours)
 {
-    Script script;
-    script.schedule = 42;
-    script.weather.switches = 20;
-    script.settle = hours * 3'600'000;
+    Program program;
+    program.schedule = 42;
+    program.weather.switches = 20;
+    program.settle = hours * 3'600'000;
     for (int timer = 0; timer < 100; ++timer) {
         TimerSpec spec;
         spec.settings.mode = static_cast<std::size_t>(1 + timer % 3);
@@ -82,10 +82,10 @@ Script longRun(double hours)
         spec.settings.tasks = 10'000'000;
         spec.settings.hasStop = timer % 4 == 0;
         spec.lasts = timer % 5;
-        script.timers.push_back(spec);
-        script.steps.push_back({ false, 0, Verb::Start, timer, 0.0 });
+        program.timers.push_back(spec);
+        program.steps.push_back({ false, 0, Verb::Start, timer, 0.0 });
     }
-    return script;
+    return program;
 }
 
 TEST(SimulationTest, ADayOfAHundredTimersTakesLessThanHalfAMinute)

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <exception>
+#include <string>
+
+namespace tovrinhost {
+
+/// Tells of errors on standard error, and remembers that there were any.
+///
+/// Threading: one thread at a time.
+class ErrorReport {
+public:
+    /// Writes "tovrin: error in <where>: <message>", and the traceback where the error has one, all with control
+    /// characters written out. Indented lines of a message stay lines, as where `require` lists what it tried.
+    /// \returns the message as it is
+    std::string report(const std::string& where, const std::exception_ptr& error);
+    std::string report(const std::string& where, const std::exception& error);
+
+    bool hasErrors() const { return m_hasErrors; }
+
+private:
+    bool m_hasErrors = false;
+};
+
+} // namespace tovrinhost

@@ -1,0 +1,258 @@
+#include "embedded_host/timers/ScriptRun.hpp"
+
+#include "embedded_host/timers/ErrorReport.hpp"
+#include "embedded_host/values/ObjectArray.hpp"
+#include "timer_src/main/TimerScheduler.hpp"
+
+#include <stdexcept>
+#include <utility>
+
+namespace tovrinhost {
+
+using tovrintimer::ExecutionMode;
+using tovrintimer::TimerInfo;
+using tovrintimer::TimerScheduler;
+
+ScriptRun::ScriptRun(
+    const TimerSurroundings& surroundings, Owner& owner, std::uint64_t number, TimerSettings settings)
+    : m_surroundings(surroundings)
+    , m_owner(&owner)
+    , m_number(number)
+    , m_settings(std::move(settings))
+    , m_mode(m_settings.executionMode)
+    , m_count(m_settings.taskCount())
+    , m_startFcnComes(m_settings.hasStartFcn)
+    , m_tasksWanted(m_settings.taskCount())
+    , m_busyModeWanted(m_settings.busyMode)
+{
+}
+
+void ScriptRun::begin()
+{
+    m_state = m_settings.hasStartFcn ? State::Starting : State::Running;
+    m_engine = std::make_shared<TimerEngine>(
+        m_surroundings.engine, std::weak_ptr<TimerTaskListener>(weak_from_this()), m_surroundings.maxBacklog);
+    m_timer = std::make_shared<TimerInfo>(makeObjectArray(m_number), m_engine, m_interruptState);
+    m_timer->setNumOfTasksToExecute(m_settings.taskCount());
+    m_timer->setBusyMode(static_cast<std::size_t>(m_settings.busyMode));
+    applySettings();
+    try {
+        TimerScheduler::getPerTOVRINProcessInstance()->createAndStartWork(m_timer);
+    } catch (...) {
+        m_engine->close(0);
+        m_state = State::Ended;
+        m_timer->setActivationStatus(false);
+        throw;
+    }
+}
+
+void ScriptRun::change(const TimerSettings& settings)
+{
+    m_hasNewStopFcn = m_hasNewStopFcn || (settings.hasStopFcn && !m_settings.hasStopFcn);
+    m_settings = settings;
+    if (isUnderWay()) {
+        applySettings();
+    }
+}
+
+void ScriptRun::applySettings()
+{
+    m_settings.applyTo(*m_timer);
+    m_timer->setStopFcnIsEmpty(!m_settings.hasStopFcn);
+    m_tasksWanted = m_settings.taskCount();
+    m_busyModeWanted = m_settings.busyMode;
+    if (m_mode != ExecutionMode::FixedRate) { // there, the dispatching thread does it
+        m_timer->setNumOfTasksToExecute(m_settings.taskCount());
+    }
+}
+
+void ScriptRun::stop()
+{
+    if (!isUnderWay()) {
+        return;
+    }
+    // A started timer has its StartFcn run before its StopFcn, however soon it is stopped.
+    m_engine->close(m_state == State::Starting ? 1 : 0);
+    m_state = State::Ending;
+    TimerScheduler::getPerTOVRINProcessInstance()->forceStopWorkAndScheduleStopFcn(m_timer);
+    goOn();
+}
+
+void ScriptRun::finishForOwnerThatLeaves()
+{
+    stop();
+    if (std::exchange(m_isOverrun, false)) {
+        askForErrorFcn(false); // within the StopFcn, behind which it was to come
+    }
+    m_engine->runPending();
+    m_engine->close(0);
+    forgetOwner();
+    goOn();
+}
+
+TaskMark ScriptRun::taskComes()
+{
+    if (m_mode != ExecutionMode::FixedRate) {
+        return TaskMark::None;
+    }
+    const std::lock_guard lock(m_countMutex);
+    if (std::exchange(m_startFcnComes, false) || m_count.left() == 0) {
+        return TaskMark::None;
+    }
+    // The library asks for the busy mode twice, and loses a callback where it becomes Queue in between: not here.
+    m_timer->setBusyMode(static_cast<std::size_t>(m_busyModeWanted.load()));
+    // The library counts as soon as this task has been handed over, on this thread, and by the same number.
+    const std::uint64_t wanted = m_tasksWanted;
+    m_timer->setNumOfTasksToExecute(wanted);
+    m_count.count(wanted);
+    return m_count.left() == 0 ? TaskMark::Last : TaskMark::Expected;
+}
+
+void ScriptRun::callbackBegins(const std::string& callback, TaskMark mark)
+{
+    if (callback == "StartFcn" && m_state == State::Starting) {
+        m_state = State::Running;
+    } else if (callback == "TimerFcn") {
+        if (m_mode == ExecutionMode::FixedDelay) {
+            const std::lock_guard lock(m_countMutex);
+            m_count.count(m_tasksWanted); // as the library has just done
+            mark = m_count.left() == 0 ? TaskMark::Last : TaskMark::Expected;
+        }
+        m_isLastTimerFcn = mark == TaskMark::Last;
+    } else if (callback == "StopFcn") {
+        m_stopFcnHasBegun = true;
+        if (isUnderWay()) {
+            m_state = State::Ending;
+            if (mark != TaskMark::None) {
+                noteOverrun();
+            }
+        }
+    }
+}
+
+void ScriptRun::taskEnds(const std::string& callback, const std::exception_ptr& error) noexcept
+{
+    try {
+        if (error) {
+            callbackFailed(callback, error);
+        } else if (callback == "TimerFcn" && m_isLastTimerFcn) {
+            timerFcnsAreOver();
+        }
+        goOn();
+    } catch (const std::exception& problem) {
+        m_surroundings.errors.report(label(), problem);
+    }
+}
+
+void ScriptRun::timerFcnsAreOver()
+{
+    if (!isUnderWay()) {
+        return;
+    }
+    if (!m_settings.hasStopFcn) {
+        m_engine->close(0);
+        m_state = State::Ending;
+    } else if (m_hasNewStopFcn || !m_timer->getIsRunning()) {
+        stop(); // the library may have decided when there was none
+    }
+}
+
+void ScriptRun::noteOverrun()
+{
+    m_isOverrun = true;
+    report(
+        label(), std::runtime_error("callback of " + label() + " was still running when its next run fell due"));
+}
+
+void ScriptRun::goOn()
+{
+    if (m_engine->isInTask() || m_engine->pending() > 0) {
+        return;
+    }
+    if (isUnderWay() && !m_timer->getIsRunning()) {
+        if (m_mode == ExecutionMode::FixedRate && !m_isLastTimerFcn) {
+            noteOverrun();
+        }
+        timerFcnsAreOver();
+    }
+    if (m_state == State::Ending && std::exchange(m_isOverrun, false)) {
+        askForErrorFcn(false);
+    }
+    if (m_state == State::Ending && m_engine->pending() == 0) {
+        end();
+    }
+}
+
+void ScriptRun::callbackFailed(const std::string& callback, const std::exception_ptr& error)
+{
+    if (m_surroundings.engine->loop().interruption() != Interruption::None) {
+        return; // the callback was given up, and the timer is about to be stopped
+    }
+    report(callback + " of " + label(), error);
+    if (callback != "ErrorFcn" && callback != "StopFcn") {
+        runFails();
+    }
+}
+
+void ScriptRun::hasStopped() noexcept
+{
+    try {
+        goOn();
+    } catch (const std::exception& problem) {
+        m_surroundings.errors.report(label(), problem);
+    }
+}
+
+void ScriptRun::backlogExceeded() noexcept
+{
+    try {
+        if (!isUnderWay()) {
+            return;
+        }
+        report(label(),
+            std::runtime_error("more than " + std::to_string(m_surroundings.maxBacklog)
+                + " of its callbacks are waiting to run (the limit is set by --max-backlog); the timer is "
+                  "stopped"));
+        runFails();
+        goOn();
+    } catch (const std::exception& problem) {
+        m_surroundings.errors.report(label(), problem);
+    }
+}
+
+template <typename Error> void ScriptRun::report(const std::string& where, const Error& error)
+{
+    const std::string text = m_surroundings.errors.report(where, error);
+    if (m_owner != nullptr) {
+        m_owner->errorReported(text);
+    }
+}
+
+void ScriptRun::runFails()
+{
+    if (m_owner == nullptr) {
+        return; // deleted: there is nothing left to call
+    }
+    m_engine->close(0);
+    m_state = State::Ending;
+    askForErrorFcn(!m_stopFcnHasBegun);
+}
+
+void ScriptRun::askForErrorFcn(bool alsoStopFcn)
+{
+    m_timer->setErrorFcnIsEmpty(!m_settings.hasErrorFcn);
+    TimerScheduler::getPerTOVRINProcessInstance()->forceScheduleOfErrorFcn(m_timer, alsoStopFcn);
+}
+
+void ScriptRun::end()
+{
+    m_state = State::Ended;
+    if (m_timer->getIsRunning()) {
+        m_timer->setActivationStatus(false); // what the scheduler may still hold for it ends silently
+    }
+    if (m_owner != nullptr) {
+        m_owner->runEnded();
+    }
+}
+
+} // namespace tovrinhost

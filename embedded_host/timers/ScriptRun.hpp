@@ -1,0 +1,150 @@
+#pragma once
+
+#include "embedded_host/engine/Engine.hpp"
+#include "embedded_host/engine/TimerEngine.hpp"
+#include "embedded_host/timers/TaskCount.hpp"
+#include "embedded_host/timers/TimerSettings.hpp"
+
+#include <atomic>
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace tovrinhost {
+
+class ErrorReport;
+
+/// What all timers of a script share.
+struct TimerSurroundings {
+    const std::shared_ptr<Engine> engine;
+    ErrorReport& errors;
+    const std::size_t maxBacklog; ///< how many callbacks of one timer may wait at most
+    bool isEnding = false; ///< the program is about to end: no run begins any more
+};
+
+/// One run of a script's timer: from its start until nothing of it is left.
+///
+/// It has a library timer and an engine of its own, and each of its tasks carries that engine. So nothing that the
+/// scheduler may still bring for an earlier run reaches a later one.
+///
+///     Starting ----> Running ----> Ending ----> Ended
+///
+/// Starting: the StartFcn waits, until it begins.
+///   stop:    drops what waits behind the StartFcn, asks for the StopFcn; Ending.
+/// Running, until a stop, an error, the StopFcn begins, or the last TimerFcn has ended and there is no StopFcn.
+///   stop:    drops what waits, asks for the StopFcn; Ending.
+///   error in StartFcn or TimerFcn: drops what waits, asks for ErrorFcn and StopFcn; Ending.
+/// Ending: what the end calls for waits or runs, until nothing waits and nothing runs.
+///   stop:    nothing.
+///   error in StartFcn or TimerFcn: as in Running, but for a StopFcn that has begun.
+/// Ended: nothing comes of anything any more.
+///
+/// What the library leaves to its host:
+/// - In fixed delay and fixed rate it decides before the last callback whether a StopFcn follows, and that one may
+///   assign it. So the run counts along, and asks itself for a StopFcn that was not there from the start.
+/// - After a contention in busy mode Error it says nothing. It shows in a StopFcn that comes while callbacks are
+///   still to come, or without a StopFcn in a timer that has stopped before its time. The ErrorFcn that follows is
+///   asked for by the run, so that the library is told of none meanwhile.
+///
+/// Threading: the interpreter thread, but for `taskComes`.
+/// Lifetime: shared by its timer and, while it runs, by the running task.
+class ScriptRun final : public TimerTaskListener, public std::enable_shared_from_this<ScriptRun> {
+public:
+    /// The timer that the run belongs to.
+    class Owner {
+    public:
+        /// An error of the run has been reported.
+        virtual void errorReported(const std::string& error) = 0;
+
+        /// Nothing of the run is left.
+        virtual void runEnded() = 0;
+
+    protected:
+        ~Owner() = default;
+    };
+
+    /// \param number by which the engine finds the script's object
+    ScriptRun(const TimerSurroundings& surroundings, Owner& owner, std::uint64_t number, TimerSettings settings);
+
+    /// Once, before anything else.
+    /// \throws whatever keeps the library from starting the timer; the run has ended then
+    void begin();
+
+    /// New settings, in force from the next callback.
+    void change(const TimerSettings& settings);
+
+    void stop();
+
+    /// Ends it at once, with all callbacks that the end calls for run before this returns, nested in whatever is
+    /// running. The owner hears no more; errors of a callback that is still running are reported.
+    void finishForOwnerThatLeaves();
+
+    /// The owner is not there any more.
+    void forgetOwner() { m_owner = nullptr; }
+
+    /// Whether it can be stopped.
+    bool isUnderWay() const { return m_state == State::Starting || m_state == State::Running; }
+
+    /// What the script is told: also while the StopFcn has been asked for and has not begun.
+    bool isRunning() const { return m_state != State::Ended && m_timer->getIsRunning(); }
+
+    bool isEnded() const { return m_state == State::Ended; }
+
+    /// Whether this is called from within one of its callbacks.
+    bool isInTask() const { return m_engine->isInTask(); }
+
+    const tovrintimer::TimerInfo& statistics() const { return *m_timer; }
+
+private:
+    enum class State { Starting, Running, Ending, Ended };
+
+    TaskMark taskComes() override;
+    void callbackBegins(const std::string& callback, TaskMark mark) override;
+    void taskEnds(const std::string& callback, const std::exception_ptr& error) noexcept override;
+    void hasStopped() noexcept override;
+    void backlogExceeded() noexcept override;
+
+    std::string label() const { return "timer \"" + m_settings.name + "\""; }
+    void applySettings();
+    void timerFcnsAreOver();
+    void noteOverrun();
+    void callbackFailed(const std::string& callback, const std::exception_ptr& error);
+    void runFails();
+    template <typename Error> void report(const std::string& where, const Error& error);
+    void askForErrorFcn(bool alsoStopFcn);
+
+    /// Looks what is to come of itself, once nothing waits and nothing runs: the run's end, or its ErrorFcn.
+    void goOn();
+    void end();
+
+    const TimerSurroundings& m_surroundings;
+    Owner* m_owner; // null once it has left
+    const std::uint64_t m_number;
+    TimerSettings m_settings; // before all that is initialised from them
+    const tovrintimer::ExecutionMode m_mode; // also for the dispatching thread
+
+    // The library keeps a reference to it, so it stands before the library's timer, and goes after it. The
+    // interrupt state that it is for comes from the queue manager instead.
+    const std::shared_ptr<InterruptStateData> m_interruptState;
+
+    std::shared_ptr<TimerEngine> m_engine;
+    std::shared_ptr<tovrintimer::TimerInfo> m_timer;
+    State m_state = State::Starting;
+    bool m_isLastTimerFcn = false; // of the TimerFcn that began last
+    bool m_hasNewStopFcn = false; // assigned during the run
+    bool m_stopFcnHasBegun = false;
+    bool m_isOverrun = false; // the ErrorFcn is to follow the StopFcn
+
+    // The dispatching thread counts, in fixed rate, while the interpreter thread asks for the end.
+    std::mutex m_countMutex;
+    TaskCount m_count; // guarded by m_countMutex, like the next
+    bool m_startFcnComes; // with the next task
+
+    // For the dispatching thread.
+    std::atomic<std::uint64_t> m_tasksWanted;
+    std::atomic<tovrintimer::BusyMode> m_busyModeWanted;
+};
+
+} // namespace tovrinhost

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "embedded_host/engine/Engine.hpp"
+#include "embedded_host/timers/ErrorReport.hpp"
+#include "embedded_host/timers/TimerSet.hpp"
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tovrinhost {
+
+/// Runs a script, then serves its timers until none runs any more.
+///
+/// Threading: `interrupt`, any thread. Everything else, one thread, which is not the interpreter's.
+class ScriptRunner {
+public:
+    /// \param maxBacklog how many callbacks of one timer may wait at most
+    explicit ScriptRunner(std::size_t maxBacklog);
+    ScriptRunner(const ScriptRunner&) = delete;
+    ScriptRunner& operator=(const ScriptRunner&) = delete;
+
+    /// Shuts the engine down, and the process-wide scheduler with it.
+    ~ScriptRunner();
+
+    /// \returns the exit status of the program, by the first of these that holds:
+    ///          - what `interrupt` was given first, or 130 if a program that the script ran was ended by Ctrl-C;
+    ///          - what the script gave to os.exit last, wherever it did, if that is not 0 (success);
+    ///          - 1 if the script or a callback failed, at whatever time;
+    ///          - 0
+    int run(const std::string& path, const std::vector<std::string>& arguments);
+
+    /// Gives up what is running; `run` then stops all timers, StopFcn included, and returns.
+    /// \param status what `run` returns then
+    void interrupt(int status);
+
+private:
+    /// \returns whether it ran to its end
+    bool runScript(Interpreter& interpreter, const std::string& path, const std::vector<std::string>& arguments);
+
+    /// Notes an interruption that the script itself has met with.
+    void noteInterruption();
+
+    // In this order: the timers hold on to both.
+    const std::shared_ptr<Engine> m_engine;
+    ErrorReport m_errors;
+    TimerSet m_timers;
+
+    int m_exitCode = 0; ///< the latest that the script gave
+
+    // Shared without a lock.
+    std::atomic<int> m_interruptedStatus { 0 }; ///< 0 while there was no interruption
+};
+
+} // namespace tovrinhost

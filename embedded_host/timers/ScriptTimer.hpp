@@ -1,0 +1,89 @@
+#pragma once
+
+#include "embedded_host/engine/EventLoop.hpp"
+#include "embedded_host/timers/ScriptRun.hpp"
+#include "embedded_host/timers/TimerSettings.hpp"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace tovrinhost {
+
+/// A timer object of a script: its settings, and its runs one after the other.
+///
+/// Each start that is accepted gives one run, with its StartFcn first and its StopFcn last. Where an earlier run
+/// has not ended yet, the new one begins as soon as it has.
+///
+/// Threading: the interpreter thread only.
+/// Lifetime: a deleted timer is an empty shell that tells so.
+class ScriptTimer final : private ScriptRun::Owner {
+public:
+    /// \param number by which the engine finds the script's object
+    ScriptTimer(const TimerSurroundings& surroundings, std::uint64_t number, TimerSettings settings);
+    ScriptTimer(const ScriptTimer&) = delete;
+    ScriptTimer& operator=(const ScriptTimer&) = delete;
+    ~ScriptTimer();
+
+    const TimerSettings& settings() const { return m_settings; }
+    std::uint64_t number() const { return m_number; }
+
+    /// Puts new settings in force; those of a running timer at its next callback.
+    void change(TimerSettings settings);
+
+    /// Does nothing once the program is about to end.
+    /// \throws std::logic_error if a run is under way; whatever keeps the library from starting it, in which case
+    ///         the timer stays stopped
+    void start();
+
+    /// Ends the run; the StopFcn follows. Does nothing on a stopped timer. A run that was accepted and has not
+    /// begun is stopped as it begins.
+    void stop();
+
+    /// Stops it for the end of the program: what has not begun is taken back.
+    void stopForGood();
+
+    /// Pumps the event loop until the timer is quiet.
+    /// \returns false if `deadline` came first
+    /// \throws std::logic_error from within one of the timer's own callbacks; Interrupted
+    bool wait(const EventLoop::Deadline& deadline);
+
+    /// Stops the timer, with the callbacks that this calls for run before it returns, and gives everything back.
+    void destroy();
+
+    bool isDeleted() const { return m_life == Life::Deleted; }
+    bool isRunning() const;
+
+    /// Whether it neither runs nor has a callback or a run to come.
+    bool isQuiet() const { return m_runsToCome == 0 && (!m_run || m_run->isEnded()); }
+
+    // Of the latest run.
+    double tasksExecuted() const;
+    double instantPeriod() const;
+    double averagePeriod() const;
+    const std::optional<std::string>& lastError() const { return m_lastError; }
+
+private:
+    enum class Life { Live, BeingDeleted, Deleted };
+
+    void errorReported(const std::string& error) override { m_lastError = error; }
+    void runEnded() override;
+    bool isStartAccepted() const { return m_runsToCome > 0 && !m_stopsTheLastToCome; }
+    void beginWhatIsToCome();
+    void beginRun();
+
+    const TimerSurroundings& m_surroundings;
+    const std::uint64_t m_number;
+    TimerSettings m_settings;
+    Life m_life = Life::Live;
+    std::shared_ptr<ScriptRun> m_run; // the latest; null before the first, and once deleted
+    std::optional<std::string> m_lastError; // of the latest run
+
+    // Accepted, and not begun. All but the last have been stopped already.
+    std::size_t m_runsToCome = 0;
+    bool m_stopsTheLastToCome = false;
+    bool m_begins = false; // while `beginWhatIsToCome` is at it
+};
+
+} // namespace tovrinhost

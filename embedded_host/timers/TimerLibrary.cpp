@@ -1,0 +1,120 @@
+#include "embedded_host/timers/TimerLibrary.hpp"
+
+#include "embedded_host/engine/LuaArrays.hpp"
+#include "embedded_host/engine/LuaFunction.hpp"
+#include "embedded_host/timers/TimerObject.hpp"
+#include "embedded_host/timers/TimerProperties.hpp"
+
+#include <lauxlib.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+
+namespace tovrinhost {
+
+namespace {
+
+/// What the library has the engine evaluate for each callback: finds the function and calls it.
+constexpr const char* timercb = R"lua(
+local wallClock = ...
+return function(object, callback, _, event)
+  event.Time = wallClock()
+  local fcn = object[callback]
+  if fcn then
+    fcn(object, event)
+  end
+end
+)lua";
+
+/// Seconds since 1970, with their fraction.
+int wallClock(lua_State* state)
+{
+    const auto time = std::chrono::system_clock::now().time_since_epoch();
+    lua_pushnumber(state, std::chrono::duration<double>(time).count());
+    return 1;
+}
+
+/// timers()
+int liveTimers(lua_State* state)
+{
+    const auto& timers = timersOf(state).all();
+    lua_createtable(state, static_cast<int>(timers.size()), 0);
+    lua_Integer place = 0;
+    for (const auto& timer : timers) {
+        pushLuaObject(state, static_cast<lua_Integer>(timer->number()));
+        lua_rawseti(state, -2, ++place);
+    }
+    return 1;
+}
+
+/// pause(seconds)
+int pause(lua_State* state)
+{
+    const EventLoop::Deadline deadline = deadlineArgument(state, 1, "pause: the time");
+    const Interpreter::Nested nested(state, "pause");
+    timersOf(state).engine().loop().runUntil(
+        EventLoop::State::Pumping, [] { return false; }, deadline);
+    return 0;
+}
+
+/// now()
+int monotonicSeconds(lua_State* state)
+{
+    // Counted from the first call, so that the seconds have many digits behind the point.
+    static const auto start = EventLoop::Clock::now();
+    lua_pushnumber(state, std::chrono::duration<double>(EventLoop::Clock::now() - start).count());
+    return 1;
+}
+
+int exitCodeArgument(lua_State* state)
+{
+    if (lua_isnoneornil(state, 1)) {
+        return EXIT_SUCCESS;
+    }
+    if (lua_isboolean(state, 1)) {
+        return lua_toboolean(state, 1) != 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    }
+    constexpr lua_Integer largest = 255; // what every system hands on
+    int isWhole = 0;
+    const lua_Integer code = lua_tointegerx(state, 1, &isWhole);
+    if (lua_type(state, 1) != LUA_TNUMBER || isWhole == 0 || code < 0 || code > largest) {
+        throw std::invalid_argument("os.exit: the code is " + describeValue(state, 1)
+            + ", but must be a whole number from 0 to 255, or a boolean");
+    }
+    return static_cast<int>(code);
+}
+
+/// os.exit([code]). Upvalue: where the code goes.
+int leave(lua_State* state)
+{
+    *static_cast<int*>(lua_touserdata(state, lua_upvalueindex(1))) = exitCodeArgument(state);
+    Engine& engine = timersOf(state).engine();
+    if (engine.loop().interruption() == Interruption::None) {
+        engine.interrupt(Interruption::Exit);
+    }
+    throw Interrupted();
+}
+
+} // namespace
+
+void openTimerLibrary(Interpreter& interpreter, TimerSet& timers, int& exitCode)
+{
+    interpreter.protect([&](lua_State* state) {
+        openTimerObjects(state, timers);
+        lua_register(state, "timer", luaFunction<newTimerObject>);
+        lua_register(state, "timers", luaFunction<liveTimers>);
+        lua_register(state, "pause", luaFunction<pause>);
+        lua_register(state, "now", luaFunction<monotonicSeconds>);
+
+        lua_getglobal(state, "os");
+        lua_pushlightuserdata(state, &exitCode);
+        lua_pushcclosure(state, luaFunction<leave>, 1);
+        lua_setfield(state, -2, "exit");
+        return 0;
+    });
+    interpreter.define("timercb", timercb, luaFunction<wallClock>);
+}
+
+} // namespace tovrinhost

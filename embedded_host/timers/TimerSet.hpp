@@ -1,0 +1,45 @@
+#pragma once
+
+#include "embedded_host/timers/ScriptTimer.hpp"
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace tovrinhost {
+
+/// The timers of a script, from their creation until they are deleted.
+///
+/// Threading: the interpreter thread only.
+class TimerSet {
+public:
+    /// \param maxBacklog how many callbacks of one timer may wait at most
+    TimerSet(std::shared_ptr<Engine> engine, ErrorReport& errors, std::size_t maxBacklog);
+
+    /// Makes a timer. One without a name is called "timer-1", "timer-2", ...
+    std::shared_ptr<ScriptTimer> create(TimerSettings settings);
+
+    /// Deletes a timer, with its StopFcn run before this returns if it was running.
+    void destroy(ScriptTimer& timer);
+
+    /// In the order of their creation.
+    const std::vector<std::shared_ptr<ScriptTimer>>& all() const { return m_timers; }
+
+    /// Serves until no timer runs and no callback is to come.
+    /// \throws Interrupted
+    void runUntilQuiet();
+
+    /// Stops all running timers for good, and serves until their callbacks have run. From now on no run begins.
+    /// \throws Interrupted
+    void stopAll();
+
+    Engine& engine() { return *m_surroundings.engine; }
+
+private:
+    TimerSurroundings m_surroundings;
+    std::vector<std::shared_ptr<ScriptTimer>> m_timers;
+    std::uint64_t m_created = 0;
+    std::uint64_t m_unnamed = 0;
+};
+
+} // namespace tovrinhost
