@@ -1,7 +1,7 @@
 #include "tests/recording_host/World.hpp"
 
 #include "embedded_host/log/LogMasks.hpp"
-#include "embedded_host/process/ProcessScope.hpp"
+#include "embedded_host/services/ProcessScope.hpp"
 #include "tests/recording_host/PlatformDouble.hpp"
 
 #include <utility>
