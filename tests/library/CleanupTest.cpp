@@ -206,19 +206,6 @@ TEST_F(CleanupTest, DestructionWithoutAFastTimerLeavesTheResolutionAlone)
     EXPECT_EQ(recording::timerResolutionEnds(), 0U);
 }
 
-TEST_F(CleanupTest, DestructionDiscardsPendingWork)
-{
-    const auto timer = makeFullTimer();
-    timer->setStartFcnIsEmpty(true);
-    timer->setStartDelay(3'600'000.0);
-    scheduler().createAndStartWork(timer);
-
-    tovrinhost::destroyProcessScope();
-
-    EXPECT_EQ(journal().count("processTovrinTimerTask"), 0U);
-    EXPECT_TRUE(timer->getIsRunning());
-}
-
 } // namespace
 
 } // namespace tovrintimer

@@ -43,20 +43,6 @@ TEST_F(DestroyedTimerTest, QueuedWorkDoesNotKeepItAlive)
     EXPECT_EQ(queue().size(), 1U);
 }
 
-TEST_F(DestroyedTimerTest, AHandedOverTaskFindsItGone)
-{
-    auto timer = makeFullTimer();
-    timer->setStartFcnIsEmpty(true);
-    scheduler().createAndStartWork(timer);
-
-    timer.reset();
-    journal().clearEvents();
-    timerTasks().runAll();
-
-    EXPECT_THAT(everything(), IsEmpty());
-    EXPECT_THAT(queue(), IsEmpty());
-}
-
 TEST_F(DestroyedTimerTest, BeingStoppedByItsLastOwnerItStillGetsItsStopFcnHandedOver)
 {
     auto timer = makeFullTimer();

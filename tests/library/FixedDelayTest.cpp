@@ -16,22 +16,7 @@ protected:
     {
         return makePeriodicTimer(ExecutionMode::FixedDelay, tasks, period);
     }
-
-    const FixedDelayTimerFcnWorkItemHandlerStrategy m_handler {};
 };
-
-TEST_F(FixedDelayTest, TheHandlerHandsTheCallbackOverAndQueuesNothing)
-{
-    keepQueueStill();
-    const auto timer = makeDelayTimer(3);
-    timer->setActivationStatus(true);
-
-    m_handler.handle(periodicItem(timer, 3, 3));
-
-    EXPECT_THAT(story(), ElementsAre(handOver));
-    EXPECT_THAT(queue(), IsEmpty());
-    EXPECT_EQ(timer->getTasksExecuted(), 0.0);
-}
 
 TEST_F(FixedDelayTest, TheNextCallbackIsQueuedBeforeThisOneIsEvaluated)
 {
@@ -64,20 +49,6 @@ TEST_F(FixedDelayTest, TheLastCallbackQueuesTheStopFcnBeforeItIsEvaluated)
     EXPECT_TRUE(timer->getIsRunning());
 }
 
-TEST_F(FixedDelayTest, WithoutStopFcnTheLastCallbackEndsTheRunAfterItReturned)
-{
-    keepQueueStill();
-    const auto timer = makeDelayTimer(1);
-    scheduler().createAndStartWork(timer);
-    journal().clearEvents();
-
-    timerTasks().runNext();
-
-    EXPECT_THAT(story(), ElementsAre(evaluateTimerFcn, wakeUp));
-    EXPECT_FALSE(timer->getIsRunning());
-    EXPECT_THAT(queue(), IsEmpty());
-}
-
 TEST_F(FixedDelayTest, ThePeriodIsMeasuredFromTheStartOfTheCallback)
 {
     keepQueueStill();
@@ -95,34 +66,6 @@ TEST_F(FixedDelayTest, ThePeriodIsMeasuredFromTheStartOfTheCallback)
 
     EXPECT_GE(nextTimerFcn().m_executeAt, before + 1h);
     EXPECT_LE(nextTimerFcn().m_executeAt, atCallback + 1h);
-}
-
-TEST_F(FixedDelayTest, WaitingInTheHostPushesTheScheduleBack)
-{
-    keepQueueStill();
-    const auto timer = makeDelayTimer(2, 1000.0);
-    timer->setActivationStatus(true);
-    const auto item = periodicItem(timer, 2, 2);
-
-    m_handler.handle(item);
-    passTime(300ms);
-    timerTasks().runNext();
-
-    EXPECT_GE(nextTimerFcn().m_executeAt, item.m_executeAt + 1300ms);
-    EXPECT_LE(nextTimerFcn().m_executeAt, now() + 1000ms);
-}
-
-TEST_F(FixedDelayTest, AnItemThatIsLateDoesNotMakeUpForIt)
-{
-    keepQueueStill();
-    const auto timer = makeDelayTimer(2);
-    timer->setActivationStatus(true);
-    const DueTime before = now();
-
-    m_handler.handle(periodicItem(timer, 2, 2, past()));
-    timerTasks().runNext();
-
-    EXPECT_GE(nextTimerFcn().m_executeAt, before + 1h);
 }
 
 TEST_F(FixedDelayTest, ACallbackLongerThanThePeriodIsFollowedByOneThatWaitsInTheHost)
@@ -173,57 +116,6 @@ TEST_F(FixedDelayTest, AnErrorDoesNotEndTheRun)
     EXPECT_THAT(evaluated(), ElementsAre("TimerFcn", "TimerFcn", "TimerFcn", "StopFcn"));
     EXPECT_EQ(timer->getTasksExecuted(), 3.0);
     EXPECT_FALSE(timer->getIsRunning());
-}
-
-TEST_F(FixedDelayTest, ATimerStoppedWhileItsCallbackWaitsInTheHostGetsNoFurtherOne)
-{
-    keepQueueStill();
-    const auto timer = makeDelayTimer(3);
-    scheduler().createAndStartWork(timer);
-
-    scheduler().forceStopWorkAndScheduleStopFcn(timer);
-    timerTasks().runAll();
-
-    EXPECT_THAT(evaluated(), ElementsAre("TimerFcn"));
-    EXPECT_THAT(queue(), IsEmpty());
-}
-
-TEST_F(FixedDelayTest, TheBusyModePlaysNoPartAndNothingIsTraced)
-{
-    keepQueueStill();
-    for (const size_t busyMode : { size_t { 0 }, size_t { 1 }, size_t { 2 }, size_t { 3 } }) {
-        const auto timer = makeDelayTimer(3);
-        timer->setBusyMode(busyMode);
-        journal().clearEvents();
-
-        scheduler().createAndStartWork(timer);
-        runToEnd();
-
-        EXPECT_EQ(timer->getTasksExecuted(), 3.0);
-        EXPECT_THAT(logs("tovrintimer::workHandler"), IsEmpty());
-    }
-}
-
-TEST_F(FixedDelayTest, TheNextItemIsQueuedByTheThreadOfTheCallbackWithARecordOfItsOwn)
-{
-    keepQueueStill();
-    const auto timer = makeDelayTimer(2);
-    timer->setActivationStatus(true);
-    const auto item = periodicItem(timer, 2, 2);
-    m_handler.handle(item);
-    std::thread::id queueing;
-    journal().once("Request to Start Work with Id: ", [&] { queueing = std::this_thread::get_id(); });
-    std::thread::id running;
-
-    std::thread([&] {
-        running = std::this_thread::get_id();
-        timerTasks().runNext();
-    }).join();
-
-    EXPECT_EQ(queueing, running);
-    EXPECT_NE(nextTimerFcn().m_prevCallBackStatus, item.m_prevCallBackStatus);
-    EXPECT_FALSE(nextTimerFcn().m_prevCallBackStatus->hasCompleted);
-    EXPECT_NE(nextTimerFcn().m_sharedTaskCounter, item.m_sharedTaskCounter);
 }
 
 TEST_F(FixedDelayTest, AWholeRunOnTheSchedulerThreadKeepsItsPeriods)

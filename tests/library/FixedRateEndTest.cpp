@@ -166,17 +166,6 @@ TEST_F(FixedRateEndTest, ACallbackThatReturnsAfterItIsCountedEndsTheRunItself)
     EXPECT_EQ(journal().count(wakeUp), 1U);
 }
 
-TEST_F(FixedRateEndTest, TheThreadThatHandedOverMayRunTheCallbackLater)
-{
-    const auto timer = makeRateTimer(1);
-    scheduler().createAndStartWork(timer);
-
-    timerTasks().runNext();
-
-    EXPECT_FALSE(timer->getIsRunning());
-    EXPECT_EQ(journal().count(wakeUp), 1U);
-}
-
 TEST_F(FixedRateEndTest, ACallbackThatIsCountedWhileItRunsEndsTheRunAsItReturns)
 {
     const auto timer = makeRateTimer(1);

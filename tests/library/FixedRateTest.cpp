@@ -64,43 +64,6 @@ TEST_F(FixedRateTest, TheThirdOfThreeDispatchesQueuesTheStopFcnAtOnce)
     EXPECT_TRUE(timer->getIsRunning());
 }
 
-TEST_F(FixedRateTest, WithoutStopFcnTheThirdOfThreeCallbacksEndsTheRunAsItReturns)
-{
-    keepQueueStill();
-    const auto timer = makeRateTimer(3);
-    scheduler().createAndStartWork(timer);
-    timerTasks().runNext();
-    dispatchNext();
-    timerTasks().runNext();
-    dispatchNext();
-    EXPECT_TRUE(timer->getIsRunning());
-    EXPECT_THAT(queue(), IsEmpty());
-    journal().clearEvents();
-
-    timerTasks().runNext();
-
-    EXPECT_THAT(story(), ElementsAre(evaluateTimerFcn, wakeUp));
-    EXPECT_FALSE(timer->getIsRunning());
-}
-
-TEST_F(FixedRateTest, ThePeriodIsMeasuredFromTheDispatchAndNotFromTheDueTime)
-{
-    keepQueueStill();
-    const auto timer = makeRateTimer(3);
-    timer->setActivationStatus(true);
-
-    for (const DueTime due : { past(), farOff(1h) }) {
-        const DueTime before = now();
-        m_handler.handle(periodicItem(timer, 3, 3, due));
-        const DueTime after = now();
-        const auto next = nextTimerFcn();
-        TimerSchedulerPeer::remove(scheduler(), timer->getId());
-
-        EXPECT_GE(next.m_executeAt, before + 1h);
-        EXPECT_LE(next.m_executeAt, after + 1h);
-    }
-}
-
 TEST_F(FixedRateTest, ThePeriodIsReadAfterTheHandOver)
 {
     keepQueueStill();
@@ -117,18 +80,6 @@ TEST_F(FixedRateTest, ThePeriodIsReadAfterTheHandOver)
 
     EXPECT_GE(nextTimerFcn().m_executeAt, handedOver + 1000ms);
     EXPECT_LE(nextTimerFcn().m_executeAt, now() + 1000ms);
-}
-
-TEST_F(FixedRateTest, APeriodOfLessThanAMillisecondIsDueAtTheMomentOfDispatch)
-{
-    keepQueueStill();
-    const auto timer = makeRateTimer(3, 0.9);
-    const DueTime before = now();
-
-    scheduler().createAndStartWork(timer);
-
-    EXPECT_GE(nextTimerFcn().m_executeAt, before);
-    EXPECT_LE(nextTimerFcn().m_executeAt, now());
 }
 
 TEST_F(FixedRateTest, TheRecordOfTheNextItemTellsWhetherTheCallbackHasReturned)

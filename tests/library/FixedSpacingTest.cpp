@@ -14,22 +14,7 @@ protected:
     {
         return makePeriodicTimer(ExecutionMode::FixedSpacing, tasks, period);
     }
-
-    const FixedSpacingTimerFcnWorkItemHandlerStrategy m_handler {};
 };
-
-TEST_F(FixedSpacingTest, TheHandlerHandsTheCallbackOverAndQueuesNothing)
-{
-    keepQueueStill();
-    const auto timer = makeSpacingTimer(3);
-    timer->setActivationStatus(true);
-
-    m_handler.handle(periodicItem(timer, 3, 3));
-
-    EXPECT_THAT(story(), ElementsAre(handOver));
-    EXPECT_THAT(queue(), IsEmpty());
-    EXPECT_EQ(timer->getTasksExecuted(), 0.0);
-}
 
 TEST_F(FixedSpacingTest, TheNextCallbackIsQueuedAfterThisOneHasReturned)
 {
@@ -64,23 +49,6 @@ TEST_F(FixedSpacingTest, TheStopFcnIsQueuedAfterTheSecondOfTwoCallbacksHasReturn
     EXPECT_TRUE(timer->getIsRunning());
 }
 
-TEST_F(FixedSpacingTest, WithoutStopFcnTheSecondOfTwoCallbacksEndsTheRun)
-{
-    keepQueueStill();
-    const auto timer = makeSpacingTimer(2);
-    scheduler().createAndStartWork(timer);
-    timerTasks().runNext();
-    EXPECT_TRUE(timer->getIsRunning());
-    dispatchNext();
-    journal().clearEvents();
-
-    timerTasks().runNext();
-
-    EXPECT_THAT(story(), ElementsAre(evaluateTimerFcn, wakeUp));
-    EXPECT_FALSE(timer->getIsRunning());
-    EXPECT_THAT(queue(), IsEmpty());
-}
-
 TEST_F(FixedSpacingTest, ThePeriodIsMeasuredFromTheEndOfTheCallback)
 {
     keepQueueStill();
@@ -99,23 +67,6 @@ TEST_F(FixedSpacingTest, ThePeriodIsMeasuredFromTheEndOfTheCallback)
     EXPECT_GE(nextTimerFcn().m_executeAt, ended + 1000ms);
     EXPECT_GE(nextTimerFcn().m_executeAt, started + 1400ms);
     EXPECT_LE(nextTimerFcn().m_executeAt, now() + 1000ms);
-}
-
-TEST_F(FixedSpacingTest, TheDueTimeOfTheItemPlaysNoPart)
-{
-    keepQueueStill();
-    const auto timer = makeSpacingTimer(3);
-    timer->setActivationStatus(true);
-
-    for (const DueTime due : { past(), farOff(1h) }) {
-        const DueTime before = now();
-        m_handler.handle(periodicItem(timer, 3, 3, due));
-        timerTasks().runNext();
-        const DueTime next = dueTime(TimerSchedulerPeer::workQueue(scheduler()).take());
-
-        EXPECT_GE(next, before + 1h);
-        EXPECT_LE(next, now() + 1h);
-    }
 }
 
 TEST_F(FixedSpacingTest, CallbacksLongerThanThePeriodNeitherOverlapNorPileUp)
@@ -184,44 +135,6 @@ TEST_F(FixedSpacingTest, ANumberOfTasksThatIsRaisedInTheLastCallbackStillCounts)
     EXPECT_THAT(logs("tovrintimer::WorkItem"), ElementsAre("TasksToExecute changed, affecting callback ctr 1"));
     EXPECT_EQ(timer->getTasksExecuted(), 3.0);
     EXPECT_FALSE(timer->getIsRunning());
-}
-
-TEST_F(FixedSpacingTest, TheBusyModePlaysNoPartAndNothingIsTraced)
-{
-    keepQueueStill();
-    for (const size_t busyMode : { size_t { 0 }, size_t { 1 }, size_t { 2 }, size_t { 3 } }) {
-        const auto timer = makeSpacingTimer(3);
-        timer->setBusyMode(busyMode);
-        journal().clearEvents();
-
-        scheduler().createAndStartWork(timer);
-        runToEnd();
-
-        EXPECT_EQ(timer->getTasksExecuted(), 3.0);
-        EXPECT_THAT(logs("tovrintimer::workHandler"), IsEmpty());
-    }
-}
-
-TEST_F(FixedSpacingTest, TheNextItemIsQueuedByTheThreadOfTheCallbackWithARecordOfItsOwn)
-{
-    keepQueueStill();
-    const auto timer = makeSpacingTimer(2);
-    timer->setActivationStatus(true);
-    const auto item = periodicItem(timer, 2, 2);
-    m_handler.handle(item);
-    std::thread::id queueing;
-    journal().once("Request to Start Work with Id: ", [&] { queueing = std::this_thread::get_id(); });
-    std::thread::id running;
-
-    std::thread([&] {
-        running = std::this_thread::get_id();
-        timerTasks().runNext();
-    }).join();
-
-    EXPECT_EQ(queueing, running);
-    EXPECT_NE(nextTimerFcn().m_prevCallBackStatus, item.m_prevCallBackStatus);
-    EXPECT_FALSE(nextTimerFcn().m_prevCallBackStatus->hasCompleted);
-    EXPECT_NE(nextTimerFcn().m_sharedTaskCounter, item.m_sharedTaskCounter);
 }
 
 } // namespace

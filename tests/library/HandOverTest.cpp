@@ -115,20 +115,6 @@ TEST_F(HandOverTest, ATaskMayRunInsideTheHandOver)
     EXPECT_FALSE(timer->getIsRunning());
 }
 
-TEST_F(HandOverTest, ATaskMayRunOnAnotherThreadBeforeTheHandOverReturns)
-{
-    timerTasks().setRun(TaskRun::OtherThread);
-    const auto timer = makeFullTimer();
-    timer->setStartFcnIsEmpty(true);
-
-    scheduler().createAndStartWork(timer);
-    waitForDispatches(); // the StopFcn
-
-    EXPECT_FALSE(timer->getIsRunning());
-    EXPECT_THAT(timerTasks().errors(), IsEmpty());
-    EXPECT_EQ(journal().count("feval timercb StopFcn"), 1U);
-}
-
 TEST_F(HandOverTest, EachObjectReportsItsWayOnceEvenWhereManyThreadsComeFirst)
 {
     {
@@ -186,17 +172,6 @@ TEST_F(HandOverDeathTest, EachKindOfHandlerReportsOnceInTheProcess)
         report(true), testing::ExitedWithCode(0), "7 PPE, 0 LineHook\n7 PPE, 0 LineHook\n7 PPE, 0 LineHook\n");
     EXPECT_EXIT(
         report(false), testing::ExitedWithCode(0), "0 PPE, 7 LineHook\n0 PPE, 7 LineHook\n0 PPE, 7 LineHook\n");
-}
-
-TEST_F(HandOverTest, TheHandlersReportAtMostOnceInTheProcess)
-{
-    const auto timer = makeFullTimer();
-
-    for (int round = 0; round < 3; ++round) {
-        dispatch(stopFcn(timer), nullptr);
-    }
-
-    EXPECT_LE(journal().count("Timer Running on "), 1U);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "timer_src/main/handlers/Dispatch.hpp"
 
 #include <limits>
+#include <thread>
 
 namespace tovrintimer {
 
@@ -65,7 +66,10 @@ TEST_P(PeriodicModesTest, WithoutStopFcnTheRunEndsOnceItsLastCallbackHasReturned
         EXPECT_THAT(evaluated(), std::vector<std::string>(tasks, "TimerFcn"));
         EXPECT_THAT(running, Each(true));
         EXPECT_FALSE(timer->getIsRunning());
-        EXPECT_EQ(calls().back(), wakeUp);
+        const auto end = story();
+        ASSERT_GE(end.size(), 2U);
+        EXPECT_EQ(end[end.size() - 2], evaluateTimerFcn);
+        EXPECT_EQ(end.back(), wakeUp);
         EXPECT_EQ(journal().count(wakeUp), 1U);
         journal().clear();
     }
@@ -143,6 +147,22 @@ TEST_P(PeriodicModesTest, ANumberOfTasksThatIsReachedAlreadyIsIgnored)
     EXPECT_FALSE(timer->getIsRunning());
 }
 
+TEST_P(PeriodicModesTest, ThePeriodIsNotMeasuredFromTheDueTimeOfTheItem)
+{
+    const auto timer = makeTimerOfMode(3);
+    timer->setActivationStatus(true);
+
+    for (const DueTime due : { past(), farOff(1h) }) {
+        const DueTime before = now();
+        dispatch(periodicItem(timer, 3, 3, due), nullptr);
+        timerTasks().runNext();
+        const DueTime next = dueTime(TimerSchedulerPeer::workQueue(scheduler()).take());
+
+        EXPECT_GE(next, before + 1h);
+        EXPECT_LE(next, now() + 1h);
+    }
+}
+
 TEST_P(PeriodicModesTest, TheRunIsCountedBeforeTheRequestIsMade)
 {
     const auto timer = makeTimerOfMode(2);
@@ -185,53 +205,6 @@ TEST_P(PeriodicModesTest, AStoppedTimerIsHandedOverButNothingFollows)
     EXPECT_THAT(queue(), IsEmpty());
 }
 
-TEST_P(PeriodicModesTest, TheItemOfADestroyedTimerIsDroppedSilently)
-{
-    auto timer = makeTimerOfMode(3);
-    const auto item = periodicItem(timer, 3, 2);
-    timer.reset();
-    journal().clearEvents();
-
-    dispatch(item, nullptr);
-
-    EXPECT_THAT(everything(), IsEmpty());
-    EXPECT_THAT(queue(), IsEmpty());
-}
-
-TEST_P(PeriodicModesTest, ATimerDestroyedBetweenHandOverAndRunIsNotEvaluated)
-{
-    auto timer = makeTimerOfMode(3);
-    scheduler().createAndStartWork(timer);
-    timer.reset();
-    journal().clearEvents();
-
-    timerTasks().runAll();
-
-    EXPECT_THAT(everything(), IsEmpty());
-}
-
-TEST_P(PeriodicModesTest, ATimerDestroyedInItsCallbackLivesUntilTheTaskEnds)
-{
-    auto timer = makeTimerOfMode(3);
-    const std::weak_ptr<TimerInfo> handle = timer;
-    scheduler().createAndStartWork(timer);
-    bool alive = false;
-    journal().once(evaluateTimerFcn, [&] {
-        timer.reset();
-        alive = !handle.expired();
-    });
-
-    timerTasks().runNext();
-
-    EXPECT_TRUE(alive);
-    EXPECT_TRUE(handle.expired());
-    // What was queued while it lived finds it gone.
-    ASSERT_EQ(queue().size(), 1U);
-    journal().clearEvents();
-    dispatchNext();
-    EXPECT_THAT(everything(), IsEmpty());
-}
-
 TEST_P(PeriodicModesTest, ATimerStoppedInItsCallbackGetsItsStopFcnAndNothingElse)
 {
     const auto timer = makeTimerOfMode(3);
@@ -264,33 +237,76 @@ TEST_P(PeriodicModesTest, AnErrorOfTheLastCallbackLeavesARunWithoutStopFcnRunnin
     EXPECT_EQ(journal().count(wakeUp), 0U);
 }
 
-TEST_P(PeriodicModesTest, AnEndlessPeriodMakesAnItemThatIsNeverDue)
-{
-    const auto timer = makeTimerOfMode(3);
-    timer->setPeriod(std::numeric_limits<double>::infinity());
-
-    scheduler().createAndStartWork(timer);
-    timerTasks().runAll();
-
-    EXPECT_EQ(nextTimerFcn().m_executeAt,
-        DueTime(DueTime::duration(std::numeric_limits<std::int64_t>::max() / 1'000'000)));
-}
+const auto nameOfMode = [](const testing::TestParamInfo<ExecutionMode>& mode) {
+    switch (mode.param) {
+    case ExecutionMode::SingleShot:
+        return "SingleShot";
+    case ExecutionMode::FixedSpacing:
+        return "FixedSpacing";
+    case ExecutionMode::FixedDelay:
+        return "FixedDelay";
+    case ExecutionMode::FixedRate:
+        return "FixedRate";
+    }
+    return "Unknown";
+};
 
 INSTANTIATE_TEST_SUITE_P(All, PeriodicModesTest,
-    testing::Values(ExecutionMode::FixedSpacing, ExecutionMode::FixedDelay, ExecutionMode::FixedRate),
-    [](const auto& mode) {
-        switch (mode.param) {
-        case ExecutionMode::SingleShot:
-            return "SingleShot";
-        case ExecutionMode::FixedSpacing:
-            return "FixedSpacing";
-        case ExecutionMode::FixedDelay:
-            return "FixedDelay";
-        case ExecutionMode::FixedRate:
-            return "FixedRate";
-        }
-        return "Unknown";
-    });
+    testing::Values(ExecutionMode::FixedSpacing, ExecutionMode::FixedDelay, ExecutionMode::FixedRate), nameOfMode);
+
+/// The two modes whose tasks count and queue.
+class SelfCountingModesTest : public PeriodicModesTest { };
+
+TEST_P(SelfCountingModesTest, TheDispatchHandsTheCallbackOverAndQueuesNothing)
+{
+    const auto timer = makeTimerOfMode(3);
+    timer->setActivationStatus(true);
+
+    dispatch(periodicItem(timer, 3, 3), nullptr);
+
+    EXPECT_THAT(story(), ElementsAre(handOver));
+    EXPECT_THAT(queue(), IsEmpty());
+    EXPECT_EQ(timer->getTasksExecuted(), 0.0);
+}
+
+TEST_P(SelfCountingModesTest, TheBusyModePlaysNoPartAndNothingIsTraced)
+{
+    for (const size_t busyMode : { size_t { 0 }, size_t { 1 }, size_t { 2 }, size_t { 3 } }) {
+        const auto timer = makeTimerOfMode(3);
+        timer->setBusyMode(busyMode);
+        journal().clearEvents();
+
+        scheduler().createAndStartWork(timer);
+        runToEnd();
+
+        EXPECT_EQ(timer->getTasksExecuted(), 3.0);
+        EXPECT_THAT(logs("tovrintimer::workHandler"), IsEmpty());
+    }
+}
+
+TEST_P(SelfCountingModesTest, TheNextItemIsQueuedByTheThreadOfTheCallbackWithARecordOfItsOwn)
+{
+    const auto timer = makeTimerOfMode(2);
+    timer->setActivationStatus(true);
+    const auto item = periodicItem(timer, 2, 2);
+    dispatch(item, nullptr);
+    std::thread::id queueing;
+    journal().once("Request to Start Work with Id: ", [&] { queueing = std::this_thread::get_id(); });
+    std::thread::id running;
+
+    std::thread([&] {
+        running = std::this_thread::get_id();
+        timerTasks().runNext();
+    }).join();
+
+    EXPECT_EQ(queueing, running);
+    EXPECT_NE(nextTimerFcn().m_prevCallBackStatus, item.m_prevCallBackStatus);
+    EXPECT_FALSE(nextTimerFcn().m_prevCallBackStatus->hasCompleted);
+    EXPECT_NE(nextTimerFcn().m_sharedTaskCounter, item.m_sharedTaskCounter);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, SelfCountingModesTest,
+    testing::Values(ExecutionMode::FixedSpacing, ExecutionMode::FixedDelay), nameOfMode);
 
 using UnknownModeTest = PeriodicTest;
 

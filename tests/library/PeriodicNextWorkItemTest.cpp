@@ -19,12 +19,6 @@ protected:
         return made;
     }
 
-    DueTime dueWithPeriod(double period)
-    {
-        const auto timer = makePeriodicTimer(ExecutionMode::FixedRate, 5, period);
-        return std::get<WorkItem<TimerFcnWork>>(next(timer, 4)).m_executeAt;
-    }
-
     void expectNowPlus(std::chrono::milliseconds span, DueTime due) const
     {
         EXPECT_GE(due, m_before + span);
@@ -62,46 +56,17 @@ TEST_F(PeriodicNextWorkItemTest, FiringImmediatelyMeansDueNowWhateverThePeriod)
     }
 }
 
-TEST_F(PeriodicNextWorkItemTest, FractionsOfAMillisecondAreDroppedFromThePeriod)
+TEST_F(PeriodicNextWorkItemTest, ThePeriodIsAddedAsAnySpanIs)
 {
+    const auto dueWithPeriod = [this](double period) {
+        const auto timer = makePeriodicTimer(ExecutionMode::FixedRate, 5, period);
+        return std::get<WorkItem<TimerFcnWork>>(next(timer, 4)).m_executeAt;
+    };
+
     expectNowPlus(2ms, dueWithPeriod(2.9));
-    expectNowPlus(0ms, dueWithPeriod(0.9));
-    expectNowPlus(0ms, dueWithPeriod(0.0));
-    expectNowPlus(0ms, dueWithPeriod(-0.9));
     expectNowPlus(-1ms, dueWithPeriod(-1.5));
-    expectNowPlus(-1000ms, dueWithPeriod(-1000.0));
-    expectNowPlus(0ms, dueWithPeriod(std::numeric_limits<double>::denorm_min()));
-}
-
-TEST_F(PeriodicNextWorkItemTest, APeriodOfNaNIsNoTime)
-{
-    expectNowPlus(0ms, dueWithPeriod(std::numeric_limits<double>::quiet_NaN()));
-}
-
-TEST_F(PeriodicNextWorkItemTest, AnEndlessPeriodIsDueAtTheEndOfTime)
-{
-    constexpr DueTime endOfTime { DueTime::duration(std::numeric_limits<std::int64_t>::max() / 1'000'000) };
-
-    EXPECT_EQ(dueWithPeriod(std::numeric_limits<double>::infinity()), endOfTime);
-    EXPECT_EQ(dueWithPeriod(std::numeric_limits<double>::max()), endOfTime);
-    EXPECT_EQ(dueWithPeriod(1e13), endOfTime);
-}
-
-TEST_F(PeriodicNextWorkItemTest, APeriodThatTheClockCanHoldIsAddedInFull)
-{
-    expectNowPlus(std::chrono::milliseconds(1'000'000'000'000), dueWithPeriod(1e12)); // 31 years
-}
-
-TEST_F(PeriodicNextWorkItemTest, AHugeNegativePeriodIsDueSinceLongAgo)
-{
-    constexpr std::chrono::milliseconds longest { std::numeric_limits<std::int64_t>::max() / 1'000'000 };
-
-    for (const double period : { -std::numeric_limits<double>::infinity(), -1e300 }) {
-        const DueTime due = dueWithPeriod(period);
-        EXPECT_GE(due, m_before - longest);
-        // Before the clock's epoch, truncation toward zero is a step forward.
-        EXPECT_LE(due, m_after - longest + 1ms);
-    }
+    EXPECT_EQ(dueWithPeriod(std::numeric_limits<double>::infinity()),
+        DueTime(DueTime::duration(std::numeric_limits<std::int64_t>::max() / 1'000'000)));
 }
 
 TEST_F(PeriodicNextWorkItemTest, WithNoneLeftTheStopFcnFollowsAtOnce)

@@ -63,43 +63,55 @@ TEST_F(RunLoopLogTest, TheThreadSaysWhatItDoesFromItsStartToItsEnd)
         }));
 }
 
-TEST_F(RunLoopLogTest, AnEarlierInsertIsLookedAtAnew)
+TEST_F(RunLoopLogTest, WhereAnotherItemIsTheSoonestTheThreadWaitsAnew)
 {
     startAndNoteThread();
     const auto late = makeTimer("late");
     const auto soon = makeTimer("soon");
     scheduler().insertAscendingSorted(timerFcn(late, farOff(1min)));
     waitUntilAsleepWithWork();
-    journal().clearEvents();
+    const auto anew = ElementsAre(looksAnew, "Finished @wait_until condvar", "Requesting lk @run",
+        "Found Work on WorkQueue Waiting @wait_until condvar", looksAndSleeps);
 
+    journal().clearEvents();
     scheduler().insertAscendingSorted(timerFcn(soon, farOff()));
     waitUntilAsleepWithWork();
+    EXPECT_THAT(threadsStory(), anew);
 
-    EXPECT_THAT(threadsStory(),
-        ElementsAre(looksAnew, "Finished @wait_until condvar", "Requesting lk @run",
-            "Found Work on WorkQueue Waiting @wait_until condvar", looksAndSleeps));
+    journal().clearEvents();
+    TimerSchedulerPeer::remove(scheduler(), soon->getId());
+    waitUntilAsleepWithWork();
+    EXPECT_THAT(threadsStory(), anew);
 }
 
-TEST_F(RunLoopLogTest, RemovingTheItemThatIsWaitedForIsLookedAtAnew)
+TEST_F(RunLoopLogTest, WhereTheSoonestItemStaysTheThreadLooksAndSleepsOn)
 {
     startAndNoteThread();
-    const auto first = makeTimer("first");
-    const auto second = makeTimer("second");
-    scheduler().insertAscendingSorted(timerFcn(second, farOff(1min)));
+    const auto soon = makeTimer("soon");
+    const auto late = makeTimer("late");
+    scheduler().insertAscendingSorted(timerFcn(soon, farOff()));
     waitUntilAsleepWithWork();
-    scheduler().insertAscendingSorted(timerFcn(first, farOff()));
-    waitUntilAsleepWithWork(2);
+    const auto expectOneLook = [this] {
+        journal().waitFor(looksAndSleeps);
+        const Lock lock = TimerSchedulerPeer::lock(scheduler());
+        EXPECT_THAT(threadsStory(), ElementsAre(looksAndSleeps));
+    };
+
     journal().clearEvents();
+    scheduler().insertAscendingSorted(timerFcn(late, farOff(5ms)));
+    expectOneLook();
 
-    TimerSchedulerPeer::remove(scheduler(), first->getId());
-    waitUntilAsleepWithWork();
+    journal().clearEvents();
+    TimerSchedulerPeer::remove(scheduler(), makeTimer("none of them")->getId());
+    expectOneLook();
 
-    EXPECT_THAT(threadsStory(),
-        ElementsAre(looksAnew, "Finished @wait_until condvar", "Requesting lk @run",
-            "Found Work on WorkQueue Waiting @wait_until condvar", looksAndSleeps));
+    journal().clearEvents();
+    TimerSchedulerPeer::wake(scheduler());
+    expectOneLook();
+    EXPECT_EQ(queue().size(), 2U);
 }
 
-TEST_F(RunLoopLogTest, RemovingTheOnlyItemLetsTheThreadSleepOutItsWait)
+TEST_F(RunLoopLogTest, WithItsOnlyItemRemovedTheThreadSleepsOutItsWaitWhateverWakesIt)
 {
     startAndNoteThread();
     const auto timer = makeTimer();
@@ -107,11 +119,16 @@ TEST_F(RunLoopLogTest, RemovingTheOnlyItemLetsTheThreadSleepOutItsWait)
     waitUntilAsleepWithWork();
     journal().clearEvents();
 
+    const std::string looks = " @wait_until workQueue.empty() status 1";
     TimerSchedulerPeer::remove(scheduler(), timer->getId());
-    journal().waitFor(" @wait_until workQueue.empty() status 1");
+    journal().waitFor(looks);
+    TimerSchedulerPeer::wake(scheduler());
+    journal().waitFor(looks, 2);
+    TimerSchedulerPeer::wake(scheduler());
+    journal().waitFor(looks, 3);
     const Lock lock = TimerSchedulerPeer::lock(scheduler());
 
-    EXPECT_THAT(threadsStory(), ElementsAre(" @wait_until workQueue.empty() status 1"));
+    EXPECT_THAT(threadsStory(), ElementsAre(looks, looks, looks));
 }
 
 TEST_F(RunLoopLogTest, TheFarDeadlineIsAFixedMomentOfTheSteadyClock)

@@ -90,17 +90,6 @@ TEST_F(RunStatisticsTest, TwoRunsWithinOneMillisecondAreNoTimeApart)
     EXPECT_EQ(timer->getAveragePeriod(), 0.0);
 }
 
-TEST_F(RunStatisticsTest, ATimerThatStartsAgainCountsAfresh)
-{
-    const auto timer = timerWithRunsAt({ 0, 30 });
-
-    scheduler().createAndStartWork(timer);
-
-    EXPECT_EQ(timer->getTasksExecuted(), 0.0);
-    EXPECT_TRUE(std::isnan(timer->getInstantPeriod()));
-    EXPECT_TRUE(std::isnan(timer->getAveragePeriod()));
-}
-
 TEST_F(RunStatisticsTest, AResetLeavesTheTimesOfTheLatestRuns)
 {
     const auto timer = timerWithRunsAt({ 0, 20 });

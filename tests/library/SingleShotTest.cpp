@@ -171,27 +171,6 @@ TEST_F(SingleShotTest, TheItemOfADestroyedTimerIsDroppedSilently)
     EXPECT_THAT(everything(), IsEmpty());
 }
 
-TEST_F(SingleShotTest, ATimerThatIsDestroyedInItsCallbackLivesUntilTheTaskEnds)
-{
-    keepQueueStill();
-    auto timer = makeFullTimer();
-    timer->setStartFcnIsEmpty(true);
-    const std::weak_ptr<TimerInfo> handle = timer;
-    scheduler().createAndStartWork(timer);
-    bool alive = false;
-    journal().once("feval timercb TimerFcn", [&] {
-        timer.reset();
-        alive = !handle.expired();
-    });
-
-    timerTasks().runNext();
-
-    EXPECT_TRUE(alive);
-    EXPECT_TRUE(handle.expired());
-    // It was alive when the StopFcn was queued: that item stays behind, and finds the timer gone.
-    EXPECT_EQ(queue().size(), 1U);
-}
-
 TEST_F(SingleShotTest, AnErrorOfTheCallbackSkipsTheEndOfTheRun)
 {
     keepQueueStill();

@@ -88,40 +88,39 @@ TEST_F(StartTest, FractionsOfAMillisecondAreDropped)
 {
     keepQueueStill();
     const auto timer = makeTimer();
-    timer->setStartDelay(5002.9);
-
-    expectFirstTimerFcnAfter(5002ms, timer);
+    for (const auto& [delay, whole] : { std::pair(5002.9, 5002ms), std::pair(0.9, 0ms) }) {
+        timer->setStartDelay(delay);
+        expectFirstTimerFcnAfter(whole, timer);
+        TimerSchedulerPeer::workQueue(scheduler()).clear();
+    }
 }
 
-TEST_F(StartTest, ADelayOfLessThanAMillisecondIsQueuedAsDueNow)
+TEST_F(StartTest, ADelayThatIsNotPositiveIsBypassedLikeNone)
+{
+    using Limits = std::numeric_limits<double>;
+    const auto timer = makeTimer();
+    for (const double delay : { -1000.0, -Limits::infinity(), Limits::quiet_NaN() }) {
+        timer->setStartDelay(delay);
+        journal().clearEvents();
+
+        scheduler().createAndStartWork(timer);
+
+        EXPECT_THAT(calls(), ElementsAre("processTovrinTimerTask"));
+        EXPECT_THAT(queue(), IsEmpty());
+    }
+}
+
+TEST_F(StartTest, AfterAStartFcnADelayOfMinusInfinityMeansDueSinceEver)
 {
     keepQueueStill();
     const auto timer = makeTimer();
-    timer->setStartDelay(0.9);
-
-    expectFirstTimerFcnAfter(0ms, timer);
-}
-
-TEST_F(StartTest, ANegativeDelayIsBypassedLikeNone)
-{
-    const auto timer = makeTimer();
-    timer->setStartDelay(-1000.0);
+    timer->setStartDelay(-std::numeric_limits<double>::infinity());
+    timer->setStartFcnIsEmpty(false);
 
     scheduler().createAndStartWork(timer);
 
-    EXPECT_THAT(calls(), ElementsAre("processTovrinTimerTask"));
-    EXPECT_THAT(queue(), IsEmpty());
-}
-
-TEST_F(StartTest, ADelayOfNaNIsBypassedLikeNone)
-{
-    const auto timer = makeTimer();
-    timer->setStartDelay(std::numeric_limits<double>::quiet_NaN());
-
-    scheduler().createAndStartWork(timer);
-
-    EXPECT_THAT(calls(), ElementsAre("processTovrinTimerTask"));
-    EXPECT_THAT(queue(), IsEmpty());
+    ASSERT_EQ(queue().size(), 1U);
+    EXPECT_LT(queue()[0].due, now());
 }
 
 TEST_F(StartTest, AnEndlessDelayIsQueuedAtTheEndOfTimeAndTheThreadSleeps)
@@ -144,21 +143,6 @@ TEST_F(StartTest, AnEndlessDelayIsQueuedAtTheEndOfTimeAndTheThreadSleeps)
         EXPECT_THAT(queue(), IsEmpty());
         journal().clearEvents();
     }
-}
-
-TEST_F(StartTest, ADelayOfMinusInfinityIsBypassedAndTheStartFcnsFollowerDueSinceEver)
-{
-    keepQueueStill();
-    const auto timer = makeTimer();
-    timer->setStartDelay(-std::numeric_limits<double>::infinity());
-    scheduler().createAndStartWork(timer);
-    EXPECT_THAT(queue(), IsEmpty());
-
-    timer->setStartFcnIsEmpty(false);
-    scheduler().createAndStartWork(timer);
-
-    ASSERT_EQ(queue().size(), 1U);
-    EXPECT_LT(queue()[0].due, now());
 }
 
 TEST_F(StartTest, TheFirstTimerFcnCountsAllTasksOfTheRun)

@@ -1,7 +1,5 @@
 #include "tests/library/TimerSchedulerPeer.hpp"
 
-#include <algorithm>
-
 namespace tovrintimer {
 
 namespace {
@@ -41,6 +39,11 @@ struct Finish {
     friend auto open(Finish name);
 };
 template struct Opened<Finish, &TimerScheduler::m_finish>;
+
+struct Items {
+    friend auto open(Items name);
+};
+template struct Opened<Items, &WorkQueue::m_items>;
 
 struct Removal {
     friend auto open(Removal name);
@@ -102,14 +105,9 @@ bool TimerSchedulerPeer::isFinishing(TimerScheduler& scheduler)
     return scheduler.*open(Finish());
 }
 
-std::vector<WorkItemVariant> contents(WorkQueue queue)
+const std::vector<WorkItemVariant>& contents(const WorkQueue& queue)
 {
-    std::vector<WorkItemVariant> items;
-    while (!queue.empty()) {
-        items.push_back(queue.take());
-    }
-    std::ranges::reverse(items);
-    return items;
+    return queue.*open(Items());
 }
 
 } // namespace tovrintimer

@@ -6,8 +6,8 @@
 
 namespace tovrintimer {
 
-/// Looks into a scheduler, which shows nobody its queue. The lock is the caller's business, where nothing else is
-/// said.
+/// Looks into a scheduler, which shows its queue to nobody. Where nothing else is said, the lock is the caller's
+/// business.
 class TimerSchedulerPeer {
 public:
     static WorkQueue& workQueue(TimerScheduler& scheduler);
@@ -33,7 +33,7 @@ public:
     static bool isFinishing(TimerScheduler& scheduler);
 };
 
-/// What a queue holds: the item that is to be taken last stands first.
-std::vector<WorkItemVariant> contents(WorkQueue queue);
+/// What a queue holds: the item that is due last stands first.
+const std::vector<WorkItemVariant>& contents(const WorkQueue& queue);
 
 } // namespace tovrintimer

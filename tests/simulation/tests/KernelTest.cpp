@@ -123,14 +123,14 @@ TEST(KernelTest, AMutexAdmitsOneThreadAtATimeUnderEverySchedule)
         options.weather = randomWeather(random);
         Kernel kernel(options);
         int holders = 0;
-        int most = 0;
+        int mostHolders = 0;
         int rounds = 0;
         const Verdict verdict = kernel.run([&] {
             Mutex mutex;
             const auto work = [&] {
                 for (int i = 0; i < 10; ++i) {
                     const std::lock_guard lock(mutex);
-                    most = std::max(most, ++holders);
+                    mostHolders = std::max(mostHolders, ++holders);
                     kernel.point();
                     --holders;
                     ++rounds;
@@ -142,7 +142,7 @@ TEST(KernelTest, AMutexAdmitsOneThreadAtATimeUnderEverySchedule)
             b.join();
         });
         ASSERT_EQ(verdict.failure, "") << "seed " << seed;
-        ASSERT_EQ(most, 1) << "seed " << seed;
+        ASSERT_EQ(mostHolders, 1) << "seed " << seed;
         ASSERT_EQ(rounds, 20) << "seed " << seed;
     }
 }
