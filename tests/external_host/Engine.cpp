@@ -93,11 +93,12 @@ foundation::concurrent::future<std::vector<Array>> Engine::feval(const std::stri
     auto outputs = promise->get_future();
     const auto evaluate = [this, promise, function, arguments, nargout] {
         try {
-            if (nargout != 0) {
-                throw std::invalid_argument(
-                    std::to_string(nargout) + " outputs of " + function + ": there are none");
+            const auto found = m_functions.find(function);
+            if (found == m_functions.end() || nargout != 0) {
+                throw std::invalid_argument("there is no function " + function + " of " + std::to_string(nargout)
+                    + " outputs: functions are those that the engine was made with, and have none");
             }
-            m_functions.at(function)(arguments);
+            found->second(arguments);
             promise->set_value({});
         } catch (...) {
             promise->set_exception(boost::current_exception());
@@ -159,6 +160,7 @@ bool Engine::serve(const std::function<bool()>& isDone, std::chrono::seconds lim
         try {
             task();
         } catch (const std::exception& error) {
+            // Here a host that knows whose task it was calls `forceScheduleOfErrorFcn`.
             std::cerr << "error in a callback: " << error.what() << '\n';
         }
     }

@@ -49,7 +49,7 @@ private:
     bool isOwnThread();
     Task takeNext(std::chrono::steady_clock::time_point deadline);
 
-    const Functions m_functions;
+    const Functions m_functions; // constant
 
     std::mutex m_mutex;
     std::condition_variable m_changed;

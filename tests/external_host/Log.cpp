@@ -16,6 +16,7 @@ namespace {
 using Logger = foundation::log::basic_diagnostic_logger<char>;
 
 thread_local unsigned int depth = 0;
+thread_local std::uint32_t recordSeverity = 0; // of the record that the thread opens
 
 struct Loggers {
     std::mutex mutex;
@@ -70,6 +71,7 @@ basic_diagnostic_logger<char>::basic_diagnostic_logger(const std::string& channe
     , m_mask(~std::uint32_t { 0 })
 {
     m_attributes.insert("Channel", boost::log::attributes::make_constant(m_channel));
+    m_attributes.insert("Severity", boost::log::attributes::make_function([] { return recordSeverity; }));
     m_attributes.insert("Indent", m_indent);
 
     const std::lock_guard lock(loggers().mutex);
@@ -89,7 +91,7 @@ basic_diagnostic_logger<char>::~basic_diagnostic_logger()
 boost::log::record basic_diagnostic_logger<char>::open_record(std::uint32_t severity)
 {
     const std::unique_lock lock(m_lock);
-    m_attributes["Severity"] = boost::log::attributes::make_constant(severity);
+    recordSeverity = severity; // read as the record opens
     return boost::log::core::get()->open_record(m_attributes);
 }
 
