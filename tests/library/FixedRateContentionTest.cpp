@@ -8,12 +8,10 @@ namespace {
 
 constexpr auto inContention = "fetching m_prevCallBackStatus->hasStarted, which is 0 and "
                               "m_prevCallBackStatus->hasCompleted, which is 0 @<time>";
-constexpr auto freeOfContention = "fetching m_prevCallBackStatus->hasStarted, which is 0 and "
-                                  "m_prevCallBackStatus->hasCompleted, which is 1 @<time>";
 constexpr auto dropped = "Contention With previous timerFcn callback, dropping current TimerFcn, and setting next "
                          "TimerFcn to fire immediately";
-constexpr auto failed = "Contention With previous timerFcn callback, dropping current TimerFcn, and setting "
-                        "errorFcn to fire immediately";
+constexpr auto endedInError = "Contention With previous timerFcn callback, dropping current TimerFcn, and setting "
+                              "errorFcn to fire immediately";
 
 /// Runs in which a callback falls due while the one before it has not returned.
 class FixedRateContentionTest : public PeriodicTest {
@@ -182,8 +180,8 @@ TEST_F(FixedRateContentionTest, AnErrorQueuesTheStopFcnAndThenTheErrorFcn)
 
     dispatchNext();
 
-    EXPECT_EQ(
-        story(), std::vector<std::string>({ inContention, failed }) + queueing("StopFcn") + queueing("ErrorFcn"));
+    EXPECT_EQ(story(),
+        std::vector<std::string>({ inContention, endedInError }) + queueing("StopFcn") + queueing("ErrorFcn"));
     const auto queued = queue();
     ASSERT_EQ(queued.size(), 2U);
     // Last due first.
@@ -207,7 +205,8 @@ TEST_F(FixedRateContentionTest, AFailingRunEndsWithItsStopFcnAndItsErrorFcnInThi
     waitForDispatches(3);
 
     EXPECT_THAT(logs("tovrintimer::workHandler"),
-        ElementsAre(inContention, failed, "Requesting StopFcn Processing", "Requesting ErrorFcn Processing"));
+        ElementsAre(
+            inContention, endedInError, "Requesting StopFcn Processing", "Requesting ErrorFcn Processing"));
     timerTasks().runAll();
     EXPECT_THAT(evaluated(), ElementsAre("TimerFcn", "StopFcn", "ErrorFcn"));
     EXPECT_FALSE(timer->getIsRunning());
@@ -224,7 +223,7 @@ TEST_F(FixedRateContentionTest, WithoutStopFcnTheFlagIsClearedBeforeTheErrorFcnI
 
     dispatchNext();
 
-    EXPECT_EQ(story(), std::vector<std::string>({ inContention, failed, wakeUp }) + queueing("ErrorFcn"));
+    EXPECT_EQ(story(), std::vector<std::string>({ inContention, endedInError, wakeUp }) + queueing("ErrorFcn"));
     EXPECT_FALSE(running);
     ASSERT_EQ(queue().size(), 1U);
     EXPECT_EQ(queue()[0].kind, ErrorFcnWork);
@@ -238,7 +237,7 @@ TEST_F(FixedRateContentionTest, WithoutErrorFcnOnlyTheStopFcnIsQueued)
 
     dispatchNext();
 
-    EXPECT_EQ(story(), std::vector<std::string>({ inContention, failed }) + queueing("StopFcn"));
+    EXPECT_EQ(story(), std::vector<std::string>({ inContention, endedInError }) + queueing("StopFcn"));
     ASSERT_EQ(queue().size(), 1U);
     EXPECT_EQ(queue()[0].kind, StopFcnWork);
 }
@@ -250,7 +249,7 @@ TEST_F(FixedRateContentionTest, WithNeitherTheRunJustEnds)
 
     dispatchNext();
 
-    EXPECT_THAT(story(), ElementsAre(inContention, failed, wakeUp));
+    EXPECT_THAT(story(), ElementsAre(inContention, endedInError, wakeUp));
     EXPECT_THAT(queue(), IsEmpty());
     EXPECT_FALSE(timer->getIsRunning());
 }
@@ -266,7 +265,7 @@ TEST_F(FixedRateContentionTest, TheErrorFcnOfAStoppedTimerIsQueuedAndItsStopFcnI
 
     dispatchNext();
 
-    EXPECT_EQ(story(), std::vector<std::string>({ inContention, failed }) + queueing("ErrorFcn"));
+    EXPECT_EQ(story(), std::vector<std::string>({ inContention, endedInError }) + queueing("ErrorFcn"));
     ASSERT_EQ(queue().size(), 1U);
     EXPECT_EQ(queue()[0].kind, ErrorFcnWork);
 }
@@ -327,7 +326,7 @@ TEST_F(FixedRateContentionTest, TheBusyModeIsAskedForAgainOnceContentionIsKnown)
     const auto toError = startBusy(BusyMode::Drop);
     journal().once("fetching", [&] { toError->setBusyMode(static_cast<size_t>(BusyMode::Error)); });
     dispatchNext();
-    EXPECT_THAT(story(), ElementsAre(inContention, failed, wakeUp));
+    EXPECT_THAT(story(), ElementsAre(inContention, endedInError, wakeUp));
     EXPECT_FALSE(toError->getIsRunning());
 }
 

@@ -10,9 +10,6 @@ namespace {
 
 static_assert(std::is_empty_v<FixedRateTimerFcnWorkItemHandlerStrategy>);
 
-constexpr auto freeOfContention = "fetching m_prevCallBackStatus->hasStarted, which is 0 and "
-                                  "m_prevCallBackStatus->hasCompleted, which is 1 @<time>";
-
 /// Runs whose callbacks do not overlap, and runs that queue those that do.
 class FixedRateTest : public PeriodicTest {
 protected:

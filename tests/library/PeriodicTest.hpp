@@ -10,6 +10,8 @@ class PeriodicTest : public LibraryTest {
 protected:
     static constexpr auto handOver = "processTovrinTimerTask";
     static constexpr auto wakeUp = "evalAsync if(1==1), end";
+    static constexpr auto freeOfContention = "fetching m_prevCallBackStatus->hasStarted, which is 0 and "
+                                             "m_prevCallBackStatus->hasCompleted, which is 1 @<time>";
     static constexpr auto evaluateTimerFcn = "feval timercb TimerFcn";
     static constexpr double aLongPeriod = 3'600'000.0;
 

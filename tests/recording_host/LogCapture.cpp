@@ -13,30 +13,26 @@
 
 namespace recording {
 
-namespace {
-
-/// Holds no lock while it consumes: an action may write records of its own.
-class Backend : public boost::log::sinks::basic_sink_backend<boost::log::sinks::concurrent_feeding> {
-public:
-    void consume(const boost::log::record_view& record)
-    {
-        using boost::log::extract_or_default;
-        journal().add({
-            .kind = Kind::Log,
-            .text = extract_or_default<std::string>("Message", record, std::string()),
-            .channel = extract_or_default<std::string>("Channel", record, std::string()),
-            .severity = extract_or_default<std::uint32_t>("Severity", record, std::uint32_t { 0 }),
-            .indent = extract_or_default<unsigned int>("Indent", record, 0U),
-            .file = extract_or_default<std::string>("File", record, std::string()),
-            .line = extract_or_default<int>("Line", record, 0),
-        });
-    }
-};
-
-} // namespace
-
 class LogCapture::Sink {
 public:
+    /// Holds no lock while it consumes: an action may write records of its own.
+    class Backend : public boost::log::sinks::basic_sink_backend<boost::log::sinks::concurrent_feeding> {
+    public:
+        void consume(const boost::log::record_view& record)
+        {
+            using boost::log::extract_or_default;
+            journal().add({
+                .kind = Kind::Log,
+                .text = extract_or_default<std::string>("Message", record, std::string()),
+                .channel = extract_or_default<std::string>("Channel", record, std::string()),
+                .severity = extract_or_default<std::uint32_t>("Severity", record, std::uint32_t { 0 }),
+                .indent = extract_or_default<unsigned int>("Indent", record, 0U),
+                .file = extract_or_default<std::string>("File", record, std::string()),
+                .line = extract_or_default<int>("Line", record, 0),
+            });
+        }
+    };
+
     boost::shared_ptr<boost::log::sinks::unlocked_sink<Backend>> frontend
         = boost::make_shared<boost::log::sinks::unlocked_sink<Backend>>();
 };

@@ -1,6 +1,6 @@
 #include "tests/recording_host/World.hpp"
 
-#include "embedded_host/log/LogMasks.hpp"
+#include "embedded_host/log/LogSinks.hpp"
 #include "embedded_host/services/ProcessScope.hpp"
 #include "tests/recording_host/PlatformDouble.hpp"
 
