@@ -229,45 +229,37 @@ TEST_F(FixedRateContentionTest, WithoutStopFcnTheFlagIsClearedBeforeTheErrorFcnI
     EXPECT_EQ(queue()[0].kind, ErrorFcnWork);
 }
 
-TEST_F(FixedRateContentionTest, WithoutErrorFcnOnlyTheStopFcnIsQueued)
+TEST_F(FixedRateContentionTest, AnErrorQueuesWhatThereIsToRunAndAStopFcnOnlyWhileTheTimerRuns)
 {
     keepQueueStill();
-    const auto timer = startBusy(BusyMode::Error);
-    timer->setStopFcnIsEmpty(false);
+    struct Case {
+        bool hasStopFcn, hasErrorFcn, isRunning;
+        std::vector<std::string> afterTheFailure;
+        std::vector<int> queued;
+    };
+    const Case cases[] = {
+        { true, false, true, queueing("StopFcn"), { StopFcnWork } },
+        { false, false, true, { wakeUp }, {} },
+        { true, true, false, queueing("ErrorFcn"), { ErrorFcnWork } },
+    };
+    for (const Case& given : cases) {
+        const auto timer = startBusy(BusyMode::Error);
+        timer->setStopFcnIsEmpty(!given.hasStopFcn);
+        timer->setErrorFcnIsEmpty(!given.hasErrorFcn);
+        timer->setActivationStatus(given.isRunning);
+        journal().clearEvents();
 
-    dispatchNext();
+        dispatchNext();
 
-    EXPECT_EQ(story(), std::vector<std::string>({ inContention, endedInError }) + queueing("StopFcn"));
-    ASSERT_EQ(queue().size(), 1U);
-    EXPECT_EQ(queue()[0].kind, StopFcnWork);
-}
-
-TEST_F(FixedRateContentionTest, WithNeitherTheRunJustEnds)
-{
-    keepQueueStill();
-    const auto timer = startBusy(BusyMode::Error);
-
-    dispatchNext();
-
-    EXPECT_THAT(story(), ElementsAre(inContention, endedInError, wakeUp));
-    EXPECT_THAT(queue(), IsEmpty());
-    EXPECT_FALSE(timer->getIsRunning());
-}
-
-TEST_F(FixedRateContentionTest, TheErrorFcnOfAStoppedTimerIsQueuedAndItsStopFcnIsNot)
-{
-    keepQueueStill();
-    const auto timer = startBusy(BusyMode::Error);
-    timer->setStopFcnIsEmpty(false);
-    timer->setErrorFcnIsEmpty(false);
-    timer->setActivationStatus(false);
-    journal().clearEvents();
-
-    dispatchNext();
-
-    EXPECT_EQ(story(), std::vector<std::string>({ inContention, endedInError }) + queueing("ErrorFcn"));
-    ASSERT_EQ(queue().size(), 1U);
-    EXPECT_EQ(queue()[0].kind, ErrorFcnWork);
+        EXPECT_EQ(story(), std::vector<std::string>({ inContention, endedInError }) + given.afterTheFailure);
+        std::vector<int> kinds;
+        for (const Queued& queued : queue()) {
+            kinds.push_back(queued.kind);
+        }
+        EXPECT_EQ(kinds, given.queued);
+        EXPECT_EQ(timer->getIsRunning(), given.isRunning && given.hasStopFcn);
+        TimerSchedulerPeer::workQueue(scheduler()).clear();
+    }
 }
 
 TEST_F(FixedRateContentionTest, AfterACallbackThatRaisedAnErrorAFailingTimerEndsAtItsNextItem)

@@ -29,37 +29,52 @@ TEST_F(RunLoopLogTest, TheThreadSaysWhatItDoesFromItsStartToItsEnd)
     waitUntilAsleepWithoutWork(2);
     scheduler().cleanup();
 
-    const std::string run = "void __cdecl tovrintimer::TimerScheduler::run(void)";
-    EXPECT_THAT(threadsStory(),
+    // Severity and indentation, and no such of the calls.
+    std::vector<std::string> said;
+    for (const auto& event : journal().events()) {
+        const bool isOfInterest = event.kind == recording::Kind::Log ? !event.text.starts_with("Timer Running on ")
+                                                                     : event.kind == recording::Kind::Call;
+        if (event.thread == m_thread && isOfInterest) {
+            const std::string prefix = std::to_string(event.severity) + ' ' + std::to_string(event.indent) + ' ';
+            said.push_back(event.kind == recording::Kind::Log ? prefix + plain(event.text) : event.text);
+        }
+        if (event.severity == 32 || event.severity == 64) {
+            EXPECT_EQ(event.file, "timer_src/main/TimerScheduler");
+            EXPECT_EQ(event.line, 352);
+        }
+    }
+    const std::string ordinary = "4 1 ";
+    const std::string detail = "16 1 ";
+    EXPECT_THAT(said,
         testing::ElementsAreArray<std::string>({
-            run,
+            "32 0 void __cdecl tovrintimer::TimerScheduler::run(void)",
             "setCurrentThreadName TimerScheduler",
-            "Requesting lk @run",
-            "waiting forever/large timeout at to execute @<time>",
-            " @wait_until workQueue.empty() status 1",
+            ordinary + "Requesting lk @run",
+            detail + "waiting forever/large timeout at to execute @<time>",
+            detail + " @wait_until workQueue.empty() status 1",
             // the insert
-            looksAnew,
-            "Finished @wait_until condvar",
-            "Requesting lk @run",
-            "Found Work on WorkQueue Waiting @wait_until condvar",
-            looksAndSleeps,
-            looksAndSleeps,
-            "Finished @wait_until condvar",
-            "workQueue size 1",
-            "Do you own lock 1",
-            "Unlocking lk @run with work_until",
-            "Transfering WorkItem callback, with ID <A>",
-            "Requesting SingleShot Processing",
+            detail + looksAnew,
+            detail + "Finished @wait_until condvar",
+            ordinary + "Requesting lk @run",
+            ordinary + "Found Work on WorkQueue Waiting @wait_until condvar",
+            detail + looksAndSleeps,
+            detail + looksAndSleeps,
+            detail + "Finished @wait_until condvar",
+            detail + "workQueue size 1",
+            detail + "Do you own lock 1",
+            detail + "Unlocking lk @run with work_until",
+            ordinary + "Transfering WorkItem callback, with ID <A>",
+            ordinary + "Requesting SingleShot Processing",
             "processTovrinTimerTask",
-            "Consumer got a chance to poke at queue",
-            "Requesting lk @run",
-            "waiting forever/large timeout at to execute @<time>",
-            " @wait_until workQueue.empty() status 1",
+            ordinary + "Consumer got a chance to poke at queue",
+            ordinary + "Requesting lk @run",
+            detail + "waiting forever/large timeout at to execute @<time>",
+            detail + " @wait_until workQueue.empty() status 1",
             // the cleanup
-            "@wait_until returning true on m_finish",
-            "Finished @wait_until condvar",
-            "Requesting lk @run",
-            run,
+            detail + "@wait_until returning true on m_finish",
+            detail + "Finished @wait_until condvar",
+            ordinary + "Requesting lk @run",
+            "64 0 void __cdecl tovrintimer::TimerScheduler::run(void)",
         }));
 }
 
@@ -209,44 +224,6 @@ TEST_F(RunLoopLogTest, WithAMaskOfZeroThereIsNoRecord)
     EXPECT_THAT(logs(), IsEmpty());
 }
 
-TEST_F(RunLoopLogTest, EachRecordOfTheThreadHasTheSeverityOfItsUse)
-{
-    startAndNoteThread();
-    const auto timer = makeTimer();
-    scheduler().insertAscendingSorted(timerFcn(timer, past()));
-    waitUntilAsleepWithoutWork();
-    scheduler().cleanup();
-
-    std::vector<std::uint32_t> severities;
-    for (const auto& event : journal().events()) {
-        if (event.thread == m_thread && event.channel == "tovrintimer::TimerScheduler") {
-            severities.push_back(event.severity);
-        }
-    }
-    EXPECT_THAT(severities,
-        testing::ElementsAreArray<std::uint32_t>(
-            { 16, 16, 4, 4, 16, 16, 16, 16, 16, 16, 4, 4, 4, 16, 16, 16, 16, 4, 64 }));
-}
-
-TEST_F(RunLoopLogTest, TheRunIsATracedScopeThatIndentsItsRecords)
-{
-    startAndNoteThread();
-    scheduler().cleanup();
-
-    const auto events = journal().events();
-    const auto& exit = events.back();
-    EXPECT_EQ(exit.text, "void __cdecl tovrintimer::TimerScheduler::run(void)");
-    EXPECT_EQ(exit.severity, 64U);
-    EXPECT_EQ(exit.file, "timer_src/main/TimerScheduler");
-    EXPECT_EQ(exit.line, 352);
-    EXPECT_EQ(exit.indent, 0U);
-    for (const auto& event : events) {
-        if (event.thread == m_thread && &event != &exit) {
-            EXPECT_EQ(event.indent, 1U) << event.text;
-        }
-    }
-}
-
 TEST_F(RunLoopLogTest, TheRecordsOfOtherThreadsAreNotIndented)
 {
     startThread();
@@ -259,25 +236,6 @@ TEST_F(RunLoopLogTest, TheRecordsOfOtherThreadsAreNotIndented)
             EXPECT_EQ(event.indent, 0U) << event.text;
         }
     }
-}
-
-TEST_F(RunLoopLogTest, TheEntryRecordNamesTheScopeAndStandsOutside)
-{
-    const auto timer = makeTimer();
-
-    scheduler().insertAscendingSorted(timerFcn(timer, past()));
-    waitForDispatches();
-
-    for (const auto& event : journal().events()) {
-        if (event.severity == 32) {
-            EXPECT_EQ(event.text, "void __cdecl tovrintimer::TimerScheduler::run(void)");
-            EXPECT_EQ(event.file, "timer_src/main/TimerScheduler");
-            EXPECT_EQ(event.line, 352);
-            EXPECT_EQ(event.indent, 0U);
-            return;
-        }
-    }
-    FAIL() << "there is no entry record";
 }
 
 } // namespace
