@@ -71,12 +71,17 @@ std::shared_ptr<Run> TimerModel::runOf(const Event& event)
             "the " + event.what + " of " + label() + " begins, which does not run");
         const auto run = m_runs.front();
         const std::string why = run->refuses(event.what);
-        const bool counts
-            = event.what != "TimerFcn" || event.reading.tasksExecuted == std::to_string(run->timerFcns + 1);
-        const auto isExpectedByTheNext
-            = [this, &event] { return m_runs[1]->expects(event.what) && m_runs[1]->refuses(event.what).empty(); };
+        const auto counts = [&event](const Run& candidate) {
+            const auto timerFcns = candidate.timerFcns + (event.what == "TimerFcn" ? 1 : 0);
+            return event.reading.tasksExecuted == std::to_string(timerFcns);
+        };
+        const auto isExpectedByTheNext = [this, &event, &counts] {
+            const Run& next = *m_runs[1];
+            return event.what != "TimerFcn" && next.expects(event.what) && next.refuses(event.what).empty()
+                && counts(next);
+        };
         const bool isOfTheNext = m_runs.size() > 1 && run->canBeOver()
-            && (event.what == "TimerFcn" ? !counts : !run->expects(event.what) && isExpectedByTheNext());
+            && (!counts(*run) || (!run->expects(event.what) && isExpectedByTheNext()));
         if (why.empty() && !isOfTheNext) {
             return run;
         }
@@ -92,7 +97,10 @@ std::shared_ptr<Run> TimerModel::runOf(const Event& event)
 
 void TimerModel::popRun()
 {
-    m_latestCount = m_runs.front()->timerFcns;
+    const Run& run = *m_runs.front();
+    if (run.hasBegun || !run.isTakenBack) {
+        m_latestCount = run.timerFcns;
+    }
     m_runs.pop_front();
 }
 
@@ -185,9 +193,11 @@ void TimerModel::deleteBegins()
 void TimerModel::deleteEnds()
 {
     --m_deleting;
+    if (m_deleting > 0) {
+        return; // asked for by one of its last callbacks
+    }
     for (const auto& run : m_runs) {
-        require(m_deleting > 0 || run->owes().empty(), rules::deleteRunsWhatWaits,
-            label() + " is deleted, and " + run->owes());
+        require(run->owes().empty(), rules::deleteRunsWhatWaits, label() + " is deleted, and " + run->owes());
     }
     m_isDeleted = true;
     m_runs.clear();

@@ -108,6 +108,34 @@ TEST(TraceModelTest, ARunBeginsAfterTheOneBeforeIt)
         rules::runsInOrder, singleShot + started + stopped + restarted + over + startFcnRun + startFcnRun);
 }
 
+TEST(TraceModelTest, ARunIsToldFromTheNextByItsCount)
+{
+    // The first is overtaken, and gets its StopFcn later than the next has been accepted, which is taken back.
+    const Lines restartedInTimerFcn { "|begin|a|TimerFcn|false|2|nil", "|call|start|a||false|2|nil",
+        "|done|start|a|nil|true|2|nil", "|end|a|TimerFcn||true|2|nil" };
+    const Lines ended { "|begin|b|TimerFcn|true|1|nil", "|exit|0" };
+    const std::string error = R"(callback of timer "a" was still running when its next run fell due)";
+    const Lines stopFcn { "|begin|a|StopFcn|false|2|" + error, "|end|a|StopFcn||false|2|" + error };
+    expectKept(Lines { "|new|a|FixedRate|Error|0.001|0.0|inf|", "|new|b|SingleShot|Drop|0.001|0.0|1|" } + started
+            + Lines { "|call|pause|-|0.001|-|-|-" } + timerFcnRun
+            + Lines { "|done|pause|-|nil|-|-|-", "|call|start|b||false|0|nil", "|done|start|b|nil|true|0|nil",
+                "|call|set|a|StopFcn=function|false|1|nil", "|done|set|a|nil|false|1|nil" }
+            + over + restartedInTimerFcn + overtaken + ended + stopFcn,
+        1);
+}
+
+TEST(TraceModelTest, AnotherDeleteFromOneOfTheLastCallbacksLeavesItToTheFirst)
+{
+    const Lines startFcn { "|begin|a|StartFcn|true|0|nil", "|call|delete|a||true|0|nil",
+        "|done|delete|a|nil|true|0|nil", "|end|a|StartFcn||true|0|nil" };
+    const Lines stopFcn { "|begin|a|StopFcn|false|0|nil", "|end|a|StopFcn||false|0|nil" };
+    const Lines deleting = singleShot + started + Lines { "|call|delete|a||true|0|nil" };
+    const Lines done { "|done|delete|a|nil|deleted|-|-" };
+    expectKept(deleting + startFcn + stopFcn + done + over);
+    expectBroken(rules::deleteRunsWhatWaits, deleting + startFcn + done + over);
+    expectBroken(rules::deletedIsSilent, deleting + startFcn + stopFcn + done + over + stopFcn);
+}
+
 TEST(TraceModelTest, NothingRunsBetweenTwoRuns)
 {
     expectBroken(rules::silentBetweenRuns, singleShot + over + timerFcnRun);
