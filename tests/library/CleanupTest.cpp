@@ -98,7 +98,7 @@ TEST_F(CleanupTest, CleanupDuringAHandlerEmptiesTheQueueAndWaitsForTheHandler)
     gate.waitUntilReached();
     scheduler().insertAscendingSorted(timerFcn(timer, farOff()));
 
-    std::jthread cleaner([this] {
+    std::jthread cleaner([] {
         scheduler().cleanup();
         journal().add({ Kind::Call, "cleanup has returned" });
     });
