@@ -123,19 +123,18 @@ TEST_F(CallbackErrorTest, AModuleThatIsNotFoundIsReportedOnLinesOfItsOwn)
 {
     const Outcome outcome = run(R"(
 package.path, package.cpath = "./?.lua;./?/init.lua", "./?.so"
-local t = timer { Name = "t", TimerFcn = function() require "my.module" end }
+local t = timer { Name = "t", TimerFcn = function() require "one" end }
 t:start()
 t:wait()
 require "other"
 )");
 
     EXPECT_THAT(outcome.err,
-        StartsWith("tovrin: error in TimerFcn of timer \"t\": script.lua:3: module 'my.module' not found:\n"
-                   "\tno field package.preload['my.module']\n"
-                   "\tno file './my/module.lua'\n"
-                   "\tno file './my/module/init.lua'\n"
-                   "\tno file './my/module.so'\n"
-                   "\tno file './my.so'\n"
+        StartsWith("tovrin: error in TimerFcn of timer \"t\": script.lua:3: module 'one' not found:\n"
+                   "\tno field package.preload['one']\n"
+                   "\tno file './one.lua'\n"
+                   "\tno file './one/init.lua'\n"
+                   "\tno file './one.so'\n"
                    "stack traceback:\n"));
     EXPECT_THAT(outcome.err,
         HasSubstr("\ntovrin: error in script: script.lua:6: module 'other' not found:\n"
