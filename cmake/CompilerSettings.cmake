@@ -11,9 +11,8 @@ target_compile_options(tovrintimer_settings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual
   $<$<BOOL:${TOVRINTIMER_WERROR}>:-Werror>)
 # Where several sources are compiled as one, it takes what stands in them for included.
-if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  target_compile_options(tovrintimer_settings INTERFACE -Wno-subobject-linkage)
-endif()
+target_compile_options(tovrintimer_settings INTERFACE
+  $<$<AND:$<CXX_COMPILER_ID:GNU>,$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>>:-Wno-subobject-linkage>)
 
 # Hardening, as ELF systems know it. Fortified library calls need an optimiser: the build types without one, which the
 # sanitizers' presets use too, do without.
