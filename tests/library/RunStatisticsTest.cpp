@@ -1,7 +1,7 @@
+#include "tests/StartLine.hpp"
 #include "tests/library/LibraryTest.hpp"
 #include "tests/library/TimerInfoPeer.hpp"
 
-#include <atomic>
 #include <cmath>
 #include <initializer_list>
 #include <thread>
@@ -107,13 +107,12 @@ TEST_F(RunStatisticsTest, TheTimeOfARunIsReadUnderTheLock)
     const auto timer = makeTimer();
     timer->updateTimerFunRunStatus();
     Lock held = TimerInfoPeer::lock(*timer);
-    std::atomic<bool> isNear { false };
+    StartLine nearTheLock(2);
     std::jthread counting([&] {
-        isNear = true;
-        isNear.notify_one();
+        nearTheLock.arriveAndWait();
         timer->updateTimerFunRunStatus();
     });
-    isNear.wait(false);
+    nearTheLock.arriveAndWait();
     // Nothing tells that it stands at the lock. What is asserted holds wherever it stands.
     std::this_thread::sleep_for(20ms);
     const DueTime released = now();
