@@ -87,6 +87,7 @@ public:
         return m_value;
     }
 
+    // As std::atomic has them, so that the library uses both alike.
     operator T() const { return load(); } // NOLINT(google-explicit-constructor,hicpp-explicit-conversions)
 
     T operator=(T value) // NOLINT(misc-unconventional-assign-operator)
