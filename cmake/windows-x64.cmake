@@ -9,8 +9,9 @@ set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
 set(CMAKE_CXX_FLAGS_INIT -D_WIN32_WINNT=0x0A00)
 
 # Libraries for Windows only, never those of the building machine.
-set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32 ${CMAKE_CURRENT_LIST_DIR}/../build/windows-dependencies)
-set(ENV{PKG_CONFIG_LIBDIR} ${CMAKE_CURRENT_LIST_DIR}/../build/windows-dependencies/lib/pkgconfig)
+set(dependencies ${CMAKE_CURRENT_LIST_DIR}/../build/windows-dependencies)
+set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32 ${dependencies} ${dependencies}/boost/stage)
+set(ENV{PKG_CONFIG_LIBDIR} ${dependencies}/lib/pkgconfig)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)

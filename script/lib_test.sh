@@ -153,7 +153,7 @@ test_external_host() {
   build_and_test "external-host-$compiler" "$tree/program" build_external_host "$compiler" "$tree"
 }
 
-# test_fuzz SECONDS: the corpus of the tree is where it begins; what it finds besides stays in the build folder, and so
+# test_fuzz SECONDS: as many fuzzers as there are jobs. The corpus of the tree is where it begins; what it finds besides stays in the build folder, and so
 # do the bytes that made it fail. The program that they stand for is at the end of the log.
 test_fuzz() {
   local seconds=$1 built start=$SECONDS
@@ -169,11 +169,12 @@ test_fuzz() {
   fi
   built=$SECONDS
   say "fuzz: running for $seconds s ..."
-  if run_logged "$log" for_step fuzz "$tree/bin/simulation_fuzz" -max_total_time="$seconds" -max_len=400 -len_control=0 \
-    -timeout=60 -artifact_prefix="$found/failures/" "$found/corpus" "$projectDir/tests/simulation/fuzz/corpus"; then
+  if (cd "$found" && run_logged "$log" for_step fuzz "$tree/bin/simulation_fuzz" -jobs="$jobs" -workers="$jobs" \
+    -max_total_time="$seconds" -max_len=400 -len_control=0 -timeout=60 -artifact_prefix="$found/failures/" \
+    "$found/corpus" "$projectDir/tests/simulation/fuzz/corpus"); then
     passed=$((passed + 1))
-    printf '%-22s %s; built in %d s, run in %d s: %s\n' fuzz "$(sum_up 1 0 0)" $((built - start)) \
-      $((SECONDS - built)) "$(tail -n 1 "$log")"
+    printf '%-22s %s; built in %d s, run in %d s: %d programs\n' fuzz "$(sum_up 1 0 0)" $((built - start)) \
+      $((SECONDS - built)) "$(awk '/^Done [0-9]+ runs/ { runs += $2 } END { print runs }' "$log")"
   else
     failed=$((failed + 1))
     printf '%-22s %s; built in %d s\n' fuzz "$(sum_up 0 1 0)" $((built - start))

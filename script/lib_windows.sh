@@ -6,7 +6,7 @@ dependencies=$buildDir/windows-dependencies
 crossCompiler=x86_64-w64-mingw32-g++-posix
 
 windowsPackages=(g++-mingw-w64-x86-64-posix wine wine64 cmake ninja-build pkg-config libboost-tools-dev dpkg-dev
-  xz-utils googletest libcli11-dev)
+  xz-utils googletest libcli11-dev lld)
 
 # fetch_source PACKAGE FOLDER: unpacks the newest source of a package of this Debian, with an index of our own: the
 # system's lists may name no sources, and are none of our business.
@@ -33,14 +33,15 @@ build_boost() {
   sed -i -E -e 's/^boost-install boost_log boost_log_setup ;/boost-install boost_log ;/' \
     -e '/^ +(text_(file|multifile|ostream)_backend|((date_time|named_scope)_)?format_parser|named_scope)\.cpp$/d' \
     -e '/^ +(global_logger_storage|timer|trivial)\.cpp$/d' "$tree/libs/log/build/Jamfile.v2"
+  # Left where it is built: the headers are there already.
   (cd "$tree" && b2 -d0 headers \
     && b2 -d0 -j "$jobs" --user-config=user-config.jam toolset=gcc-mingw target-os=windows address-model=64 \
       architecture=x86 binary-format=pe abi=ms threadapi=win32 link=shared variant=release \
       cxxflags=-D_WIN32_WINNT=0x0A00 cxxflags=-O1 define=BOOST_LOG_WITHOUT_SETTINGS_PARSERS \
       define=BOOST_LOG_WITHOUT_IPC define=BOOST_LOG_WITHOUT_SYSLOG define=BOOST_LOG_WITHOUT_EVENT_LOG \
-      --with-log --with-thread --prefix="$dependencies" install) || return 1
+      --with-log --with-thread stage) || return 1
   # Beside the other DLLs, where Windows looks for them.
-  mv "$dependencies"/lib/*.dll "$dependencies/bin/" && rm -rf "$tree"
+  cp "$tree"/stage/lib/*.dll "$dependencies/bin/"
 }
 
 # As C++, as on Linux, so that its errors are exceptions.

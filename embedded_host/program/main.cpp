@@ -69,6 +69,15 @@ int runProgram(int argc, const char* const* argv)
     return status == EXIT_SUCCESS && !isComplete ? EXIT_FAILURE : status;
 }
 
+void complain(const char* error) noexcept
+{
+    try {
+        std::cerr << "tovrin: " << escape(error) << '\n';
+    } catch (...) {
+        // There is no memory even for that; the status tells.
+    }
+}
+
 } // namespace
 
 } // namespace tovrinhost
@@ -78,7 +87,9 @@ int main(int argc, char** argv)
     try {
         return tovrinhost::runProgram(argc, argv);
     } catch (const std::exception& error) {
-        std::cerr << "tovrin: " << tovrinhost::escape(error.what()) << '\n';
-        return EXIT_FAILURE;
+        tovrinhost::complain(error.what());
+    } catch (...) {
+        tovrinhost::complain("an error that has no text");
     }
+    return EXIT_FAILURE;
 }

@@ -11,14 +11,10 @@ namespace tovrintimer {
 class TimerInfoPeer {
 public:
     /// The times of the run before the latest one, and of that, in milliseconds.
-    static std::pair<std::int64_t, std::int64_t> runTimes(const TimerInfo& timer)
-    {
-        const Lock lock(timer.m_statsMutex);
-        return { timer.m_prevRunTime, timer.m_lastRunTime };
-    }
+    static std::pair<std::int64_t, std::int64_t> runTimes(const TimerInfo& timer);
 
     /// While it is held, no run is counted.
-    static Lock lock(const TimerInfo& timer) { return Lock(timer.m_statsMutex); }
+    static Lock lock(const TimerInfo& timer);
 };
 
 } // namespace tovrintimer

@@ -1,14 +1,8 @@
 #include "tests/library/TimerSchedulerPeer.hpp"
 
+#include "tests/library/Opened.hpp"
+
 namespace tovrintimer {
-
-namespace {
-
-// An explicit instantiation may name what is private. So the class that hosts get has no friend for the sake of
-// tests.
-template <typename Name, auto member> struct Opened {
-    friend auto open(Name /*name*/) { return member; }
-};
 
 struct Queue {
     friend auto open(Queue name);
@@ -49,8 +43,6 @@ struct Removal {
     friend auto open(Removal name);
 };
 template struct Opened<Removal, &TimerScheduler::removeWorkMatchingId>;
-
-} // namespace
 
 WorkQueue& TimerSchedulerPeer::workQueue(TimerScheduler& scheduler)
 {

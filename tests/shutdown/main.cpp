@@ -1,6 +1,8 @@
 // shutdown_program PLUGIN orderly|abandon|unload
 // shutdown_program PLUGIN records TIMES
 
+#include "tests/shutdown/platform/Platform.hpp"
+
 #include <boost/dll/shared_library.hpp>
 #include <boost/process.hpp>
 
@@ -12,10 +14,6 @@
 #include <string>
 #include <thread>
 
-#if defined(_WIN32)
-#include <windows.h>
-#endif
-
 namespace {
 
 /// Destroyed after all that has come with the plugin, since it was there before: gives what goes on then the time
@@ -26,16 +24,6 @@ struct Afterwards {
 };
 
 Afterwards afterwards;
-
-/// Whether the library's code is still in the process. Where libraries stay for good, it never is gone.
-bool isLibraryGone()
-{
-#if defined(_WIN32)
-    return GetModuleHandleA("tovrintimer.dll") == nullptr;
-#else
-    return true;
-#endif
-}
 
 int endAs(const std::string& way, boost::dll::shared_library& plugin)
 {
@@ -52,7 +40,7 @@ int endAs(const std::string& way, boost::dll::shared_library& plugin)
     plugin.get<void()>("shutDown")();
     if (way == "unload") {
         plugin.unload();
-        if (!isLibraryGone()) {
+        if (!shutdown_test::isLibraryGone()) {
             std::cout << "the library is still loaded\n";
             return EXIT_FAILURE;
         }

@@ -126,8 +126,6 @@ public:
     void reset();
 
 private:
-    friend class TimerInfoPeer; // looks at the times of the runs, for tests
-
     static void breakOutOfEventLoop(std::shared_ptr<vorn::VORN>& engine);
 
     // Constant after construction.

@@ -36,7 +36,7 @@ protected:
     Outcome runInLittleMemory(const std::string& script)
     {
         write("script.lua", takeAll + script);
-        return shell("ulimit -v 300000; exec \"$TOVRIN\" run script.lua");
+        return shell("ulimit -v 150000; exec \"$TOVRIN\" run script.lua");
     }
 };
 

@@ -3,8 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
+
 #include <algorithm>
-#include <chrono>
 #include <iostream>
 
 namespace simulation {
@@ -88,21 +89,33 @@ Program longRun(double hours)
     return program;
 }
 
+/// Seconds that the children waited for have computed: how busy the machine is does not show in it.
+double processorTimeOfChildren()
+{
+    rusage used {};
+    EXPECT_EQ(getrusage(RUSAGE_CHILDREN, &used), 0);
+    const auto seconds = [](const timeval& time) {
+        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+    };
+    return seconds(used.ru_utime) + seconds(used.ru_stime);
+}
+
 TEST(SimulationTest, ADayOfAHundredTimersTakesLessThanHalfAMinute)
 {
     constexpr double hours = SIMULATION_HOURS;
     RunOptions options;
     options.stepLimit = 1'000'000'000;
-    const auto start = std::chrono::steady_clock::now();
+    const double before = processorTimeOfChildren();
     const Verdict verdict = simulateApart(longRun(hours), options);
-    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
-    std::cout << hours << " h of 100 timers: " << verdict.steps << " steps in " << took.count() << " s\n";
+    const double took = processorTimeOfChildren() - before;
+    std::cout << hours << " h of 100 timers: " << verdict.steps << " steps in " << took << " s\n";
 
     EXPECT_EQ(verdict.failure, "");
     EXPECT_GT(static_cast<double>(verdict.end), hours * 3'600'000 * millisecond);
     // The sum of 1/period is 5.19 callbacks a second, each of many steps.
     EXPECT_GT(static_cast<double>(verdict.steps), hours * 3600 * 5 * 10);
-    EXPECT_LT(took.count(), 30);
+    EXPECT_GT(took, 0);
+    EXPECT_LT(took, 30);
 }
 
 } // namespace
