@@ -304,7 +304,7 @@ TEST_F(RunsTest, AContentionIsReportedWithAndWithoutErrorFcn)
         expectFailure(R"(
 local t = timer {
   Name = "t", ExecutionMode = "FixedRate", BusyMode = "Error", Period = 0.01, TasksToExecute = 3,
-  TimerFcn = function() busy(0.05) end, ErrorFcn = )"
+  TimerFcn = function() busy(0.3) end, ErrorFcn = )"
                 + errorFcn + R"(,
 }
 t:start()
