@@ -22,18 +22,19 @@ Clock::time_point firstFiring(const Load& load)
     return Clock::now() + 50ms + load.timers * 20us;
 }
 
-/// Microseconds of the thread for each firing, and the share of what is due that fires, in percent.
-Values observe(const ThreadProbe& thread, const Count& fired, const Load& load, milliseconds time)
+/// Microseconds of the thread for each firing, and the share of what is due that fires, in percent. Begins and
+/// ends midway between two firings, so that neither is cut in two. \param time a whole number of periods
+Values observe(
+    const ThreadProbe& thread, const Count& fired, const Load& load, Clock::time_point first, milliseconds time)
 {
-    std::this_thread::sleep_for(2 * load.period + 20ms);
-    const auto begin = Clock::now();
+    std::this_thread::sleep_until(first + 2 * load.period + load.period / 2);
+    const auto end = Clock::now() + time;
     const auto cpuBefore = thread.cpuTime();
     const std::uint64_t firedBefore = fired.get();
-    std::this_thread::sleep_for(time);
+    std::this_thread::sleep_until(end);
     const auto firings = static_cast<double>(fired.get() - firedBefore);
     const auto cpu = std::chrono::duration<double, std::micro>(thread.cpuTime() - cpuBefore);
-    const double due = load.due(Clock::now() - begin);
-    return { cpu.count() / firings, 100 * firings / due };
+    return { cpu.count() / firings, 100 * firings / load.due(time) };
 }
 
 class CountingEngine final : public Engine {
@@ -54,8 +55,7 @@ Values libraryCost(const Load& load, milliseconds time)
         timers.push_back(makeTimer(engine, { .period = load.period, .startDelay = std::max(delay, 1ms) }));
         start(timers.back());
     }
-    std::this_thread::sleep_until(first);
-    return observe(scheduler.thread(), engine->taken, load, time);
+    return observe(scheduler.thread(), engine->taken, load, first, time);
 }
 
 /// A timer that is due again a period after it was due.
@@ -98,8 +98,7 @@ Values asioCost(const Load& load, milliseconds time)
             timers.emplace_back(loop, first, load.period, fired);
         }
     });
-    std::this_thread::sleep_until(first);
-    const Values values = observe(thread, fired, load, time);
+    const Values values = observe(thread, fired, load, first, time);
     loop.end();
     return values;
 }
@@ -109,8 +108,7 @@ Values uvCost(const Load& load, milliseconds time)
     Count fired;
     const auto first = firstFiring(load);
     const UvTimers timers(load.timers, first, load.period, [&fired] { fired.add(); });
-    std::this_thread::sleep_until(first);
-    return observe(timers.thread(), fired, load, time);
+    return observe(timers.thread(), fired, load, first, time);
 }
 
 /// \param limit of the ratio to Asio
