@@ -39,23 +39,36 @@ Values observe(
 
 class CountingEngine final : public Engine {
 public:
-    void take(const std::function<void()>& /*task*/) override { taken.add(); }
+    explicit CountingEngine(Count& taken)
+        : m_taken(taken)
+    {
+    }
 
-    Count taken;
+    void take(const std::function<void()>& /*task*/) override { m_taken.add(); }
+
+private:
+    Count& m_taken;
 };
 
-Values libraryCost(const Load& load, milliseconds time)
+/// Where callback tasks go.
+enum class Engines { One, OneEach };
+
+Values libraryCost(const Load& load, milliseconds time, Engines engines = Engines::One)
 {
+    Count taken;
     const Scheduler scheduler;
-    const auto engine = std::make_shared<CountingEngine>();
+    auto engine = std::make_shared<CountingEngine>(taken);
     const auto first = firstFiring(load);
     std::vector<Timer> timers;
     for (std::size_t i = 0; i < load.timers; ++i) {
-        const auto delay = std::chrono::duration_cast<milliseconds>(first - Clock::now());
+        const auto delay = std::chrono::duration_cast<milliseconds>(first + load.offset(i) - Clock::now());
+        if (engines == Engines::OneEach) {
+            engine = std::make_shared<CountingEngine>(taken);
+        }
         timers.push_back(makeTimer(engine, { .period = load.period, .startDelay = std::max(delay, 1ms) }));
         start(timers.back());
     }
-    return observe(scheduler.thread(), engine->taken, load, first, time);
+    return observe(scheduler.thread(), taken, load, first, time);
 }
 
 /// A timer that is due again a period after it was due.
@@ -95,7 +108,7 @@ Values asioCost(const Load& load, milliseconds time)
     const auto first = firstFiring(load);
     loop.call([&] {
         for (std::size_t i = 0; i < load.timers; ++i) {
-            timers.emplace_back(loop, first, load.period, fired);
+            timers.emplace_back(loop, first + load.offset(i), load.period, fired);
         }
     });
     const Values values = observe(thread, fired, load, first, time);
@@ -121,6 +134,15 @@ Measurement costOf(const Load& load, double limit, milliseconds time)
             { "libuv", [=] { return uvCost(load, time); } } } };
 }
 
+const std::vector<Figure> figuresWithoutLimits { { "per firing", "us" }, { "dispatched of due", "%" } };
+
+Measurement costOfScale(const Load& load, milliseconds time)
+{
+    return { load.name(), figuresWithoutLimits,
+        { { "library", [=] { return libraryCost(load, time); } },
+            { "Asio", [=] { return asioCost(load, time); } } } };
+}
+
 } // namespace
 
 std::vector<Measurement> costPerFiring(const Pace& pace)
@@ -132,6 +154,20 @@ std::vector<Measurement> costPerFiring(const Pace& pace)
         costOf({ 100, 10ms }, 1.0, time),
         costOf({ 1000, 10ms }, 2.0, time),
         costOf({ 10000, 100ms }, 2.0, time),
+    };
+}
+
+std::vector<Measurement> scale(const Pace& pace)
+{
+    const auto time = pace.time(1000ms);
+    const Load usual { 100, 10ms };
+    return {
+        costOfScale({ 100, 1ms }, time),
+        costOfScale({ 100, 100ms }, time),
+        costOfScale({ 100, 100ms, true }, time),
+        { usual.name() + ", an engine each", figuresWithoutLimits,
+            { { "library", [=] { return libraryCost(usual, time, Engines::OneEach); } },
+                { "one engine", [=] { return libraryCost(usual, time); } } } },
     };
 }
 

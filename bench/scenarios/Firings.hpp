@@ -11,11 +11,19 @@ namespace bench {
 struct Load {
     std::size_t timers;
     std::chrono::milliseconds period;
+    bool isSpread = false; ///< one after the other through the period; else all are due together
 
     std::string name() const
     {
         return std::to_string(timers) + (timers == 1 ? " timer of " : " timers of ")
-            + std::to_string(period.count()) + " ms";
+            + std::to_string(period.count()) + " ms" + (isSpread ? ", spread" : "");
+    }
+
+    /// How much later than the first timer this one is due.
+    std::chrono::milliseconds offset(std::size_t timer) const
+    {
+        return std::chrono::milliseconds(
+            isSpread ? period.count() * static_cast<std::int64_t>(timer) / static_cast<std::int64_t>(timers) : 0);
     }
 
     /// How many of them fall due in this time.

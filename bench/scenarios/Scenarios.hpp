@@ -24,8 +24,9 @@ struct Scenario {
 
 const std::vector<Scenario>& scenarios();
 
-// One file each.
+// One file each; the first two share theirs.
 std::vector<Measurement> costPerFiring(const Pace& pace);
+std::vector<Measurement> scale(const Pace& pace);
 std::vector<Measurement> stopAndStart(const Pace& pace);
 std::vector<Measurement> lateness(const Pace& pace);
 std::vector<Measurement> drop(const Pace& pace);
