@@ -37,6 +37,7 @@ struct Measurement {
     std::string name;
     std::vector<Figure> figures;
     std::vector<Side> sides; ///< the library first, then its peers
+    int roundsForOne = 1; ///< where many short rounds tell more than a long one
 };
 
 } // namespace bench

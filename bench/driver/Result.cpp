@@ -95,7 +95,8 @@ Result measure(Measurement measurement, int rounds)
     }
     const std::size_t sides = measurement.sides.size();
     result.rounds.resize(sides);
-    for (std::size_t round = 0; round < static_cast<std::size_t>(rounds); ++round) {
+    const auto allRounds = static_cast<std::size_t>(rounds * measurement.roundsForOne);
+    for (std::size_t round = 0; round < allRounds; ++round) {
         for (std::size_t turn = 0; turn < sides; ++turn) {
             const std::size_t side = (round + turn) % sides;
             Values values = measurement.sides[side].measure();

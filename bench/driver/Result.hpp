@@ -33,7 +33,7 @@ struct Result {
 };
 
 /// Measures in rounds: in each of them every side once, a different one first each time, so that what else the
-/// machine does hits all alike.
+/// machine does hits all alike. \param rounds multiplied by the measurement's `roundsForOne`
 /// \throws what a side throws
 Result measure(Measurement measurement, int rounds);
 

@@ -81,8 +81,9 @@ std::vector<Measurement> drop(const Pace& pace)
             { { "scheduler's thread, of a core", "%", { { 3 } } }, { "gap after a drop", "ms", { { 0.3 } } } },
             { { "library", [=] { return dropAlone(time); } } } },
         { "ten others of 5 ms", latenessFigures({ { 1.1, "without Drop" } }),
-            { { "library", [=] { return tenTimers(time / 3, true); } },
-                { "without Drop", [=] { return tenTimers(time / 3, false); } } } },
+            { { "library", [=] { return tenTimers(time / 4, true); } },
+                { "without Drop", [=] { return tenTimers(time / 4, false); } } },
+            2 },
     };
 }
 
