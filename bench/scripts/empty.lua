@@ -1,0 +1,1 @@
+-- Nothing: what it takes to begin and to end.
