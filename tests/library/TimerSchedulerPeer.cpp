@@ -1,5 +1,7 @@
 #include "tests/library/TimerSchedulerPeer.hpp"
 
+#include "timer_src/main/WorkQueueItems.hpp"
+
 namespace tovrintimer {
 
 namespace {
@@ -105,9 +107,10 @@ bool TimerSchedulerPeer::isFinishing(TimerScheduler& scheduler)
     return scheduler.*open(Finish());
 }
 
-const std::vector<WorkItemVariant>& contents(const WorkQueue& queue)
+std::vector<WorkItemVariant> contents(const WorkQueue& queue)
 {
-    return queue.*open(Items());
+    const auto& all = (queue.*open(Items()))->all;
+    return { all.rbegin(), all.rend() };
 }
 
 } // namespace tovrintimer

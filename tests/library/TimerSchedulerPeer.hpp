@@ -33,7 +33,7 @@ public:
     static bool isFinishing(TimerScheduler& scheduler);
 };
 
-/// What a queue holds: the item that is due last stands first.
-const std::vector<WorkItemVariant>& contents(const WorkQueue& queue);
+/// A copy of what a queue holds: the item that is due last stands first.
+std::vector<WorkItemVariant> contents(const WorkQueue& queue);
 
 } // namespace tovrintimer

@@ -52,7 +52,7 @@ bool Model::matches(const RealQueue& real) const
 void Model::compareQueue()
 {
     // Without its lock: nothing else runs meanwhile.
-    const RealQueue& real = contents(tovrintimer::TimerSchedulerPeer::workQueue(*m_scheduler));
+    const RealQueue real = contents(tovrintimer::TimerSchedulerPeer::workQueue(*m_scheduler));
     Activity* const current = activity();
     if (current != nullptr && current->what == Activity::Cleanup) {
         if (!real.empty()) {
