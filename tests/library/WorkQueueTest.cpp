@@ -197,6 +197,36 @@ TEST_F(WorkQueueTest, ClearingDiscardsEverything)
     EXPECT_EQ(counter.use_count(), 1);
 }
 
+TEST_F(WorkQueueTest, TheTimerFcnWithTheRecordIsHastenedBehindItsNewEquals)
+{
+    const auto record = std::make_shared<prevCallBackStatus>();
+    m_queue.insert(WorkItem<TimerFcnWork>(a, DueTime(60ms), {}, nullptr, 1, record));
+    m_queue.insert(WorkItem<TimerFcnWork>(b, DueTime(55ms), {}, nullptr, 1));
+    insert(a, 50ms);
+    insert(c, 40ms);
+    insert(c, 50ms);
+
+    EXPECT_TRUE(m_queue.hasten(a, *record, DueTime(50ms)));
+
+    EXPECT_THAT(inOrder(),
+        ElementsAre(
+            Entry { c, 40ms }, Entry { a, 50ms }, Entry { c, 50ms }, Entry { a, 50ms }, Entry { b, 55ms }));
+}
+
+TEST_F(WorkQueueTest, NothingIsHastenedThatIsDueAlreadyOrOfAnotherTimerOrOfAnotherRecord)
+{
+    const auto record = std::make_shared<prevCallBackStatus>();
+    m_queue.insert(WorkItem<TimerFcnWork>(a, DueTime(50ms), {}, nullptr, 1, record));
+    m_queue.insert(WorkItem<TimerFcnWork>(b, DueTime(60ms), {}, nullptr, 1));
+
+    EXPECT_FALSE(m_queue.hasten(a, *record, DueTime(50ms)));
+    EXPECT_FALSE(m_queue.hasten(b, *record, DueTime(40ms)));
+    EXPECT_FALSE(m_queue.hasten(a, prevCallBackStatus(), DueTime(40ms)));
+    EXPECT_FALSE(m_queue.hasten(c, *record, DueTime(40ms)));
+
+    EXPECT_THAT(inOrder(), ElementsAre(Entry { a, 50ms }, Entry { b, 60ms }));
+}
+
 TEST_F(WorkQueueTest, WhatIsTakenOrDiscardedIsKeptByNobody)
 {
     const auto counter = std::make_shared<std::uint64_t>(1);

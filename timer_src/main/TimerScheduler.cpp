@@ -172,6 +172,19 @@ void TimerScheduler::removeWorkMatchingId(IDType id)
     m_workCondition.notify_one();
 }
 
+void hasten(const IDType& timer, const prevCallBackStatus& record)
+{
+    TimerScheduler& scheduler = *TimerScheduler::getPerTOVRINProcessInstance();
+    const DueTime due = now();
+    {
+        const Lock lk(scheduler.m_mutex);
+        if (!scheduler.workQueue.hasten(timer, record, due)) {
+            return;
+        }
+    }
+    scheduler.m_workCondition.notify_one();
+}
+
 // ---- The scheduler thread
 
 void TimerScheduler::run()

@@ -47,6 +47,20 @@ WorkItemVariant WorkQueue::take()
     return std::move(m_items->spare.value());
 }
 
+bool WorkQueue::hasten(const IDType& timer, const prevCallBackStatus& record, DueTime due)
+{
+    auto& byTimer = m_items->all.get<Items::ByTimer>();
+    for (auto [at, end] = byTimer.equal_range(timer); at != end; ++at) {
+        const auto* const item = boost::get<WorkItem<TimerFcnWork>>(&*at);
+        if (item != nullptr && item->m_prevCallBackStatus.get() == &record && due < item->m_executeAt) {
+            byTimer.modify(at,
+                [due](WorkItemVariant& work) { boost::get<WorkItem<TimerFcnWork>>(&work)->m_executeAt = due; });
+            return true;
+        }
+    }
+    return false;
+}
+
 void WorkQueue::removeMatching(const IDType& timer)
 {
     m_items->all.get<Items::ByTimer>().erase(timer);

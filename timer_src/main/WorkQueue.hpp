@@ -34,6 +34,10 @@ public:
     /// Takes that item off. The queue is not empty.
     WorkItemVariant take();
 
+    /// Makes the timer's TimerFcn that has this record due earlier, behind those of an equal due time.
+    /// \returns false if there is none that is due later
+    bool hasten(const foundation::msg_svc::exchange::IDType& timer, const prevCallBackStatus& record, DueTime due);
+
     /// Discards all items of one timer.
     void removeMatching(const foundation::msg_svc::exchange::IDType& timer);
 

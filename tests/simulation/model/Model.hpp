@@ -101,6 +101,8 @@ private:
     void compareQueue();
     void inserted(const RealQueue& real);
     void taken();
+    void hastened(const RealQueue& real);
+    void checkNoneWaitsInVain() const;
     void removed(Activity& activity);
     void removeAll(const foundation::msg_svc::exchange::IDType* id);
     void checkFlags() const;
