@@ -119,7 +119,7 @@ void TimerScheduler::insertAscendingSorted(WorkItem<ErrorFcnWork> item)
     requestWork(std::move(item));
 }
 
-template <int kind> void TimerScheduler::requestWork(WorkItem<kind> item)
+template <int kind> void TimerScheduler::requestWork(WorkItem<kind>&& item)
 {
     m_threadStarted.callOnce([this] { startThread(); });
     item.m_executeAt = withinClock(item.m_executeAt);
@@ -313,7 +313,7 @@ void TimerScheduler::bypassSchedulerAndForceWork(WorkItem<ErrorFcnWork> item)
     forceWork(std::move(item));
 }
 
-template <int kind> void TimerScheduler::forceWork(WorkItem<kind> item)
+template <int kind> void TimerScheduler::forceWork(WorkItem<kind>&& item)
 {
     traceScheduler("Bypassing Scheduler by Forcing Work with Id: ", item.m_id, " for ",
         kindName(WorkKind { kind }), " to execute @", ToTheSecond { item.m_executeAt });

@@ -87,7 +87,7 @@ private:
     void run();
     void startThread();
 
-    template <int kind> void requestWork(WorkItem<kind> item);
+    template <int kind> void requestWork(WorkItem<kind>&& item);
     void insertInOrder(WorkItemVariant item);
 
     /// The soonest item and its due time. The caller holds m_mutex, and the queue is not empty.
@@ -100,7 +100,7 @@ private:
     void bypassSchedulerAndForceWork(WorkItem<StopFcnWork> item);
     void bypassSchedulerAndForceWork(WorkItem<TimerFcnWork> item);
     void bypassSchedulerAndForceWork(WorkItem<ErrorFcnWork> item);
-    template <int kind> void forceWork(WorkItem<kind> item);
+    template <int kind> void forceWork(WorkItem<kind>&& item);
 
     // In the order of the interface, which is fixed. `cleanup`, called by the destructor, has ended the thread
     // before anything that it uses is destroyed.

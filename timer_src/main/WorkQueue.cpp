@@ -25,7 +25,7 @@ std::size_t WorkQueue::size() const noexcept
     return m_items->all.size();
 }
 
-void WorkQueue::insert(WorkItemVariant item)
+void WorkQueue::insert(WorkItemVariant&& item)
 {
     if (m_items->spare.empty()) {
         m_items->all.insert(std::move(item));

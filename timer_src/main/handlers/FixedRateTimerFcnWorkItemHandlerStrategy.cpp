@@ -74,9 +74,9 @@ void FixedRateTimerFcnWorkItemHandlerStrategy::handle(WorkItem<TimerFcnWork> ite
         return;
     }
     if (busyMode(*timer) != BusyMode::Queue && isPreviousCallbackStillRunning(item)) {
-        handleFixedRateTimerFcnWithContention(std::move(item));
+        handleFixedRateTimerFcnWithContention(*timer, std::move(item));
     } else {
-        handleFixedRateTimerFcnWithNoContention(std::move(item));
+        handleFixedRateTimerFcnWithNoContention(timer, std::move(item));
     }
 }
 
@@ -95,15 +95,11 @@ bool FixedRateTimerFcnWorkItemHandlerStrategy::isPreviousCallbackStillRunning(
 }
 
 void FixedRateTimerFcnWorkItemHandlerStrategy::handleFixedRateTimerFcnWithNoContention(
-    WorkItem<TimerFcnWork> item) const
+    const std::shared_ptr<TimerInfo>& timer, WorkItem<TimerFcnWork>&& item) const
 {
-    const auto timer = item.m_timerInfo.lock();
-    if (!timer) {
-        return;
-    }
-    const auto current = std::make_shared<FixedRateItem>(item);
-    const auto record = std::make_shared<prevCallBackStatus>();
-    const auto runTimerFcn = [current, record](TimerInfo& info, vorn::VORN& engine) {
+    const auto current = std::make_shared<FixedRateItem>(std::move(item));
+    auto record = std::make_shared<prevCallBackStatus>();
+    auto runTimerFcn = [current, record](TimerInfo& info, vorn::VORN& engine) {
         info.updateTimerFunRunStatus();
         evaluateTimerCallback(info, engine, TimerFcnWork);
         record->hasCompleted = true;
@@ -112,22 +108,18 @@ void FixedRateTimerFcnWorkItemHandlerStrategy::handleFixedRateTimerFcnWithNoCont
             hasten(current->m_id, *record);
         }
     };
-    handOver<FixedRateTimerFcnWorkItemHandlerStrategy>(timer, runTimerFcn);
+    handOver<FixedRateTimerFcnWorkItemHandlerStrategy>(timer, std::move(runTimerFcn));
     const FixedRateItem::Count& count = current->callbackHandedOver(*timer);
     if (!count.endsRun) {
-        scheduleNextWorkItem(makeNextWorkItem(current->m_timerInfo, record, false, current->m_id,
+        scheduleNextWorkItem(makeNextWorkItem(current->m_timerInfo, std::move(record), false, current->m_id,
             std::make_shared<std::uint64_t>(count.total), count.left));
     }
 }
 
 void FixedRateTimerFcnWorkItemHandlerStrategy::handleFixedRateTimerFcnWithContention(
-    WorkItem<TimerFcnWork> item) const
+    TimerInfo& timer, WorkItem<TimerFcnWork>&& item) const
 {
-    const auto timer = item.m_timerInfo.lock();
-    if (!timer) {
-        return;
-    }
-    switch (busyMode(*timer)) {
+    switch (busyMode(timer)) {
     case BusyMode::Drop:
         trace("Contention With previous timerFcn callback,", " dropping current TimerFcn, and setting next",
             " TimerFcn to fire immediately");
@@ -136,7 +128,7 @@ void FixedRateTimerFcnWorkItemHandlerStrategy::handleFixedRateTimerFcnWithConten
     case BusyMode::Error:
         trace("Contention With previous timerFcn callback,",
             " dropping current TimerFcn, and setting errorFcn to fire immediately");
-        failRun(*timer, item);
+        failRun(timer, item);
         return;
     case BusyMode::Queue:
         return; // the mode has changed since it was asked about: lost like under a mode that does not exist
