@@ -2,6 +2,9 @@
 
 #include "timer_src/main/WorkQueueItems.hpp"
 
+#include <algorithm>
+#include <iterator>
+
 namespace tovrintimer {
 
 namespace {
@@ -62,7 +65,11 @@ WorkQueue& TimerSchedulerPeer::workQueue(TimerScheduler& scheduler)
 std::vector<WorkItemVariant> TimerSchedulerPeer::queue(TimerScheduler& scheduler)
 {
     const Lock held = lock(scheduler);
-    return contents(workQueue(scheduler));
+    std::vector<WorkItemVariant> copy;
+    for (const WorkItemVariant* const item : contents(workQueue(scheduler))) {
+        copy.push_back(*item);
+    }
+    return copy;
 }
 
 void TimerSchedulerPeer::remove(TimerScheduler& scheduler, const foundation::msg_svc::exchange::IDType& id)
@@ -107,10 +114,14 @@ bool TimerSchedulerPeer::isFinishing(TimerScheduler& scheduler)
     return scheduler.*open(Finish());
 }
 
-std::vector<WorkItemVariant> contents(const WorkQueue& queue)
+std::vector<const WorkItemVariant*> contents(const WorkQueue& queue)
 {
     const auto& all = (queue.*open(Items()))->all;
-    return { all.rbegin(), all.rend() };
+    std::vector<const WorkItemVariant*> items;
+    items.reserve(all.size());
+    std::transform(
+        all.rbegin(), all.rend(), std::back_inserter(items), [](const WorkItemVariant& item) { return &item; });
+    return items;
 }
 
 } // namespace tovrintimer

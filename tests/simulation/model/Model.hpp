@@ -88,7 +88,7 @@ public:
     void timeMoves() override;
 
 private:
-    using RealQueue = std::vector<tovrintimer::WorkItemVariant>; // what is due last stands first
+    using RealQueue = std::vector<const tovrintimer::WorkItemVariant*>; // what is due last stands first
     using Activities = std::vector<std::unique_ptr<Activity>>;
 
     TimerModel& at(int timer) { return m_timers.at(static_cast<std::size_t>(timer)); }

@@ -46,7 +46,7 @@ std::shared_ptr<tovrintimer::prevCallBackStatus> recordOf(const tovrintimer::Wor
 bool Model::matches(const RealQueue& real) const
 {
     return std::equal(m_queue.begin(), m_queue.end(), real.rbegin(), real.rend(),
-        [](const Item& item, const tovrintimer::WorkItemVariant& work) { return same(item, read(work)); });
+        [](const Item& item, const tovrintimer::WorkItemVariant* work) { return same(item, read(*work)); });
 }
 
 void Model::compareQueue()
@@ -103,10 +103,10 @@ void Model::removed(Activity& activity)
 void Model::inserted(const RealQueue& real)
 {
     std::size_t place = 0;
-    while (place < m_queue.size() && same(m_queue[place], read(real[real.size() - 1 - place]))) {
+    while (place < m_queue.size() && same(m_queue[place], read(*real[real.size() - 1 - place]))) {
         ++place;
     }
-    const auto& work = real[real.size() - 1 - place];
+    const auto& work = *real[real.size() - 1 - place];
     Item item = read(work);
     item.timer = m_timerOf.at(item.id);
     Event& event = add(Event::Inserted, item.timer);
@@ -146,16 +146,16 @@ void Model::hastened(const RealQueue& real)
 {
     const auto other = std::ranges::find_if(m_queue, [&real](const Item& item) {
         return std::ranges::none_of(
-            real, [&item](const tovrintimer::WorkItemVariant& work) { return same(item, read(work)); });
+            real, [&item](const tovrintimer::WorkItemVariant* work) { return same(item, read(*work)); });
     });
-    const auto found = std::ranges::find_if(real, [&](const tovrintimer::WorkItemVariant& work) {
-        return other != m_queue.end() && read(work).record == other->record;
+    const auto found = std::ranges::find_if(real, [&](const tovrintimer::WorkItemVariant* work) {
+        return other != m_queue.end() && read(*work).record == other->record;
     });
     if (other == m_queue.end() || found == real.end()) {
         return;
     }
     Item item = *other;
-    item.due = read(*found).due;
+    item.due = read(**found).due;
     const Activity* const by = activity();
     if (by == nullptr || by->timer != item.timer || !item.waits || !item.after->completed.latest()
         || item.due >= other->due) {
