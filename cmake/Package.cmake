@@ -22,7 +22,6 @@ install(FILES
   timer_src/main/WorkQueue.hpp
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tovrintimer/timer_src/main)
 install(FILES
-  timer_src/main/platform/CappedWait.hpp
   timer_src/main/platform/ConditionVariable.hpp
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tovrintimer/timer_src/main/platform)
 # For those who write a host of their own: what it has to define, and the smallest one that there is.

@@ -120,6 +120,23 @@ TEST_F(LockTest, ACallbackThatCannotBeCountedIsTheHostsErrorAndIsNotEvaluated)
     m_world.serveAnother();
 }
 
+TEST_F(LockTest, AnItemThatCannotBeMadeDueAsItsCallbackReturnsIsDueWhenItWas)
+{
+    const auto timer = m_world.makeTimer(ExecutionMode::FixedRate, BusyMode::Drop, 1.0, 2);
+    m_scheduler.createAndStartWork(timer);
+    journal().waitFor("Contention With previous timerFcn callback,", 2); // the first one has been queued again
+    {
+        const FailingLock fault(m_scheduler);
+        EXPECT_EQ(errorOf([] { timerTasks().runNext(); }), std::errc::invalid_argument);
+    }
+
+    journal().waitFor("processTovrinTimerTask", 2);
+    EXPECT_EQ(timer->getTasksExecuted(), 1.0);
+    m_scheduler.forceStopWorkAndScheduleStopFcn(timer);
+    timerTasks().runAll();
+    m_world.serveAnother();
+}
+
 TEST_F(LockTest, StatisticsThatCannotBeLockedAreTheCallersError)
 {
     for (const auto getter :

@@ -37,7 +37,7 @@ TEST_F(DispatchTest, WorkOfADestroyedTimerDoesNothingWhateverItsKind)
     journal().clearEvents();
 
     for (const WorkItemVariant& item : work) {
-        dispatch(item, nullptr);
+        dispatch(WorkItemVariant(item), nullptr);
     }
 
     EXPECT_THAT(everything(), IsEmpty());

@@ -1,6 +1,10 @@
 #include "tests/library/TimerSchedulerPeer.hpp"
 
 #include "tests/library/Opened.hpp"
+#include "timer_src/main/WorkQueueItems.hpp"
+
+#include <algorithm>
+#include <iterator>
 
 namespace tovrintimer {
 
@@ -52,7 +56,11 @@ WorkQueue& TimerSchedulerPeer::workQueue(TimerScheduler& scheduler)
 std::vector<WorkItemVariant> TimerSchedulerPeer::queue(TimerScheduler& scheduler)
 {
     const Lock held = lock(scheduler);
-    return contents(workQueue(scheduler));
+    std::vector<WorkItemVariant> copy;
+    for (const WorkItemVariant* const item : contents(workQueue(scheduler))) {
+        copy.push_back(*item);
+    }
+    return copy;
 }
 
 void TimerSchedulerPeer::remove(TimerScheduler& scheduler, const foundation::msg_svc::exchange::IDType& id)
@@ -97,9 +105,14 @@ bool TimerSchedulerPeer::isFinishing(TimerScheduler& scheduler)
     return scheduler.*open(Finish());
 }
 
-const std::vector<WorkItemVariant>& contents(const WorkQueue& queue)
+std::vector<const WorkItemVariant*> contents(const WorkQueue& queue)
 {
-    return queue.*open(Items());
+    const auto& all = (queue.*open(Items()))->all;
+    std::vector<const WorkItemVariant*> items;
+    items.reserve(all.size());
+    std::transform(
+        all.rbegin(), all.rend(), std::back_inserter(items), [](const WorkItemVariant& item) { return &item; });
+    return items;
 }
 
 } // namespace tovrintimer

@@ -33,7 +33,7 @@ public:
     static bool isFinishing(TimerScheduler& scheduler);
 };
 
-/// What a queue holds: the item that is due last stands first.
-const std::vector<WorkItemVariant>& contents(const WorkQueue& queue);
+/// What a queue holds, until it changes: the item that is due last stands first.
+std::vector<const WorkItemVariant*> contents(const WorkQueue& queue);
 
 } // namespace tovrintimer

@@ -2,9 +2,11 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <ostream>
+#include <random>
 #include <vector>
 
 namespace tovrintimer {
@@ -45,12 +47,12 @@ protected:
         m_queue.insert(WorkItem<kind>(DueTime(due), timer, {}));
     }
 
-    /// What stands in the queue, in the order in which it is taken.
-    std::vector<Entry> inOrder() const
+    /// Takes all that stands in the queue.
+    std::vector<Entry> inOrder()
     {
         std::vector<Entry> entries;
-        for (WorkQueue rest = m_queue; !rest.empty();) {
-            const WorkItemVariant work = rest.take();
+        while (!m_queue.empty()) {
+            const WorkItemVariant work = m_queue.take();
             entries.push_back({ timerId(work), dueTime(work).time_since_epoch() });
         }
         return entries;
@@ -193,6 +195,125 @@ TEST_F(WorkQueueTest, ClearingDiscardsEverything)
 
     EXPECT_THAT(inOrder(), IsEmpty());
     EXPECT_EQ(counter.use_count(), 1);
+}
+
+TEST_F(WorkQueueTest, TheTimerFcnWithTheRecordIsHastenedBehindItsNewEquals)
+{
+    const auto record = std::make_shared<prevCallBackStatus>();
+    m_queue.insert(WorkItem<TimerFcnWork>(a, DueTime(60ms), {}, nullptr, 1, record));
+    m_queue.insert(WorkItem<TimerFcnWork>(b, DueTime(55ms), {}, nullptr, 1));
+    insert(a, 50ms);
+    insert(c, 40ms);
+    insert(c, 50ms);
+
+    EXPECT_TRUE(m_queue.hasten(a, *record, DueTime(50ms)));
+
+    EXPECT_THAT(inOrder(),
+        ElementsAre(
+            Entry { c, 40ms }, Entry { a, 50ms }, Entry { c, 50ms }, Entry { a, 50ms }, Entry { b, 55ms }));
+}
+
+TEST_F(WorkQueueTest, NothingIsHastenedThatIsDueAlreadyOrOfAnotherTimerOrOfAnotherRecord)
+{
+    const auto record = std::make_shared<prevCallBackStatus>();
+    m_queue.insert(WorkItem<TimerFcnWork>(a, DueTime(50ms), {}, nullptr, 1, record));
+    m_queue.insert(WorkItem<TimerFcnWork>(b, DueTime(60ms), {}, nullptr, 1));
+
+    EXPECT_FALSE(m_queue.hasten(a, *record, DueTime(50ms)));
+    EXPECT_FALSE(m_queue.hasten(b, *record, DueTime(40ms)));
+    EXPECT_FALSE(m_queue.hasten(a, prevCallBackStatus(), DueTime(40ms)));
+    EXPECT_FALSE(m_queue.hasten(c, *record, DueTime(40ms)));
+
+    EXPECT_THAT(inOrder(), ElementsAre(Entry { a, 50ms }, Entry { b, 60ms }));
+}
+
+TEST_F(WorkQueueTest, WhatIsTakenOrDiscardedIsKeptByNobody)
+{
+    const auto counter = std::make_shared<std::uint64_t>(1);
+    for (int round = 0; round < 3; ++round) {
+        for (int due = 0; due < 5; ++due) {
+            m_queue.insert(WorkItem<TimerFcnWork>(due < 3 ? a : b, DueTime(1ms * due), {}, counter, 1));
+        }
+        m_queue.take();
+        m_queue.removeMatching(a);
+        ASSERT_EQ(m_queue.size(), 2U);
+        EXPECT_EQ(counter.use_count(), 1 + 2);
+        m_queue.take();
+        m_queue.take();
+        EXPECT_EQ(counter.use_count(), 1);
+    }
+}
+
+/// The queue at its simplest: a vector that is searched from its beginning, the soonest item first.
+class PlainQueue {
+public:
+    struct Item {
+        IDType timer;
+        std::int64_t due;
+        std::uint64_t number;
+    };
+
+    void insert(const Item& item)
+    {
+        const auto isLater = [&item](const Item& queued) { return queued.due > item.due; };
+        m_items.insert(std::find_if(m_items.begin(), m_items.end(), isLater), item);
+    }
+
+    void removeMatching(const IDType& timer)
+    {
+        std::erase_if(m_items, [&timer](const Item& item) {
+            return item.timer.first == timer.first && item.timer.second == timer.second;
+        });
+    }
+
+    void take() { m_items.erase(m_items.begin()); }
+
+    const std::vector<Item>& items() const { return m_items; }
+
+private:
+    std::vector<Item> m_items;
+};
+
+std::uint64_t numberOf(const WorkItemVariant& work)
+{
+    return boost::get<WorkItem<TimerFcnWork>>(work).m_taskCount;
+}
+
+TEST_F(WorkQueueTest, AnyInsertsTakesAndRemovalsLeaveWhatAPlainVectorHolds)
+{
+    for (unsigned seed = 1; seed <= 200; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        std::mt19937 random(seed);
+        const auto below = [&random](unsigned end) { return static_cast<int>(random() % end); };
+        // Few moments and few timers, so that many items are equal in either.
+        const unsigned moments = 1 + seed % 40;
+        const unsigned timers = 1 + seed % 9;
+        PlainQueue plain;
+        for (std::uint64_t number = 0; number < 300; ++number) {
+            const IDType timer(below(timers) % 3 - 1, below(timers) / 3 - 1);
+            const int what = below(20);
+            if (what < 12) {
+                const std::int64_t due = below(moments) - 10;
+                plain.insert({ timer, due, number });
+                m_queue.insert(WorkItem<TimerFcnWork>(timer, DueTime(1ms * due), {}, nullptr, number));
+            } else if (what < 19 && !plain.items().empty()) {
+                EXPECT_EQ(numberOf(m_queue.take()), plain.items().front().number);
+                plain.take();
+            } else {
+                plain.removeMatching(timer);
+                m_queue.removeMatching(timer);
+            }
+            ASSERT_EQ(m_queue.size(), plain.items().size());
+            ASSERT_EQ(m_queue.empty(), plain.items().empty());
+            if (!plain.items().empty()) {
+                ASSERT_EQ(numberOf(m_queue.soonest()), plain.items().front().number);
+            }
+        }
+        for (const PlainQueue::Item& item : plain.items()) {
+            ASSERT_EQ(numberOf(m_queue.take()), item.number);
+        }
+        ASSERT_TRUE(m_queue.empty());
+    }
 }
 
 } // namespace

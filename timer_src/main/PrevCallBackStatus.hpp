@@ -9,7 +9,7 @@ namespace tovrintimer {
 /// How far one callback has come. A record serves one callback, and is never reset.
 ///
 /// Threading: shared without a lock between the thread that runs the callback, which writes, and the scheduler
-/// thread, which reads. Neither flag guards other data.
+/// thread, which reads; the other way round for isAwaited. None of the flags guards other data.
 /// Ownership: always made by std::make_shared; shared by the callback task and the work item after it.
 class prevCallBackStatus : public std::enable_shared_from_this<prevCallBackStatus> {
 public:
@@ -18,6 +18,9 @@ public:
 
     /// Set once the callback has returned; never set for one that raised an error.
     Atomic<bool> hasCompleted { false };
+
+    /// Set before an item that found this callback running is queued again to wait for its end.
+    Atomic<bool> isAwaited { false };
 };
 
 static_assert(Atomic<bool>::is_always_lock_free);

@@ -119,7 +119,7 @@ void TimerScheduler::insertAscendingSorted(WorkItem<ErrorFcnWork> item)
     requestWork(std::move(item));
 }
 
-template <int kind> void TimerScheduler::requestWork(WorkItem<kind> item)
+template <int kind> void TimerScheduler::requestWork(WorkItem<kind>&& item)
 {
     m_threadStarted.callOnce([this] { startThread(); });
     item.m_executeAt = withinClock(item.m_executeAt);
@@ -170,6 +170,19 @@ void TimerScheduler::removeWorkMatchingId(IDType id)
         traceSchedulerDetail("Unlocking lk @removeWorkMatchingId");
     }
     m_workCondition.notify_one();
+}
+
+void hasten(const IDType& timer, const prevCallBackStatus& record)
+{
+    TimerScheduler& scheduler = *TimerScheduler::getPerTOVRINProcessInstance();
+    const DueTime due = now();
+    {
+        const Lock lk(scheduler.m_mutex);
+        if (!scheduler.workQueue.hasten(timer, record, due)) {
+            return;
+        }
+    }
+    scheduler.m_workCondition.notify_one();
 }
 
 // ---- The scheduler thread
@@ -300,7 +313,7 @@ void TimerScheduler::bypassSchedulerAndForceWork(WorkItem<ErrorFcnWork> item)
     forceWork(std::move(item));
 }
 
-template <int kind> void TimerScheduler::forceWork(WorkItem<kind> item)
+template <int kind> void TimerScheduler::forceWork(WorkItem<kind>&& item)
 {
     traceScheduler("Bypassing Scheduler by Forcing Work with Id: ", item.m_id, " for ",
         kindName(WorkKind { kind }), " to execute @", ToTheSecond { item.m_executeAt });

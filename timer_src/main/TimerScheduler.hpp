@@ -14,6 +14,11 @@ namespace tovrintimer {
 class Dispatcher;
 class TimerInfo;
 
+/// Has the timer's queued TimerFcn that has this record, if there is one, be due now: the callback that it waits
+/// for has returned. \throws std::system_error if m_mutex of the process's scheduler cannot be locked; the item is
+/// due when it was
+void hasten(const foundation::msg_svc::exchange::IDType& timer, const prevCallBackStatus& record);
+
 /// The scheduler of all timers of the process: one queue, and one thread that dispatches what falls due.
 ///
 ///     host threads                     scheduler thread                 engine's thread
@@ -82,19 +87,20 @@ private:
     void run();
     void startThread();
 
-    template <int kind> void requestWork(WorkItem<kind> item);
+    template <int kind> void requestWork(WorkItem<kind>&& item);
     void insertInOrder(WorkItemVariant item);
 
     /// The soonest item and its due time. The caller holds m_mutex, and the queue is not empty.
     std::pair<const WorkItemVariant&, DueTime> getTimePointForBackOfWorkQueue() const;
     void removeWorkMatchingId(foundation::msg_svc::exchange::IDType id);
+    friend void hasten(const foundation::msg_svc::exchange::IDType& timer, const prevCallBackStatus& record);
 
     // Dispatches at once, on the calling thread and without the queue.
     void bypassSchedulerAndForceWork(WorkItem<StartFcnWork> item);
     void bypassSchedulerAndForceWork(WorkItem<StopFcnWork> item);
     void bypassSchedulerAndForceWork(WorkItem<TimerFcnWork> item);
     void bypassSchedulerAndForceWork(WorkItem<ErrorFcnWork> item);
-    template <int kind> void forceWork(WorkItem<kind> item);
+    template <int kind> void forceWork(WorkItem<kind>&& item);
 
     // In the order of the interface, which is fixed. `cleanup`, called by the destructor, has ended the thread
     // before anything that it uses is destroyed.

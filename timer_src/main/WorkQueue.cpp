@@ -1,41 +1,74 @@
 #include "timer_src/main/WorkQueue.hpp"
 
-#include <algorithm>
+#include "timer_src/main/WorkQueueItems.hpp"
+
 #include <utility>
 
 namespace tovrintimer {
 
 using foundation::msg_svc::exchange::IDType;
 
-void WorkQueue::insert(WorkItemVariant item)
+WorkQueue::WorkQueue()
+    : m_items(std::make_unique<Items>())
 {
-    const DueTime due = dueTime(item);
-    // In front of its equals, since they are taken from the back.
-    const auto place = std::partition_point(
-        m_items.begin(), m_items.end(), [due](const WorkItemVariant& queued) { return dueTime(queued) > due; });
-    m_items.insert(place, std::move(item));
+}
+
+WorkQueue::~WorkQueue() = default;
+
+bool WorkQueue::empty() const noexcept
+{
+    return m_items->all.empty();
+}
+
+std::size_t WorkQueue::size() const noexcept
+{
+    return m_items->all.size();
+}
+
+void WorkQueue::insert(WorkItemVariant&& item)
+{
+    if (m_items->spare.empty()) {
+        m_items->all.insert(std::move(item));
+    } else {
+        m_items->spare.value() = std::move(item);
+        m_items->all.insert(std::move(m_items->spare));
+    }
 }
 
 const WorkItemVariant& WorkQueue::soonest() const
 {
-    return m_items.back();
+    return *m_items->all.get<Items::ByDueTime>().begin();
 }
 
 WorkItemVariant WorkQueue::take()
 {
-    WorkItemVariant item = std::move(m_items.back());
-    m_items.pop_back();
-    return item;
+    auto& byDueTime = m_items->all.get<Items::ByDueTime>();
+    m_items->spare = byDueTime.extract(byDueTime.begin());
+    return std::move(m_items->spare.value());
+}
+
+bool WorkQueue::hasten(const IDType& timer, const prevCallBackStatus& record, DueTime due)
+{
+    auto& byTimer = m_items->all.get<Items::ByTimer>();
+    for (auto [at, end] = byTimer.equal_range(timer); at != end; ++at) {
+        const auto* const item = boost::get<WorkItem<TimerFcnWork>>(&*at);
+        if (item != nullptr && item->m_prevCallBackStatus.get() == &record && due < item->m_executeAt) {
+            byTimer.modify(at,
+                [due](WorkItemVariant& work) { boost::get<WorkItem<TimerFcnWork>>(&work)->m_executeAt = due; });
+            return true;
+        }
+    }
+    return false;
 }
 
 void WorkQueue::removeMatching(const IDType& timer)
 {
-    // Identities have an order, and no equality.
-    const auto end = std::remove_if(m_items.begin(), m_items.end(), [&timer](const WorkItemVariant& queued) {
-        const IDType id = timerId(queued);
-        return !(id < timer) && !(timer < id);
-    });
-    m_items.erase(end, m_items.end());
+    m_items->all.get<Items::ByTimer>().erase(timer);
+}
+
+void WorkQueue::clear() noexcept
+{
+    m_items->all.clear();
 }
 
 } // namespace tovrintimer

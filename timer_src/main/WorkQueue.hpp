@@ -3,7 +3,7 @@
 #include "timer_src/main/WorkItem.hpp"
 
 #include <cstddef>
-#include <vector>
+#include <memory>
 
 namespace tovrintimer {
 
@@ -12,14 +12,21 @@ namespace tovrintimer {
 /// Threading: a value; one thread at a time. The scheduler's is guarded by its mutex.
 /// Ownership: items are values, and do not keep their timers alive.
 /// Ordering: earlier due time first; equal due times in arrival order.
+/// Cost: constant for the soonest, O(log n) for a change. What takes an item and inserts another, as each periodic
+/// timer does, needs no memory for that.
 class WorkQueue {
 public:
-    bool empty() const noexcept { return m_items.empty(); }
-    std::size_t size() const noexcept { return m_items.size(); }
+    WorkQueue();
+    WorkQueue(const WorkQueue&) = delete;
+    WorkQueue& operator=(const WorkQueue&) = delete;
+    ~WorkQueue();
+
+    bool empty() const noexcept;
+    std::size_t size() const noexcept;
 
     /// Puts an item behind those of an equal due time.
     /// \throws std::bad_alloc; the queue then holds what it held
-    void insert(WorkItemVariant item);
+    void insert(WorkItemVariant&& item);
 
     /// The item to be taken next. The queue is not empty.
     const WorkItemVariant& soonest() const;
@@ -27,13 +34,18 @@ public:
     /// Takes that item off. The queue is not empty.
     WorkItemVariant take();
 
+    /// Makes the timer's TimerFcn that has this record due earlier, behind those of an equal due time.
+    /// \returns false if there is none that is due later
+    bool hasten(const foundation::msg_svc::exchange::IDType& timer, const prevCallBackStatus& record, DueTime due);
+
     /// Discards all items of one timer.
     void removeMatching(const foundation::msg_svc::exchange::IDType& timer);
 
-    void clear() noexcept { m_items.clear(); }
+    void clear() noexcept;
 
 private:
-    std::vector<WorkItemVariant> m_items; // soonest last, so that taking it moves nothing
+    struct Items; // WorkQueueItems.hpp
+    const std::unique_ptr<Items> m_items;
 };
 
 } // namespace tovrintimer

@@ -326,6 +326,7 @@ void Model::timeMoves()
             + "until " + std::to_string(wanted) + " ms, as " + std::to_string(m_queue.size())
             + " items are queued");
     }
+    checkNoneWaitsInVain();
 }
 
 } // namespace simulation

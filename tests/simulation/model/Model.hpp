@@ -88,7 +88,7 @@ public:
     void timeMoves() override;
 
 private:
-    using RealQueue = std::vector<tovrintimer::WorkItemVariant>; // what is due last stands first
+    using RealQueue = std::vector<const tovrintimer::WorkItemVariant*>; // what is due last stands first
     using Activities = std::vector<std::unique_ptr<Activity>>;
 
     TimerModel& at(int timer) { return m_timers.at(static_cast<std::size_t>(timer)); }
@@ -101,6 +101,8 @@ private:
     void compareQueue();
     void inserted(const RealQueue& real);
     void taken();
+    void hastened(const RealQueue& real);
+    void checkNoneWaitsInVain() const;
     void removed(Activity& activity);
     void removeAll(const foundation::msg_svc::exchange::IDType* id);
     void checkFlags() const;

@@ -46,13 +46,13 @@ std::shared_ptr<tovrintimer::prevCallBackStatus> recordOf(const tovrintimer::Wor
 bool Model::matches(const RealQueue& real) const
 {
     return std::equal(m_queue.begin(), m_queue.end(), real.rbegin(), real.rend(),
-        [](const Item& item, const tovrintimer::WorkItemVariant& work) { return same(item, read(work)); });
+        [](const Item& item, const tovrintimer::WorkItemVariant* work) { return same(item, read(*work)); });
 }
 
 void Model::compareQueue()
 {
     // Without its lock: nothing else runs meanwhile.
-    const RealQueue& real = contents(tovrintimer::TimerSchedulerPeer::workQueue(*m_scheduler));
+    const RealQueue real = contents(tovrintimer::TimerSchedulerPeer::workQueue(*m_scheduler));
     Activity* const current = activity();
     if (current != nullptr && current->what == Activity::Cleanup) {
         if (!real.empty()) {
@@ -72,6 +72,8 @@ void Model::compareQueue()
         inserted(real);
     } else if (real.size() + 1 == m_queue.size()) {
         taken();
+    } else if (!matches(real)) {
+        hastened(real);
     }
     if (!matches(real)) {
         fail("the queue is not what it ought to be: " + std::to_string(real.size()) + " items in place of "
@@ -101,10 +103,10 @@ void Model::removed(Activity& activity)
 void Model::inserted(const RealQueue& real)
 {
     std::size_t place = 0;
-    while (place < m_queue.size() && same(m_queue[place], read(real[real.size() - 1 - place]))) {
+    while (place < m_queue.size() && same(m_queue[place], read(*real[real.size() - 1 - place]))) {
         ++place;
     }
-    const auto& work = real[real.size() - 1 - place];
+    const auto& work = *real[real.size() - 1 - place];
     Item item = read(work);
     item.timer = m_timerOf.at(item.id);
     Event& event = add(Event::Inserted, item.timer);
@@ -127,6 +129,7 @@ void Model::inserted(const RealQueue& real)
     }
     if (by.item && by.item->record == item.record) {
         item.after = by.item->after;
+        item.waits = true;
     }
     event.item.after = item.after;
     m_queue.insert(after, item);
@@ -136,6 +139,51 @@ void Model::inserted(const RealQueue& real)
         std::erase_if(m_records, [](const auto& record) { return record.expired(); });
     }
     m_records.push_back(recordOf(work));
+}
+
+/// An item that waits for a callback may become due as that returns.
+void Model::hastened(const RealQueue& real)
+{
+    const auto other = std::ranges::find_if(m_queue, [&real](const Item& item) {
+        return std::ranges::none_of(
+            real, [&item](const tovrintimer::WorkItemVariant* work) { return same(item, read(*work)); });
+    });
+    const auto found = std::ranges::find_if(real, [&](const tovrintimer::WorkItemVariant* work) {
+        return other != m_queue.end() && read(*work).record == other->record;
+    });
+    if (other == m_queue.end() || found == real.end()) {
+        return;
+    }
+    Item item = *other;
+    item.due = read(**found).due;
+    const Activity* const by = activity();
+    if (by == nullptr || by->timer != item.timer || !item.waits || !item.after->completed.latest()
+        || item.due >= other->due) {
+        fail("an item is made due at another time that does not wait for a callback which has returned");
+    }
+    const bool isNow = std::ranges::any_of(
+        by->clockReads, [&item](const auto& read) { return read.second / millisecond == item.due; });
+    if (!isNow) {
+        fail("an item whose callback has returned is made due at another time than now: " + describe(*by));
+    }
+    m_removedDues.insert(other->due);
+    m_queue.erase(other);
+    const auto after = std::ranges::upper_bound(m_queue, item.due, {}, &Item::due);
+    m_queue.insert(after, item);
+    m_aboutToNotify.insert(m_kernel.self());
+}
+
+/// The task has ended, and the scheduler thread sleeps: nobody is left who could make the item due.
+void Model::checkNoneWaitsInVain() const
+{
+    for (const Item& item : m_queue) {
+        const bool isOver = item.waits && item.after && item.after->modes.size() == 1
+            && item.after->hasSettled.latest() && item.after->completed.latest();
+        if (isOver && item.due > m_kernel.now() / millisecond) {
+            fail("a dropped TimerFcn waits until " + std::to_string(item.due)
+                + " ms for a callback that has returned");
+        }
+    }
 }
 
 void Model::taken()

@@ -56,6 +56,7 @@ struct Item {
     Count count;
     const void* record = nullptr;
     std::shared_ptr<HandOver> after; ///< the callback before this one in a fixed-rate run
+    bool waits = false; ///< for that callback: queued again where it was found running
 };
 
 struct Event {

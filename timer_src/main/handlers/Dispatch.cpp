@@ -50,7 +50,7 @@ void dispatch(WorkItem<ErrorFcnWork> item, Dispatcher* /*dispatcher*/)
     ErrorFcnWorkItemHandlerStrategy().handle(std::move(item));
 }
 
-void dispatch(WorkItemVariant work, Dispatcher* dispatcher)
+void dispatch(WorkItemVariant&& work, Dispatcher* dispatcher)
 {
     boost::apply_visitor([dispatcher](auto& item) { dispatch(std::move(item), dispatcher); }, work);
 }

@@ -17,6 +17,6 @@ void dispatch(WorkItem<StopFcnWork> item, Dispatcher* dispatcher);
 void dispatch(WorkItem<TimerFcnWork> item, Dispatcher* dispatcher);
 void dispatch(WorkItem<ErrorFcnWork> item, Dispatcher* dispatcher);
 
-void dispatch(WorkItemVariant work, Dispatcher* dispatcher);
+void dispatch(WorkItemVariant&& work, Dispatcher* dispatcher);
 
 } // namespace tovrintimer

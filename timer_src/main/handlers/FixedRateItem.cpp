@@ -6,8 +6,9 @@
 
 namespace tovrintimer {
 
-FixedRateItem::FixedRateItem(const WorkItem<TimerFcnWork>& due)
-    : WorkItem(due.m_id, due.m_executeAt, due.m_timerInfo, due.m_sharedTaskCounter, due.m_taskCount)
+FixedRateItem::FixedRateItem(WorkItem<TimerFcnWork>&& due)
+    : WorkItem(due.m_id, due.m_executeAt, std::move(due.m_timerInfo), std::move(due.m_sharedTaskCounter),
+        due.m_taskCount, nullptr)
     , m_handingThread(currentThreadId())
 {
 }

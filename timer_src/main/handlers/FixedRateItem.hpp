@@ -34,8 +34,9 @@ public:
         bool endsRun = false; ///< by the task: nothing follows
     };
 
-    /// To be made on the thread that hands the task over.
-    explicit FixedRateItem(const WorkItem<TimerFcnWork>& due);
+    /// To be made on the thread that hands the task over. What the due item owns is taken over, but for its
+    /// record: nobody asks again for the callback before this one.
+    explicit FixedRateItem(WorkItem<TimerFcnWork>&& due);
 
     /// The dispatching thread's side.
     const Count& callbackHandedOver(const TimerInfo& timer);

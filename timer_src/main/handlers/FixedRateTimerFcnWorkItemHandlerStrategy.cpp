@@ -7,9 +7,16 @@
 #include "timer_src/main/handlers/FixedRateItem.hpp"
 #include "timer_src/main/handlers/NextWorkItem.hpp"
 
+#include <variant>
+
 namespace tovrintimer {
 
+using foundation::msg_svc::exchange::IDType;
+
 namespace {
+
+/// How long an item waits before it asks again: to the next millisecond of the clock.
+constexpr DueTime::duration pollInterval { 1 };
 
 BusyMode busyMode(const TimerInfo& timer)
 {
@@ -17,11 +24,32 @@ BusyMode busyMode(const TimerInfo& timer)
 }
 
 /// The item keeps its task count and its record: a dropped firing is not a firing, and the callback that it waits
-/// for is still the same. Due at once, it is taken again and again until that callback has ended.
+/// for is still the same. It is taken again and again until that callback has ended: once in each millisecond,
+/// since one that raised an error never tells; and at once when it returns.
+///
+///     scheduler thread                      thread of the task
+///     ----------------                      ------------------
+///     found: not completed                  the callback returns
+///     isAwaited = true                      hasCompleted = true
+///     queue the item                        isAwaited? make the item due now
+///     hasCompleted? make it due now
+///
+/// Each side writes its own flag before it reads the other's, so that at least one of them sees both; and where
+/// the task looks too early for the item in the queue, this side looks after it.
 void fireAgain(WorkItem<TimerFcnWork> item)
 {
-    scheduleNextWorkItem(makeNextWorkItem(std::move(item.m_timerInfo), std::move(item.m_prevCallBackStatus), true,
-        item.m_id, std::move(item.m_sharedTaskCounter), item.m_taskCount));
+    const IDType id = item.m_id;
+    const auto record = item.m_prevCallBackStatus;
+    NextWorkItem next = makeNextWorkItem(
+        std::move(item.m_timerInfo), record, true, id, std::move(item.m_sharedTaskCounter), item.m_taskCount);
+    if (auto* const again = std::get_if<WorkItem<TimerFcnWork>>(&next)) {
+        again->m_executeAt += pollInterval;
+    }
+    record->isAwaited = true;
+    scheduleNextWorkItem(std::move(next));
+    if (record->hasCompleted) {
+        hasten(id, *record);
+    }
 }
 
 /// The run ends. The StopFcn comes first, and the ErrorFcn even where the timer has stopped by then.
@@ -46,9 +74,9 @@ void FixedRateTimerFcnWorkItemHandlerStrategy::handle(WorkItem<TimerFcnWork> ite
         return;
     }
     if (busyMode(*timer) != BusyMode::Queue && isPreviousCallbackStillRunning(item)) {
-        handleFixedRateTimerFcnWithContention(std::move(item));
+        handleFixedRateTimerFcnWithContention(*timer, std::move(item));
     } else {
-        handleFixedRateTimerFcnWithNoContention(std::move(item));
+        handleFixedRateTimerFcnWithNoContention(timer, std::move(item));
     }
 }
 
@@ -67,36 +95,31 @@ bool FixedRateTimerFcnWorkItemHandlerStrategy::isPreviousCallbackStillRunning(
 }
 
 void FixedRateTimerFcnWorkItemHandlerStrategy::handleFixedRateTimerFcnWithNoContention(
-    WorkItem<TimerFcnWork> item) const
+    const std::shared_ptr<TimerInfo>& timer, WorkItem<TimerFcnWork>&& item) const
 {
-    const auto timer = item.m_timerInfo.lock();
-    if (!timer) {
-        return;
-    }
-    const auto current = std::make_shared<FixedRateItem>(item);
-    const auto record = std::make_shared<prevCallBackStatus>();
-    const auto runTimerFcn = [current, record](TimerInfo& info, vorn::VORN& engine) {
+    const auto current = std::make_shared<FixedRateItem>(std::move(item));
+    auto record = std::make_shared<prevCallBackStatus>();
+    auto runTimerFcn = [current, record](TimerInfo& info, vorn::VORN& engine) {
         info.updateTimerFunRunStatus();
         evaluateTimerCallback(info, engine, TimerFcnWork);
         record->hasCompleted = true;
         current->callbackReturned(info);
+        if (record->isAwaited) {
+            hasten(current->m_id, *record);
+        }
     };
-    handOver<FixedRateTimerFcnWorkItemHandlerStrategy>(timer, runTimerFcn);
+    handOver<FixedRateTimerFcnWorkItemHandlerStrategy>(timer, std::move(runTimerFcn));
     const FixedRateItem::Count& count = current->callbackHandedOver(*timer);
     if (!count.endsRun) {
-        scheduleNextWorkItem(makeNextWorkItem(current->m_timerInfo, record, false, current->m_id,
+        scheduleNextWorkItem(makeNextWorkItem(current->m_timerInfo, std::move(record), false, current->m_id,
             std::make_shared<std::uint64_t>(count.total), count.left));
     }
 }
 
 void FixedRateTimerFcnWorkItemHandlerStrategy::handleFixedRateTimerFcnWithContention(
-    WorkItem<TimerFcnWork> item) const
+    TimerInfo& timer, WorkItem<TimerFcnWork>&& item) const
 {
-    const auto timer = item.m_timerInfo.lock();
-    if (!timer) {
-        return;
-    }
-    switch (busyMode(*timer)) {
+    switch (busyMode(timer)) {
     case BusyMode::Drop:
         trace("Contention With previous timerFcn callback,", " dropping current TimerFcn, and setting next",
             " TimerFcn to fire immediately");
@@ -105,7 +128,7 @@ void FixedRateTimerFcnWorkItemHandlerStrategy::handleFixedRateTimerFcnWithConten
     case BusyMode::Error:
         trace("Contention With previous timerFcn callback,",
             " dropping current TimerFcn, and setting errorFcn to fire immediately");
-        failRun(*timer, item);
+        failRun(timer, item);
         return;
     case BusyMode::Queue:
         return; // the mode has changed since it was asked about: lost like under a mode that does not exist

@@ -2,6 +2,8 @@
 
 #include "timer_src/main/WorkItem.hpp"
 
+#include <memory>
+
 namespace tovrintimer {
 
 /// Hands the TimerFcn over, counts it and queues the next one, a period after this dispatch. Where the callback
@@ -12,8 +14,9 @@ public:
 
 private:
     bool isPreviousCallbackStillRunning(const WorkItem<TimerFcnWork>& item) const;
-    void handleFixedRateTimerFcnWithNoContention(WorkItem<TimerFcnWork> item) const;
-    void handleFixedRateTimerFcnWithContention(WorkItem<TimerFcnWork> item) const;
+    void handleFixedRateTimerFcnWithNoContention(
+        const std::shared_ptr<TimerInfo>& timer, WorkItem<TimerFcnWork>&& item) const;
+    void handleFixedRateTimerFcnWithContention(TimerInfo& timer, WorkItem<TimerFcnWork>&& item) const;
 };
 
 } // namespace tovrintimer

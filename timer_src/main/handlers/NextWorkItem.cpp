@@ -17,7 +17,7 @@ bool isRunning(const std::weak_ptr<TimerInfo>& timer)
     return info && info->getIsRunning();
 }
 
-template <int kind> void scheduleIfRunning(WorkItem<kind> item)
+template <int kind> void scheduleIfRunning(WorkItem<kind>&& item)
 {
     if (isRunning(item.m_timerInfo)) {
         TimerScheduler::getPerTOVRINProcessInstance()->insertAscendingSorted(std::move(item));

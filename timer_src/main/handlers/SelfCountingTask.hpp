@@ -17,13 +17,13 @@ void handOverSelfCountingTask(const WorkItem<TimerFcnWork>& item, Body countAndE
     if (!timer) {
         return;
     }
-    const auto runTimerFcn
+    auto runTimerFcn
         = [current = makeCurrentWorkItem(item), countAndEvaluate](TimerInfo& info, vorn::VORN& engine) {
               info.updateTimerFunRunStatus();
               countAndEvaluate(*current, info, engine);
               endRunWithoutStopFcn(*current);
           };
-    handOver<Handler>(timer, runTimerFcn);
+    handOver<Handler>(timer, std::move(runTimerFcn));
 }
 
 } // namespace tovrintimer

@@ -1,18 +1,59 @@
 #pragma once
 
-#if defined(_WIN32)
-#include "timer_src/main/platform/CappedWait.hpp"
-#else
+#include <chrono>
 #include <condition_variable>
-#endif
+#include <mutex>
 
 namespace tovrintimer::platform {
 
-/// The condition variable that can wait for any deadline.
-#if defined(_WIN32)
-using ConditionVariable = CappedConditionVariable;
-#else
-using ConditionVariable = std::condition_variable;
-#endif
+/// The longest wait that is asked of a platform: there are those that take 2^32-1 ms, 49.7 days, or more for
+/// endless.
+inline constexpr std::chrono::hours longestWait { 24 };
+
+/// Where a wait that begins at `now` has to make its next stop on the way to `deadline`, which is to come.
+template <typename TimePoint>
+constexpr TimePoint nextStop(TimePoint now, TimePoint deadline, typename TimePoint::duration cap)
+{
+    // Not now + cap < deadline: that might be beyond the last time point.
+    return deadline - cap > now ? now + cap : deadline;
+}
+
+/// A condition variable that leaves the kernel out of a wait for a moment that has passed, and makes a wait of
+/// more than a day of shorter ones, after each of which it looks at the predicate. Otherwise like
+/// std::condition_variable.
+///
+/// A wait that leaves the kernel out does not let go of the lock either. Who waits for the lock gets it when its
+/// owner unlocks it: the scheduler thread does so for each dispatch, which takes longer than all that it does
+/// under the lock.
+class ConditionVariable {
+public:
+    explicit ConditionVariable(std::chrono::milliseconds cap = longestWait)
+        : m_cap(cap)
+    {
+    }
+
+    void notify_one() noexcept { m_condition.notify_one(); }
+
+    template <typename Clock, typename Duration, typename Predicate>
+    bool wait_until(
+        std::unique_lock<std::mutex>& lock, std::chrono::time_point<Clock, Duration> deadline, Predicate predicate)
+    {
+        while (!predicate()) {
+            const auto now = std::chrono::time_point_cast<Duration>(Clock::now());
+            if (now >= deadline) {
+                return predicate();
+            }
+            const auto stop = nextStop(now, deadline, std::chrono::duration_cast<Duration>(m_cap));
+            if (m_condition.wait_until(lock, stop) == std::cv_status::timeout && stop >= deadline) {
+                return predicate();
+            }
+        }
+        return true;
+    }
+
+private:
+    std::condition_variable m_condition;
+    const std::chrono::milliseconds m_cap;
+};
 
 } // namespace tovrintimer::platform

@@ -1,4 +1,4 @@
-#include "timer_src/main/platform/CappedWait.hpp"
+#include "timer_src/main/platform/ConditionVariable.hpp"
 
 #include "timer_src/main/DueTime.hpp"
 
@@ -14,7 +14,7 @@ using namespace std::chrono_literals;
 
 constexpr DueTime start { 1000ms };
 
-TEST(CappedWaitTest, AWaitOfSixtyDaysIsMadeOfSixtyThatThePlatformCanDo)
+TEST(ConditionVariableTest, AWaitOfSixtyDaysIsMadeOfSixtyThatThePlatformCanDo)
 {
     constexpr std::chrono::milliseconds takenForEndless { 0xFFFF'FFFF };
     static_assert(longestWait < takenForEndless && takenForEndless < 60 * 24h);
@@ -33,32 +33,29 @@ TEST(CappedWaitTest, AWaitOfSixtyDaysIsMadeOfSixtyThatThePlatformCanDo)
     EXPECT_EQ(stops, 60);
 }
 
-TEST(CappedWaitTest, AShortWaitIsMadeAtOnce)
+TEST(ConditionVariableTest, AShortWaitIsMadeAtOnce)
 {
     EXPECT_EQ(nextStop(start, start + 24h, longestWait), start + 24h);
     EXPECT_EQ(nextStop(start, start + 1ms, longestWait), start + 1ms);
-    EXPECT_EQ(nextStop(start, start - 1ms, longestWait), start - 1ms);
 }
 
-TEST(CappedWaitTest, TheLastTimePointIsNoOverflow)
+TEST(ConditionVariableTest, TheLastTimePointIsNoOverflow)
 {
     EXPECT_EQ(nextStop(DueTime::max() - 1h, DueTime::max(), longestWait), DueTime::max());
     EXPECT_EQ(nextStop(start, DueTime::max(), longestWait), start + 24h);
 }
 
-TEST(CappedWaitTest, AMomentThatIsLongPastIsNoOverflow)
+TEST(ConditionVariableTest, AMomentThatIsLongPastIsNoOverflow)
 {
-    EXPECT_EQ(nextStop(start, DueTime::min(), longestWait), start - longestWait);
-
-    CappedConditionVariable condition(5ms);
+    ConditionVariable condition(5ms);
     Mutex mutex;
     Lock lock(mutex);
     EXPECT_FALSE(condition.wait_until(lock, DueTime::min(), [] { return false; }));
 }
 
-TEST(CappedWaitTest, ThePredicateIsAskedAtEachStopAndTheWaitEndsNotBeforeItsDeadline)
+TEST(ConditionVariableTest, ThePredicateIsAskedAtEachStopAndTheWaitEndsNotBeforeItsDeadline)
 {
-    CappedConditionVariable condition(5ms);
+    ConditionVariable condition(5ms);
     Mutex mutex;
     Lock lock(mutex);
     const DueTime due = std::chrono::time_point_cast<std::chrono::milliseconds>(SteadyClock::now()) + 50ms;
@@ -76,9 +73,9 @@ TEST(CappedWaitTest, ThePredicateIsAskedAtEachStopAndTheWaitEndsNotBeforeItsDead
     EXPECT_GE(asked, 3);
 }
 
-TEST(CappedWaitTest, ANotificationEndsTheWait)
+TEST(ConditionVariableTest, ANotificationEndsTheWait)
 {
-    CappedConditionVariable condition;
+    ConditionVariable condition;
     Mutex mutex;
     bool called = false;
     std::thread caller([&] {
