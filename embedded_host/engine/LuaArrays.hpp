@@ -18,6 +18,9 @@ void pushArray(lua_State* state, const foundation::tovrindata::Array& array);
 /// \throws std::invalid_argument for a value that has no counterpart
 foundation::tovrindata::Array toArray(lua_State* state, int index);
 
+/// To be called once, before anything else here.
+void openLuaObjects(lua_State* state);
+
 /// Registers the value on top of the stack as the object with this number, and pops it. nil takes it out again.
 TOVRINHOST_API void setLuaObject(lua_State* state, lua_Integer number);
 
