@@ -3,6 +3,8 @@
 #include "embedded_host/engine/InterpreterThread.hpp"
 
 #include <algorithm>
+#include <functional>
+#include <iterator>
 #include <utility>
 
 namespace tovrinhost {
@@ -56,27 +58,14 @@ void EventLoop::close(TaskOwner& owner, std::size_t keep)
     if (owner.m_pending <= keep) {
         return; // else many timers that are stopped one after the other would each look at all that waits
     }
-    const auto isDropped = [&](Entry& entry) {
-        if (entry.owner.get() != &owner) {
-            return false;
-        }
-        if (keep > 0) {
-            --keep;
-            return false;
-        }
-        dropped.push_back(std::move(entry));
-        return true;
-    };
-    auto kept = m_queue.begin();
-    for (Entry& entry : m_queue) {
-        if (!isDropped(entry)) {
-            if (&*kept != &entry) {
-                *kept = std::move(entry);
-            }
-            ++kept;
-        }
+    const auto isOfOwner = [&](const Entry& entry) { return entry.owner.get() == &owner; };
+    auto behindKept = m_queue.begin();
+    for (; keep > 0; --keep) {
+        behindKept = std::next(std::find_if(behindKept, m_queue.end(), isOfOwner));
     }
-    m_queue.erase(kept, m_queue.end());
+    const auto first = std::stable_partition(behindKept, m_queue.end(), std::not_fn(isOfOwner));
+    dropped = std::deque<Entry>(std::move_iterator(first), std::move_iterator(m_queue.end()));
+    m_queue.erase(first, m_queue.end());
     owner.m_pending -= dropped.size();
 }
 

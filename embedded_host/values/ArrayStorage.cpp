@@ -33,4 +33,10 @@ void requireType(const Array& array, ArrayType needed, const char* className)
     }
 }
 
+const std::string& charactersOf(const Array& array)
+{
+    requireType(array, ArrayType::Char, "CharArray");
+    return elementsOf<CharElements>(array)->utf8;
+}
+
 } // namespace foundation::tovrindata::detail

@@ -55,6 +55,10 @@ template <typename Kind> Array makeArray(Extents extents, Kind elements)
 /// \throws std::invalid_argument unless the array is of the type that an array class, named for the text, needs
 void requireType(const Array& array, ArrayType needed, const char* className);
 
+/// The characters of an array, which outlives them.
+/// \throws std::invalid_argument unless it holds characters
+const std::string& charactersOf(const Array& array);
+
 /// \returns null where the array holds something else, or nothing
 template <typename Elements> const Elements* elementsOf(const Array& array) noexcept
 {
