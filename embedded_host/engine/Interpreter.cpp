@@ -63,11 +63,6 @@ std::string topText(lua_State* state)
     return { text, length };
 }
 
-void pushText(lua_State* state, const std::string& text)
-{
-    lua_pushlstring(state, text.data(), text.size());
-}
-
 /// Leaves the loaded chunk on the stack.
 void checkLoaded(lua_State* state, int status)
 {

@@ -5,6 +5,7 @@
 
 #include <lauxlib.h>
 
+#include <cstring>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -41,7 +42,7 @@ void pushRecord(lua_State* state, const detail::StructElements& records, std::si
     lua_createtable(state, 0, static_cast<int>(records.fieldNames.size()) + 1);
     auto value = records.values.begin() + static_cast<std::ptrdiff_t>(index * records.fieldNames.size());
     for (const std::string& field : records.fieldNames) {
-        lua_pushlstring(state, field.data(), field.size());
+        pushText(state, field);
         pushArray(state, *value);
         lua_rawset(state, -3);
         ++value;
@@ -53,10 +54,7 @@ struct Push {
     lua_State* state;
     std::size_t count;
 
-    void operator()(const detail::CharElements& characters) const
-    {
-        lua_pushlstring(state, characters.utf8.data(), characters.utf8.size());
-    }
+    void operator()(const detail::CharElements& characters) const { pushText(state, characters.utf8); }
 
     void operator()(const detail::DoubleElements& numbers) const
     {
@@ -92,6 +90,15 @@ std::vector<double> numbersAt(lua_State* state, int index)
 }
 
 } // namespace
+
+void pushText(lua_State* state, const std::string& text)
+{
+    if (std::strlen(text.c_str()) == text.size()) {
+        lua_pushstring(state, text.c_str()); // Lua remembers texts by where they stood: the same few come again
+    } else {
+        lua_pushlstring(state, text.data(), text.size());
+    }
+}
 
 void pushArray(lua_State* state, const Array& array)
 {

@@ -4,6 +4,8 @@
 
 #include <lua.h>
 
+#include <string>
+
 namespace tovrinhost {
 
 // Host values to and from script values.
@@ -11,6 +13,9 @@ namespace tovrinhost {
 // characters: a string; numbers: a number, or a sequence of them where there is not exactly one; a record: a table
 // by field name; several records: a sequence of such tables; an object: whatever was registered under its number;
 // an empty array: nil.
+
+/// Pushes a text, zero bytes included.
+void pushText(lua_State* state, const std::string& text);
 
 /// Pushes one value.
 void pushArray(lua_State* state, const foundation::tovrindata::Array& array);
