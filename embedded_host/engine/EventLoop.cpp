@@ -3,9 +3,8 @@
 #include "embedded_host/engine/InterpreterThread.hpp"
 
 #include <algorithm>
-#include <functional>
-#include <iterator>
 #include <utility>
+#include <vector>
 
 namespace tovrinhost {
 
@@ -52,20 +51,27 @@ void EventLoop::wake()
 
 void EventLoop::close(TaskOwner& owner, std::size_t keep)
 {
-    std::deque<Entry> dropped; // destroyed after the lock is released
+    std::vector<Entry> dropped; // destroyed after the lock is released
     const std::lock_guard lock(m_mutex);
     owner.m_closed = true;
     if (owner.m_pending <= keep) {
         return; // else many timers that are stopped one after the other would each look at all that waits
     }
-    const auto isOfOwner = [&](const Entry& entry) { return entry.owner.get() == &owner; };
-    auto behindKept = m_queue.begin();
-    for (; keep > 0; --keep) {
-        behindKept = std::next(std::find_if(behindKept, m_queue.end(), isOfOwner));
+    dropped.reserve(owner.m_pending - keep); // so that nothing fails on the way
+    auto place = m_queue.begin();
+    for (Entry& entry : m_queue) {
+        const bool isOfOwner = entry.owner.get() == &owner;
+        if (isOfOwner && keep == 0) {
+            dropped.push_back(std::move(entry));
+            continue;
+        }
+        keep -= isOfOwner ? 1 : 0;
+        if (&*place != &entry) {
+            *place = std::move(entry);
+        }
+        ++place;
     }
-    const auto first = std::stable_partition(behindKept, m_queue.end(), std::not_fn(isOfOwner));
-    dropped = std::deque<Entry>(std::move_iterator(first), std::move_iterator(m_queue.end()));
-    m_queue.erase(first, m_queue.end());
+    m_queue.erase(place, m_queue.end());
     owner.m_pending -= dropped.size();
 }
 
