@@ -259,11 +259,11 @@ TEST_F(EventLoopTest, EachSleepIsEndedByTheNextTask)
 {
     constexpr int rounds = 200;
     std::atomic<int> run { 0 };
-    const std::jthread other([&] {
-        for (int round = 0; round < rounds; ++round) {
+    const std::jthread other([&](const std::stop_token& testFails) {
+        for (int round = 0; round < rounds && !testFails.stop_requested(); ++round) {
             m_loop.submit(
                 m_owner, [&run] { ++run; }, true);
-            while (run == round) {
+            while (run == round && !testFails.stop_requested()) {
                 std::this_thread::yield();
             }
         }
