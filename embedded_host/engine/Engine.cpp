@@ -12,6 +12,7 @@
 #include <atomic>
 #include <chrono>
 #include <iostream>
+#include <type_traits>
 #include <utility>
 
 namespace vorn {
@@ -54,7 +55,7 @@ EventLoop::When whenOf(const cmddistributor::RunOptions& options)
 ///
 /// Boost's futures give other exceptions a container that counts its users without atomics, although the thread
 /// that reads the future is one of them and the interpreter thread another.
-template <typename Result> Result evaluateAsScript(const std::function<Result()>& evaluate)
+template <typename Evaluate> auto evaluateAsScript(const Evaluate& evaluate)
 {
     try {
         return evaluate();
@@ -65,19 +66,33 @@ template <typename Result> Result evaluateAsScript(const std::function<Result()>
     }
 }
 
-/// Evaluates at once on the interpreter thread, else queues.
-template <typename Result>
-foundation::concurrent::future<Result> request(
-    EventLoop& loop, EventLoop::When when, std::function<Result()> evaluate)
+/// Evaluates at once, on the interpreter thread.
+template <typename Evaluate> auto evaluateNow(const Evaluate& evaluate)
 {
-    const auto task = std::make_shared<boost::packaged_task<Result()>>(
-        [evaluate = std::move(evaluate)] { return evaluateAsScript(evaluate); });
-    auto result = task->get_future();
-    if (isInterpreterThread(loop)) {
-        (*task)();
-    } else {
-        loop.post(when, [task] { (*task)(); });
+    using Result = decltype(evaluate());
+    boost::promise<Result> promise;
+    auto result = promise.get_future();
+    try {
+        if constexpr (std::is_void_v<Result>) {
+            evaluateAsScript(evaluate);
+            promise.set_value();
+        } else {
+            promise.set_value(evaluateAsScript(evaluate));
+        }
+    } catch (...) {
+        promise.set_exception(boost::current_exception());
     }
+    return result;
+}
+
+/// Has the interpreter thread evaluate.
+template <typename Evaluate> auto evaluateLater(EventLoop& loop, EventLoop::When when, Evaluate evaluate)
+{
+    using Task = boost::packaged_task<decltype(evaluate())()>;
+    const auto task
+        = std::make_shared<Task>([evaluate = std::move(evaluate)] { return evaluateAsScript(evaluate); });
+    auto result = task->get_future();
+    loop.post(when, [task] { (*task)(); });
     return result;
 }
 
@@ -156,18 +171,22 @@ foundation::concurrent::future<std::vector<foundation::tovrindata::Array>> Engin
     const std::string& function, const std::vector<foundation::tovrindata::Array>& arguments, std::size_t nargout,
     cmddistributor::RunOptions options, bool /*reserved*/, foundation::msg_svc::exchange::IDType /*requestId*/)
 {
-    return request<std::vector<foundation::tovrindata::Array>>(m_loop, whenOf(options),
+    if (isInterpreterThread(m_loop)) {
+        return evaluateNow([&] { return m_interpreter->call(function, arguments, nargout); });
+    }
+    return evaluateLater(m_loop, whenOf(options),
         [this, function, arguments, nargout] { return m_interpreter->call(function, arguments, nargout); });
 }
 
 foundation::concurrent::future<void> Engine::evalAsync(const std::u16string& statement,
     cmddistributor::RunOptions options, foundation::msg_svc::exchange::IDType /*requestId*/)
 {
-    return request<void>(m_loop, whenOf(options), [this, statement] {
+    const auto evaluate = [this, statement] {
         if (statement != wakeUpStatement) {
             m_interpreter->execute(toUtf8(std::u16string_view(statement)), "=statement");
         }
-    });
+    };
+    return isInterpreterThread(m_loop) ? evaluateNow(evaluate) : evaluateLater(m_loop, whenOf(options), evaluate);
 }
 
 void Engine::submit(const std::function<void()>& task)
@@ -197,7 +216,9 @@ void Engine::interject()
 
 void Engine::run(const std::function<void(Interpreter&)>& work)
 {
-    request<void>(m_loop, EventLoop::When::Idle, [this, &work] { work(*m_interpreter); }).get();
+    const auto evaluate = [this, &work] { work(*m_interpreter); };
+    (isInterpreterThread(m_loop) ? evaluateNow(evaluate) : evaluateLater(m_loop, EventLoop::When::Idle, evaluate))
+        .get();
 }
 
 } // namespace tovrinhost

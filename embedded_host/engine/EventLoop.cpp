@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 namespace tovrinhost {
 
@@ -50,18 +51,27 @@ void EventLoop::wake()
 
 void EventLoop::close(TaskOwner& owner, std::size_t keep)
 {
-    std::deque<Entry> dropped; // destroyed after the lock is released
-    std::deque<Entry> kept;
+    std::vector<Entry> dropped; // destroyed after the lock is released
     const std::lock_guard lock(m_mutex);
     owner.m_closed = true;
-    for (Entry& entry : m_queue) {
-        const bool drops = entry.owner.get() == &owner && keep == 0;
-        if (entry.owner.get() == &owner && keep > 0) {
-            --keep;
-        }
-        (drops ? dropped : kept).push_back(std::move(entry));
+    if (owner.m_pending <= keep) {
+        return; // else many timers that are stopped one after the other would each look at all that waits
     }
-    m_queue.swap(kept);
+    dropped.reserve(owner.m_pending - keep); // so that nothing fails on the way
+    auto place = m_queue.begin();
+    for (Entry& entry : m_queue) {
+        const bool isOfOwner = entry.owner.get() == &owner;
+        if (isOfOwner && keep == 0) {
+            dropped.push_back(std::move(entry));
+            continue;
+        }
+        keep -= isOfOwner ? 1 : 0;
+        if (&*place != &entry) {
+            *place = std::move(entry);
+        }
+        ++place;
+    }
+    m_queue.erase(place, m_queue.end());
     owner.m_pending -= dropped.size();
 }
 
@@ -201,19 +211,24 @@ void EventLoop::waitForAttention(const Deadline& deadline)
 {
     std::unique_lock lock(m_mutex);
     const auto called = [this] { return m_attention; };
+    m_sleeps = true;
     if (deadline) {
         m_changed.wait_until(lock, *deadline, called);
     } else {
         m_changed.wait(lock, called);
     }
+    m_sleeps = false;
     m_attention = false;
 }
 
 void EventLoop::raiseAttention(std::unique_lock<std::mutex> lock)
 {
     m_attention = true;
+    const bool wakes = std::exchange(m_sleeps, false);
     lock.unlock();
-    m_changed.notify_one();
+    if (wakes) {
+        m_changed.notify_one();
+    }
 }
 
 } // namespace tovrinhost

@@ -99,9 +99,10 @@ private:
 
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::deque<Entry> m_queue; // guarded by m_mutex, like the next three
+    std::deque<Entry> m_queue; // guarded by m_mutex, like the next four
     std::uint64_t m_arrivals = 0;
-    bool m_attention = false;
+    bool m_attention = false; // there is something to look at
+    bool m_sleeps = false; // the interpreter, and nobody has woken it yet
     bool m_stopped = false;
 
     // Shared without a lock.

@@ -34,8 +34,6 @@ public:
     RestoredStack& operator=(const RestoredStack&) = delete;
     ~RestoredStack() { lua_settop(m_state, m_top); }
 
-    int top() const { return m_top; }
-
 private:
     lua_State* const m_state;
     const int m_top;
@@ -63,11 +61,6 @@ std::string topText(lua_State* state)
     std::size_t length = 0;
     const char* text = lua_tolstring(state, -1, &length);
     return { text, length };
-}
-
-void pushText(lua_State* state, const std::string& text)
-{
-    lua_pushlstring(state, text.data(), text.size());
 }
 
 /// Leaves the loaded chunk on the stack.
@@ -130,6 +123,7 @@ Interpreter::Interpreter(EventLoop& loop)
     *static_cast<Interpreter**>(lua_getextraspace(m_main.get())) = this;
     protect([](lua_State* state) {
         luaL_openlibs(state);
+        openLuaObjects(state);
         RunningCode::watchCoroutines(state);
         lua_newtable(state);
         lua_rawsetp(state, LUA_REGISTRYINDEX, &functionsKey);
@@ -168,7 +162,8 @@ std::vector<foundation::tovrindata::Array> Interpreter::call(
     const std::string& function, const std::vector<foundation::tovrindata::Array>& arguments, std::size_t outputs)
 {
     const RestoredStack stack(state());
-    protect([&](lua_State* state) {
+    const int handler = pushHandler();
+    protectAbove(handler, [&](lua_State* state) {
         reserveStack(state, arguments.size() + 3);
         pushFunction(state, function);
         for (const auto& argument : arguments) {
@@ -177,10 +172,10 @@ std::vector<foundation::tovrindata::Array> Interpreter::call(
         return static_cast<int>(arguments.size()) + 1;
     });
     reserveStack(state(), outputs + 1);
-    callOnStack(static_cast<int>(arguments.size()), static_cast<int>(outputs));
+    callAbove(handler, static_cast<int>(arguments.size()), static_cast<int>(outputs));
     std::vector<foundation::tovrindata::Array> results;
-    for (std::size_t i = 0; i < outputs; ++i) {
-        results.push_back(toArray(state(), stack.top() + 1 + static_cast<int>(i)));
+    for (std::size_t i = 1; i <= outputs; ++i) {
+        results.push_back(toArray(state(), handler + static_cast<int>(i)));
     }
     return results;
 }
@@ -188,17 +183,19 @@ std::vector<foundation::tovrindata::Array> Interpreter::call(
 void Interpreter::execute(const std::string& statements, const std::string& chunkName)
 {
     const RestoredStack stack(state());
-    protect([&](lua_State* state) {
+    const int handler = pushHandler();
+    protectAbove(handler, [&](lua_State* state) {
         load(state, statements, chunkName);
         return 1;
     });
-    callOnStack(0, 0);
+    callAbove(handler, 0, 0);
 }
 
 void Interpreter::runFile(const std::string& path, const std::vector<std::string>& arguments)
 {
     const RestoredStack stack(state());
-    protect([&](lua_State* state) {
+    const int handler = pushHandler();
+    protectAbove(handler, [&](lua_State* state) {
         lua_createtable(state, static_cast<int>(arguments.size()), 1);
         pushText(state, path);
         lua_rawseti(state, -2, 0);
@@ -216,17 +213,33 @@ void Interpreter::runFile(const std::string& path, const std::vector<std::string
         }
         return static_cast<int>(arguments.size()) + 1;
     });
-    callOnStack(static_cast<int>(arguments.size()), 0);
+    callAbove(handler, static_cast<int>(arguments.size()), 0);
 }
 
 void Interpreter::protect(const std::function<int(lua_State*)>& work)
 {
-    Protected call { work, nullptr };
+    const int handler = pushHandler();
+    protectAbove(handler, work);
+    lua_remove(state(), handler);
+}
+
+/// Pushes the message handler. Above it is room for a protected call.
+/// \returns where it is
+int Interpreter::pushHandler()
+{
     reserveStack(state(), 3);
+    lua_pushcfunction(state(), describeError);
+    return lua_gettop(state());
+}
+
+/// Does what `protect` does, with the handler that is on top of the stack.
+void Interpreter::protectAbove(int handler, const std::function<int(lua_State*)>& work)
+{
+    Protected call { work, nullptr };
     lua_pushcfunction(state(), Protected::call);
     lua_pushlightuserdata(state(), &call);
     try {
-        callOnStack(1, LUA_MULTRET);
+        callAbove(handler, 1, LUA_MULTRET);
     } catch (const ScriptError&) {
         if (call.thrown) {
             std::rethrow_exception(call.thrown);
@@ -235,23 +248,20 @@ void Interpreter::protect(const std::function<int(lua_State*)>& work)
     }
 }
 
-/// Calls the function below its arguments on the stack of `state()`. Needs one free slot.
-void Interpreter::callOnStack(int arguments, int results)
+/// Calls the function and its arguments, all that is on the stack of `state()` above the handler. The results
+/// replace them; an error takes the handler away, too.
+void Interpreter::callAbove(int handler, int arguments, int results)
 {
     lua_State* const state = this->state();
     std::string traceback;
     std::string* const outerTraceback = std::exchange(m_traceback, &traceback);
-    const int handler = lua_absindex(state, -arguments - 1);
-    lua_pushcfunction(state, describeError);
-    lua_insert(state, handler);
     const int status = lua_pcall(state, arguments, results, handler);
-    lua_remove(state, handler);
     m_traceback = outerTraceback;
     if (status == LUA_OK) {
         return;
     }
     std::string message = topText(state);
-    lua_pop(state, 1);
+    lua_settop(state, handler - 1);
     if (m_code.isInterrupted()) {
         fail("interrupted");
     }

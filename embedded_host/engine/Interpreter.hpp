@@ -77,7 +77,9 @@ private:
     };
 
     static int describeError(lua_State* state);
-    void callOnStack(int arguments, int results);
+    int pushHandler();
+    void protectAbove(int handler, const std::function<int(lua_State*)>& work);
+    void callAbove(int handler, int arguments, int results);
 
     EventLoop& m_loop;
     std::unique_ptr<lua_State, Close> m_main; // before what is initialised from it

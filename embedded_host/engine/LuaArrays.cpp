@@ -1,10 +1,11 @@
 #include "embedded_host/engine/LuaArrays.hpp"
 
-#include "embedded_host/values/ObjectArray.hpp"
+#include "embedded_host/values/ArrayStorage.hpp"
 #include "host/foundation/tovrindata/ArrayFactory.hpp"
 
 #include <lauxlib.h>
 
+#include <cstring>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -13,15 +14,13 @@ namespace tovrinhost {
 
 using foundation::tovrindata::Array;
 using foundation::tovrindata::ArrayFactory;
-using foundation::tovrindata::ArrayType;
-using foundation::tovrindata::CharArray;
-using foundation::tovrindata::StructArray;
-using foundation::tovrindata::TypedArray;
 
 namespace {
 
-/// The registry entry that holds the objects by number.
-constexpr const char* objectsKey = "tovrinhost.objects";
+namespace detail = foundation::tovrindata::detail;
+
+/// Its address is the registry key of the objects by number.
+const char objectsKey = 0;
 
 /// Pushes what `pushOne(index)` pushes for a single element, or a sequence of them.
 template <typename PushOne> void pushElements(lua_State* state, std::size_t count, PushOne pushOne)
@@ -37,15 +36,41 @@ template <typename PushOne> void pushElements(lua_State* state, std::size_t coun
     }
 }
 
-void pushRecord(lua_State* state, const StructArray& records, std::size_t index)
+void pushRecord(lua_State* state, const detail::StructElements& records, std::size_t index)
 {
-    lua_newtable(state);
-    for (const std::string& field : records.getFieldNames()) {
-        lua_pushlstring(state, field.data(), field.size());
-        pushArray(state, records.getField(index, field));
+    // With room for what the host adds to an event.
+    lua_createtable(state, 0, static_cast<int>(records.fieldNames.size()) + 1);
+    auto value = records.values.begin() + static_cast<std::ptrdiff_t>(index * records.fieldNames.size());
+    for (const std::string& field : records.fieldNames) {
+        pushText(state, field);
+        pushArray(state, *value);
         lua_rawset(state, -3);
+        ++value;
     }
 }
+
+/// What is pushed for the elements of each kind.
+struct Push {
+    lua_State* state;
+    std::size_t count;
+
+    void operator()(const detail::CharElements& characters) const { pushText(state, characters.utf8); }
+
+    void operator()(const detail::DoubleElements& numbers) const
+    {
+        pushElements(state, count, [&](std::size_t i) { lua_pushnumber(state, numbers.values[i]); });
+    }
+
+    void operator()(const detail::StructElements& records) const
+    {
+        pushElements(state, count, [&](std::size_t i) { pushRecord(state, records, i); });
+    }
+
+    void operator()(const detail::ObjectElement& object) const
+    {
+        pushLuaObject(state, static_cast<lua_Integer>(object.number));
+    }
+};
 
 std::vector<double> numbersAt(lua_State* state, int index)
 {
@@ -66,32 +91,22 @@ std::vector<double> numbersAt(lua_State* state, int index)
 
 } // namespace
 
+void pushText(lua_State* state, const std::string& text)
+{
+    if (std::strlen(text.c_str()) == text.size()) {
+        lua_pushstring(state, text.c_str()); // Lua remembers texts by where they stood: the same few come again
+    } else {
+        lua_pushlstring(state, text.data(), text.size());
+    }
+}
+
 void pushArray(lua_State* state, const Array& array)
 {
     luaL_checkstack(state, 4, "too deep a value");
-    switch (array.getType()) {
-    case ArrayType::Empty:
+    if (const auto& storage = array.storage()) {
+        std::visit(Push { state, array.getNumberOfElements() }, storage->elements);
+    } else {
         lua_pushnil(state);
-        return;
-    case ArrayType::Char: {
-        const std::string text = CharArray(array).toUTF8();
-        lua_pushlstring(state, text.data(), text.size());
-        return;
-    }
-    case ArrayType::Double: {
-        const TypedArray<double> numbers(array);
-        pushElements(
-            state, array.getNumberOfElements(), [&](std::size_t i) { lua_pushnumber(state, numbers.at(i)); });
-        return;
-    }
-    case ArrayType::Struct: {
-        const StructArray records(array);
-        pushElements(state, array.getNumberOfElements(), [&](std::size_t i) { pushRecord(state, records, i); });
-        return;
-    }
-    case ArrayType::Object:
-        pushLuaObject(state, static_cast<lua_Integer>(getObject(array)));
-        return;
     }
 }
 
@@ -120,9 +135,15 @@ Array toArray(lua_State* state, int index)
     }
 }
 
+void openLuaObjects(lua_State* state)
+{
+    lua_newtable(state);
+    lua_rawsetp(state, LUA_REGISTRYINDEX, &objectsKey);
+}
+
 void setLuaObject(lua_State* state, lua_Integer number)
 {
-    luaL_getsubtable(state, LUA_REGISTRYINDEX, objectsKey);
+    lua_rawgetp(state, LUA_REGISTRYINDEX, &objectsKey);
     lua_insert(state, -2);
     lua_rawseti(state, -2, number);
     lua_pop(state, 1);
@@ -130,7 +151,7 @@ void setLuaObject(lua_State* state, lua_Integer number)
 
 void pushLuaObject(lua_State* state, lua_Integer number)
 {
-    luaL_getsubtable(state, LUA_REGISTRYINDEX, objectsKey);
+    lua_rawgetp(state, LUA_REGISTRYINDEX, &objectsKey);
     lua_rawgeti(state, -1, number);
     lua_remove(state, -2);
 }

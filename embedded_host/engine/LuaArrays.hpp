@@ -4,6 +4,8 @@
 
 #include <lua.h>
 
+#include <string>
+
 namespace tovrinhost {
 
 // Host values to and from script values.
@@ -12,11 +14,17 @@ namespace tovrinhost {
 // by field name; several records: a sequence of such tables; an object: whatever was registered under its number;
 // an empty array: nil.
 
+/// Pushes a text, zero bytes included.
+void pushText(lua_State* state, const std::string& text);
+
 /// Pushes one value.
 void pushArray(lua_State* state, const foundation::tovrindata::Array& array);
 
 /// \throws std::invalid_argument for a value that has no counterpart
 foundation::tovrindata::Array toArray(lua_State* state, int index);
+
+/// To be called once, before anything else here.
+void openLuaObjects(lua_State* state);
 
 /// Registers the value on top of the stack as the object with this number, and pops it. nil takes it out again.
 TOVRINHOST_API void setLuaObject(lua_State* state, lua_Integer number);

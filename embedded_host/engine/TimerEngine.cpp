@@ -2,7 +2,7 @@
 
 #include "embedded_host/engine/Engine.hpp"
 #include "embedded_host/engine/InterpreterThread.hpp"
-#include "host/foundation/tovrindata/CharArray.hpp"
+#include "embedded_host/values/ArrayStorage.hpp"
 
 #include <utility>
 
@@ -25,13 +25,13 @@ foundation::concurrent::future<std::vector<foundation::tovrindata::Array>> Timer
     cmddistributor::RunOptions options, bool reserved, foundation::msg_svc::exchange::IDType requestId)
 {
     // Tasks run on the interpreter thread, and so does this.
-    std::string callback = foundation::tovrindata::CharArray(arguments.at(1)).toUTF8();
+    const std::string& callback = foundation::tovrindata::detail::charactersOf(arguments.at(1));
     if (m_listenerOfTask) {
         m_listenerOfTask->callbackBegins(callback, m_mark);
     }
     auto outputs = m_engine->feval(function, arguments, nargout, std::move(options), reserved, requestId);
     // After the evaluation, so that what ran nested in it does not stand here.
-    m_callback = std::move(callback);
+    m_callback = callback;
     return outputs;
 }
 

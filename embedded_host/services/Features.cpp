@@ -20,10 +20,10 @@ struct Switch {
 constinit std::array<Switch, 1> switches { { { "TIMER_PPE", true } } };
 
 /// \returns null if there is none of this name
-Switch* find(const std::string& name) noexcept
+Switch* find(std::string_view name) noexcept
 {
     const auto found = std::find_if(
-        switches.begin(), switches.end(), [&name](const Switch& candidate) { return name == candidate.name; });
+        switches.begin(), switches.end(), [name](const Switch& candidate) { return name == candidate.name; });
     return found != switches.end() ? &*found : nullptr;
 }
 
@@ -52,7 +52,7 @@ void setFeature(const std::string& name, bool on)
     found->on = on;
 }
 
-bool isFeatureOn(const std::string& name)
+bool isFeatureOn(std::string_view name)
 {
     const Switch* const found = find(name);
     return found != nullptr && found->on;

@@ -3,6 +3,7 @@
 #include "host/Export.hpp"
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tovrinhost {
@@ -16,6 +17,6 @@ TOVRINHOST_API std::vector<std::string> featureNames();
 TOVRINHOST_API void setFeature(const std::string& name, bool on);
 
 /// False for a name that does not exist.
-TOVRINHOST_API bool isFeatureOn(const std::string& name);
+TOVRINHOST_API bool isFeatureOn(std::string_view name);
 
 } // namespace tovrinhost

@@ -18,22 +18,23 @@ namespace {
 
 /// What the library has the engine evaluate for each callback: finds the function and calls it.
 constexpr const char* timercb = R"lua(
-local wallClock = ...
+local prepare = ...
 return function(object, callback, _, event)
-  event.Time = wallClock()
-  local fcn = object[callback]
+  -- event.Time is set there, too.
+  local fcn = prepare(object, callback, event)
   if fcn then
     fcn(object, event)
   end
 end
 )lua";
 
-/// Seconds since 1970, with their fraction.
-int wallClock(lua_State* state)
+/// prepare(timer, callback, event): event.Time is seconds since 1970, with their fraction; gives the function.
+int prepareCallback(lua_State* state)
 {
     const auto time = std::chrono::system_clock::now().time_since_epoch();
     lua_pushnumber(state, std::chrono::duration<double>(time).count());
-    return 1;
+    lua_setfield(state, 3, "Time");
+    return pushCallback(state);
 }
 
 /// timers()
@@ -114,7 +115,7 @@ void openTimerLibrary(Interpreter& interpreter, TimerSet& timers, int& exitCode)
         lua_setfield(state, -2, "exit");
         return 0;
     });
-    interpreter.define("timercb", timercb, luaFunction<wallClock>);
+    interpreter.define("timercb", timercb, luaFunction<prepareCallback>);
 }
 
 } // namespace tovrinhost

@@ -19,8 +19,9 @@ namespace {
 
 constexpr const char* timerType = "tovrin.timer";
 
-/// Its address is the registry key of the TimerSet.
+/// Their addresses are the registry keys of the TimerSet and of the timers' metatable: quicker than by name.
 const char timerSetKey = 0;
+const char metatableKey = 0;
 
 using Handle = std::shared_ptr<ScriptTimer>;
 
@@ -31,9 +32,25 @@ std::string label(const TimerSettings& settings)
 
 /// What the timer object at the stack's bottom holds: nothing once it has been collected. Finalizers may still
 /// reach it then.
+/// \returns null where there is no timer object
+Handle* findHandle(lua_State* state)
+{
+    if (lua_type(state, 1) != LUA_TUSERDATA || lua_getmetatable(state, 1) == 0) {
+        return nullptr;
+    }
+    lua_rawgetp(state, LUA_REGISTRYINDEX, &metatableKey);
+    const bool isTimer = lua_rawequal(state, -1, -2) != 0;
+    lua_pop(state, 2);
+    return isTimer ? static_cast<Handle*>(lua_touserdata(state, 1)) : nullptr;
+}
+
 Handle& handleOf(lua_State* state)
 {
-    return *static_cast<Handle*>(luaL_checkudata(state, 1, timerType));
+    Handle* const handle = findHandle(state);
+    if (handle == nullptr) {
+        luaL_typeerror(state, 1, timerType);
+    }
+    return *handle;
 }
 
 ScriptTimer& liveTimer(const Handle& timer)
@@ -55,7 +72,7 @@ ScriptTimer& liveTimer(lua_State* state)
 /// The timer that a method is called on.
 ScriptTimer& calledOn(lua_State* state, const std::string& method)
 {
-    const auto* timer = static_cast<Handle*>(luaL_testudata(state, 1, timerType));
+    const Handle* const timer = findHandle(state);
     if (timer == nullptr) {
         throw std::invalid_argument(method + ": call it with a colon, t:" + method + "()");
     }
@@ -236,6 +253,8 @@ void openTimerObjects(lua_State* state, TimerSet& timers)
     lua_rawsetp(state, LUA_REGISTRYINDEX, &timerSetKey);
 
     luaL_newmetatable(state, timerType);
+    lua_pushvalue(state, -1);
+    lua_rawsetp(state, LUA_REGISTRYINDEX, &metatableKey);
     constexpr auto metamethods = std::to_array<luaL_Reg>({ { "__newindex", luaFunction<assignProperty> },
         { "__tostring", luaFunction<toString> }, { "__gc", luaFunction<collect> }, { nullptr, nullptr } });
     luaL_setfuncs(state, metamethods.data(), 0);
@@ -281,6 +300,15 @@ int newTimerObject(lua_State* state)
     *handle = timersOf(state).create(std::move(settings));
     lua_pushvalue(state, 2);
     setLuaObject(state, static_cast<lua_Integer>((*handle)->number()));
+    return 1;
+}
+
+int pushCallback(lua_State* state)
+{
+    liveTimer(state);
+    lua_getiuservalue(state, 1, 1);
+    lua_pushvalue(state, 2);
+    lua_rawget(state, -2);
     return 1;
 }
 

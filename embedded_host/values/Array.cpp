@@ -2,8 +2,6 @@
 
 #include "embedded_host/values/ArrayStorage.hpp"
 
-#include <functional>
-#include <numeric>
 #include <utility>
 
 namespace foundation::tovrindata {
@@ -54,17 +52,12 @@ ArrayType Array::getType() const noexcept
 
 ArrayDimensions Array::getDimensions() const
 {
-    return m_storage ? m_storage->dimensions : ArrayDimensions { 0, 0 };
+    return m_storage ? m_storage->extents.toDimensions() : ArrayDimensions { 0, 0 };
 }
 
 std::size_t Array::getNumberOfElements() const noexcept
 {
-    if (!m_storage) {
-        return 0;
-    }
-    const ArrayDimensions& dimensions = m_storage->dimensions;
-    // Whoever made the storage saw to it that this does not overflow.
-    return std::accumulate(dimensions.begin(), dimensions.end(), std::size_t { 1 }, std::multiplies<>());
+    return m_storage ? m_storage->extents.count() : 0;
 }
 
 const std::shared_ptr<detail::ArrayStorage>& Array::storage() const noexcept

@@ -2,8 +2,8 @@
 
 #include "embedded_host/values/ArrayStorage.hpp"
 
-#include <memory>
-#include <set>
+#include <algorithm>
+#include <limits>
 #include <stdexcept>
 #include <utility>
 
@@ -11,12 +11,14 @@ namespace foundation::tovrindata {
 
 namespace {
 
-Array makeArray(ArrayDimensions dimensions, detail::ArrayStorage::Elements elements)
+/// There are few: looking at those before costs less than a set.
+void failIfTwoAreAlike(const std::vector<std::string>& names)
 {
-    auto storage = std::make_shared<detail::ArrayStorage>();
-    storage->dimensions = std::move(dimensions);
-    storage->elements = std::move(elements);
-    return Array(std::move(storage));
+    for (auto name = names.begin(); name != names.end(); ++name) {
+        if (std::find(names.begin(), name, *name) != name) {
+            throw std::invalid_argument("two fields named \"" + *name + "\": the names must differ");
+        }
+    }
 }
 
 /// How many bytes follow a first byte. One that cannot be first stands for itself.
@@ -55,33 +57,32 @@ ArrayFactory::~ArrayFactory() = default;
 CharArray ArrayFactory::createCharArray(const std::string& utf8)
 {
     const std::size_t rows = utf8.empty() ? 0 : 1;
-    return CharArray(makeArray({ rows, countCharacters(utf8) }, detail::CharElements { utf8 }));
+    return CharArray(detail::makeArray({ rows, countCharacters(utf8) }, detail::CharElements { utf8 }));
 }
 
 TypedArray<double> ArrayFactory::createDoubleArray(const ArrayDimensions& dimensions, std::vector<double> values)
 {
-    const std::size_t needed = detail::countElements(dimensions);
-    if (values.size() != needed) {
+    detail::Extents extents(dimensions);
+    if (values.size() != extents.count()) {
         throw std::invalid_argument(std::to_string(values.size()) + " values for an array of "
-            + detail::toText(dimensions) + ": there must be " + std::to_string(needed));
+            + detail::toText(dimensions) + ": there must be " + std::to_string(extents.count()));
     }
-    return TypedArray<double>(makeArray(dimensions, detail::DoubleElements { std::move(values) }));
+    return TypedArray<double>(detail::makeArray(std::move(extents), detail::DoubleElements { std::move(values) }));
 }
 
 StructArray ArrayFactory::createStructArray(const ArrayDimensions& dimensions, std::vector<std::string> fieldNames)
 {
-    std::set<std::string> names;
-    for (const std::string& name : fieldNames) {
-        if (!names.insert(name).second) {
-            throw std::invalid_argument("two fields named \"" + name + "\": the names must differ");
-        }
+    failIfTwoAreAlike(fieldNames);
+    detail::Extents extents(dimensions);
+    const std::size_t fields = fieldNames.size();
+    if (fields > 0 && extents.count() > std::numeric_limits<std::size_t>::max() / fields) {
+        ArrayDimensions all = dimensions;
+        all.push_back(fields);
+        detail::countElements(all); // says so
     }
-    ArrayDimensions all = dimensions;
-    all.push_back(fieldNames.size());
-    // Counted on their own, too: records without fields take no room, but are still counted.
-    detail::countElements(dimensions);
-    std::vector<Array> values(detail::countElements(all));
-    return StructArray(makeArray(dimensions, detail::StructElements { std::move(fieldNames), std::move(values) }));
+    std::vector<Array> values(extents.count() * fields);
+    return StructArray(detail::makeArray(
+        std::move(extents), detail::StructElements { std::move(fieldNames), std::move(values) }));
 }
 
 namespace tovrin {

@@ -1,9 +1,12 @@
 #pragma once
 
+#include "embedded_host/values/Extents.hpp"
 #include "host/foundation/tovrindata/Array.hpp"
 
 #include <cstdint>
+#include <memory>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -33,19 +36,28 @@ class ArrayStorage {
 public:
     using Elements = std::variant<CharElements, DoubleElements, StructElements, ObjectElement>;
 
-    ArrayDimensions dimensions;
+    template <typename Kind>
+    ArrayStorage(Extents itsExtents, Kind&& itsElements)
+        : extents(std::move(itsExtents))
+        , elements(std::forward<Kind>(itsElements))
+    {
+    }
+
+    Extents extents;
     Elements elements;
 };
 
-/// The product of the dimensions.
-/// \throws std::invalid_argument if it is more than can be counted
-std::size_t countElements(const ArrayDimensions& dimensions);
-
-/// As in "2x3".
-std::string toText(const ArrayDimensions& dimensions);
+template <typename Kind> Array makeArray(Extents extents, Kind elements)
+{
+    return Array(std::make_shared<ArrayStorage>(std::move(extents), std::move(elements)));
+}
 
 /// \throws std::invalid_argument unless the array is of the type that an array class, named for the text, needs
 void requireType(const Array& array, ArrayType needed, const char* className);
+
+/// The characters of an array, which outlives them.
+/// \throws std::invalid_argument unless it holds characters
+const std::string& charactersOf(const Array& array);
 
 /// \returns null where the array holds something else, or nothing
 template <typename Elements> const Elements* elementsOf(const Array& array) noexcept

@@ -2,8 +2,6 @@
 
 #include "embedded_host/values/ArrayStorage.hpp"
 
-#include <memory>
-
 namespace tovrinhost {
 
 using foundation::tovrindata::Array;
@@ -13,10 +11,7 @@ namespace detail = foundation::tovrindata::detail;
 
 Array makeObjectArray(std::uint64_t object)
 {
-    auto storage = std::make_shared<detail::ArrayStorage>();
-    storage->dimensions = { 1, 1 };
-    storage->elements = detail::ObjectElement { object };
-    return Array(std::move(storage));
+    return detail::makeArray({ 1, 1 }, detail::ObjectElement { object });
 }
 
 std::uint64_t getObject(const Array& array)

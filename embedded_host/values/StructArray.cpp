@@ -19,7 +19,7 @@ std::size_t placeOf(const StructArray& array, std::size_t index, const std::stri
         throw std::out_of_range("record " + std::to_string(index) + " of an array: the index must be below "
             + std::to_string(records));
     }
-    const std::vector<std::string> names = array.getFieldNames();
+    const std::vector<std::string>& names = detail::elementsOf<detail::StructElements>(array)->fieldNames;
     const auto found = std::find(names.begin(), names.end(), field);
     if (found == names.end()) {
         std::string text = "field \"" + field + "\" of a record: the fields are";

@@ -63,6 +63,17 @@ TEST_F(EngineTest, ValuesReachScriptsAndComeBack)
     EXPECT_EQ(text(outputs.at(4)), "");
 }
 
+TEST_F(EngineTest, TextsReachScriptsWithTheirZeroBytes)
+{
+    execute("function bytes(text) return { text:byte(1, -1) } end");
+
+    const auto bytes = call("bytes", { m_factory.createCharArray(std::string("a\0b", 3)) }, 1).at(0);
+
+    ASSERT_THAT(bytes.getDimensions(), ElementsAre(1, 3));
+    EXPECT_EQ(TypedArray<double>(bytes).at(1), 0.0);
+    EXPECT_EQ(TypedArray<double>(bytes).at(2), 'b');
+}
+
 TEST_F(EngineTest, RecordsReachScriptsAsTables)
 {
     execute("function describe(r) return r.Type .. ' ' .. #r.Data .. ' ' .. r.Data[2] end");

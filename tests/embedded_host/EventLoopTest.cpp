@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <string>
 #include <thread>
 #include <vector>
@@ -133,6 +134,30 @@ TEST_F(EventLoopTest, ClosingDropsTheOwnersTasksButForTheFirstOnes)
     EXPECT_EQ(m_loop.pending(*m_owner), 0U);
 }
 
+TEST_F(EventLoopTest, ClosingDropsTheOnlyTaskThatWaits)
+{
+    m_loop.submit(m_owner, note("only"), true);
+
+    m_loop.close(*m_owner, 0);
+
+    EXPECT_EQ(m_loop.pending(*m_owner), 0U);
+    drain(State::Idle);
+    EXPECT_THAT(m_done, IsEmpty());
+}
+
+TEST_F(EventLoopTest, ClosingSparesWhatOthersHaveWaitingAsManyAsMayBeKept)
+{
+    m_loop.submit(m_other, note("other 1"), true);
+    m_loop.submit(m_owner, note("1"), true);
+    m_loop.post(When::Idle, note("request"));
+
+    m_loop.close(*m_owner, 1);
+
+    EXPECT_EQ(m_loop.pending(*m_owner), 1U);
+    drain(State::Idle);
+    EXPECT_THAT(m_done, ElementsAre("other 1", "1", "request"));
+}
+
 TEST_F(EventLoopTest, ClosedDoorsKeepOtherThreadsOut)
 {
     m_loop.close(*m_owner, 0);
@@ -228,6 +253,37 @@ TEST_F(EventLoopTest, ATaskThatMayNotRunYetDoesNotUseUpTheWakeUpOfAnother)
     drain(State::Idle);
 
     EXPECT_THAT(m_done, ElementsAre("comes", "waits"));
+}
+
+TEST_F(EventLoopTest, EachSleepIsEndedByTheNextTask)
+{
+    constexpr int rounds = 200;
+    std::atomic<int> run { 0 };
+    const std::jthread other([&](const std::stop_token& testFails) {
+        for (int round = 0; round < rounds && !testFails.stop_requested(); ++round) {
+            m_loop.submit(
+                m_owner, [&run] { ++run; }, true);
+            while (run == round && !testFails.stop_requested()) {
+                std::this_thread::yield();
+            }
+        }
+    });
+    for (int round = 0; round < rounds; ++round) {
+        // The one task is taken, and then there is none until the other thread has seen that.
+        ASSERT_TRUE(m_loop.runUntil(
+            State::Idle, [&] { return run > round; }, EventLoop::Clock::now() + 20s))
+            << round;
+    }
+}
+
+TEST_F(EventLoopTest, AWakeUpAfterADeadlineHasPassedIsNotLost)
+{
+    EXPECT_FALSE(m_loop.runUntil(
+        State::Idle, [] { return false; }, EventLoop::Clock::now() + 1ms));
+    const std::jthread other([&] { m_loop.submit(m_owner, note("task"), true); });
+
+    EXPECT_TRUE(m_loop.runUntil(
+        State::Idle, [this] { return !m_done.empty(); }, EventLoop::Clock::now() + 20s));
 }
 
 TEST_F(EventLoopTest, ADeadlineIsNeverEarly)

@@ -17,34 +17,73 @@ using foundation::tovrindata::ArrayFactory;
 
 namespace {
 
+/// What is the same for every callback, made once.
+struct Constants {
+    const std::string function = "timercb";
+    const std::string startFcn = fl::i18n::to_string(kindName(StartFcnWork).wide);
+    const std::string stopFcn = fl::i18n::to_string(kindName(StopFcnWork).wide);
+    const std::string timerFcn = fl::i18n::to_string(kindName(TimerFcnWork).wide);
+    const std::string errorFcn = fl::i18n::to_string(kindName(ErrorFcnWork).wide);
+    const std::string nothing;
+
+    const std::string type = "Type";
+    const std::string data = "Data";
+    const std::vector<std::string> eventFields { type, data };
+    const ArrayDimensions single { 1, 1 };
+    const ArrayDimensions rowOfSix { 1, 6 };
+
+    const std::string& callbackName(WorkKind kind) const
+    {
+        switch (kind) {
+        case StartFcnWork:
+            return startFcn;
+        case StopFcnWork:
+            return stopFcn;
+        case TimerFcnWork:
+            return timerFcn;
+        case ErrorFcnWork:
+            return errorFcn;
+        }
+        return nothing;
+    }
+};
+
+const Constants& constants()
+{
+    static const NeverDestroyed<const Constants> made;
+    return *made;
+}
+
 /// Year, month, day, hour, minute, and seconds with milliseconds: the seconds are the calendar's, and the
 /// milliseconds the steady clock's. The two do not begin their seconds together, so that the time can be off by up
 /// to a second, and that of a later event can be the earlier one.
 Array makeEventTime(ArrayFactory& factory)
 {
-    static const NeverDestroyed<const ArrayDimensions> row(ArrayDimensions { 1, 6 });
-
     const auto [local, millisecond] = toCalendarTime(now());
-    return factory.createDoubleArray(*row,
+    return factory.createDoubleArray(constants().rowOfSix,
         { local.tm_year + 1900.0, local.tm_mon + 1.0, static_cast<double>(local.tm_mday),
             static_cast<double>(local.tm_hour), static_cast<double>(local.tm_min),
             local.tm_sec + millisecond / 1000.0 });
 }
 
-Array makeEvent(ArrayFactory& factory, const std::string& callbackName)
+Array makeEvent(ArrayFactory& factory, const Array& callbackName)
 {
-    auto event = factory.createStructArray({ 1, 1 }, { "Type", "Data" });
-    event.setField(0, "Type", factory.createCharArray(callbackName));
-    event.setField(0, "Data", makeEventTime(factory));
+    auto event = factory.createStructArray(constants().single, constants().eventFields);
+    event.setField(0, constants().type, callbackName);
+    event.setField(0, constants().data, makeEventTime(factory));
     return event;
 }
 
 std::vector<Array> makeArguments(TimerInfo& timer, WorkKind kind)
 {
     foundation::tovrindata::tovrin::ServerArrayFactory factory;
-    const std::string callbackName = fl::i18n::to_string(kindName(kind).wide);
-    return { timer.getTOVRINSideOfTimerObj(), factory.createCharArray(callbackName), factory.createCharArray(""),
-        makeEvent(factory, callbackName) };
+    std::vector<Array> arguments;
+    arguments.reserve(4);
+    arguments.push_back(timer.getTOVRINSideOfTimerObj());
+    arguments.push_back(factory.createCharArray(constants().callbackName(kind)));
+    arguments.push_back(factory.createCharArray(constants().nothing));
+    arguments.push_back(makeEvent(factory, arguments[1]));
+    return arguments;
 }
 
 } // namespace
@@ -54,7 +93,7 @@ void evaluateTimerCallback(TimerInfo& timer, vorn::VORN& engine, WorkKind kind)
     const auto requestId = vorn::VORN::createRequestID();
     const cmddistributor::RunOptions options;
     const std::vector<Array> arguments = makeArguments(timer, kind);
-    auto finished = engine.feval("timercb", arguments, 0, options, false, requestId);
+    auto finished = engine.feval(constants().function, arguments, 0, options, false, requestId);
     finished.get();
 }
 
