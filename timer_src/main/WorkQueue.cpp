@@ -44,7 +44,8 @@ WorkItemVariant WorkQueue::take()
 {
     auto& byDueTime = m_items->all.get<Items::ByDueTime>();
     m_items->spare = byDueTime.extract(byDueTime.begin());
-    return std::move(m_items->spare.value());
+    WorkItemVariant item = std::move(m_items->spare.value());
+    return item;
 }
 
 bool WorkQueue::hasten(const IDType& timer, const prevCallBackStatus& record, DueTime due)
