@@ -60,6 +60,24 @@ run("FixedRate", "Queue")
     EXPECT_EQ(outcome.status, 1);
 }
 
+TEST_F(CallbackErrorTest, ACallbackThatStopsItsTimerAndThenFailsBringsTheErrorFcnAndOneStopFcn)
+{
+    const Outcome outcome = run(R"(
+local t = timer {
+  ExecutionMode = "FixedRate", Period = 0.01,
+  TimerFcn = function(t) t:stop() error("boom") end,
+  ErrorFcn = function() print("ErrorFcn") end,
+  StopFcn = function() print("StopFcn") end,
+}
+t:start()
+print(t:wait())
+)");
+
+    EXPECT_EQ(outcome.out, "ErrorFcn\nStopFcn\ntrue\n");
+    EXPECT_EQ(linesWith(outcome.err, "boom").size(), 1U);
+    EXPECT_EQ(outcome.status, 1);
+}
+
 TEST_F(CallbackErrorTest, WithBusyModeErrorAFailingCallbackIsNoContention)
 {
     const Outcome outcome = run(R"(
