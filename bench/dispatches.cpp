@@ -1,5 +1,5 @@
-// Lets a fixed-rate timer fire as often as it is told, and ends: for tools that look at a whole process, as
-// callgrind does. Twice with different numbers, and what beginning and end cost drops out.
+// Lets fixed-rate timers that are due together fire as often as it is told, and ends: for tools that look at a
+// whole process, as callgrind does. Twice with different numbers, and what beginning and end cost drops out.
 
 #include "bench/host/Host.hpp"
 
@@ -8,6 +8,7 @@
 #include <iostream>
 #include <mutex>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -44,16 +45,23 @@ private:
 
 int main(int argc, char** argv)
 {
-    const int dispatches = argc == 2 ? std::atoi(argv[1]) : 0;
-    if (dispatches < 1) {
-        std::cerr << "Usage: tovrintimer_dispatches NUMBER: how often the timer fires, from 1\n";
+    const int dispatches = argc > 1 ? std::atoi(argv[1]) : 0;
+    const int timers = argc > 2 ? std::atoi(argv[2]) : 1;
+    if (dispatches < 1 || timers < 1 || argc > 3) {
+        std::cerr
+            << "Usage: tovrintimer_dispatches NUMBER [TIMERS]: how often each timer fires, and how many there "
+               "are, from 1\n";
         return 2;
     }
-    const auto engine = std::make_shared<LimitedEngine>(static_cast<std::size_t>(dispatches));
-    const auto timer = bench::makeTimer(engine, { .period = 1ms, .startDelay = 1ms });
-    timer->setNumOfTasksToExecute(static_cast<std::size_t>(dispatches));
+    const auto each = static_cast<std::size_t>(dispatches);
+    const auto engine = std::make_shared<LimitedEngine>(each * static_cast<std::size_t>(timers));
     const bench::Scheduler scheduler;
-    bench::start(timer);
+    std::vector<bench::Timer> started;
+    for (int i = 0; i < timers; ++i) {
+        started.push_back(bench::makeTimer(engine, { .period = 1ms, .startDelay = 1ms }));
+        started.back()->setNumOfTasksToExecute(each);
+        bench::start(started.back());
+    }
     engine->waitForLimit();
     return 0;
 }

@@ -24,6 +24,9 @@ if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
     -fstack-protector-strong -fstack-clash-protection
     $<$<STREQUAL:${CMAKE_SYSTEM_PROCESSOR},x86_64>:-fcf-protection>)
   target_link_options(tovrintimer_settings INTERFACE LINKER:-z,relro,-z,now,-z,noexecstack)
+  # A library's calls of its own functions are no calls through tables: nobody is meant to put others in their place.
+  target_compile_options(tovrintimer_settings INTERFACE $<$<CXX_COMPILER_ID:GNU>:-fno-semantic-interposition>)
+  target_link_options(tovrintimer_settings INTERFACE LINKER:-Bsymbolic-functions)
 endif()
 
 # keep_loaded(LIBRARY...): for libraries that a process never lets go of. Threads run in them, and their code may be

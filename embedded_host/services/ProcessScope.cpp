@@ -4,7 +4,9 @@
 #include "timer_src/main/NeverDestroyed.hpp"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <mutex>
 #include <stdexcept>
@@ -27,6 +29,10 @@ struct Entry {
 struct Store {
     std::mutex mutex;
 
+    /// The objects of the first keys once more, to be found without a lock: the library asks with each firing.
+    /// Written under mutex.
+    std::array<std::atomic<void*>, 32> firstKeys {};
+
     // Guarded by mutex.
     std::vector<Entry> entries; ///< the latest last
     std::uint64_t stored = 0;
@@ -38,6 +44,16 @@ struct Store {
             = std::find_if(entries.begin(), entries.end(), [key](const Entry& entry) { return entry.key == key; });
         return found != entries.end() ? found->object : nullptr;
     }
+
+    /// The caller holds the mutex.
+    void publish(int key, void* object)
+    {
+        if (isFirstKey(key)) {
+            firstKeys[static_cast<std::size_t>(key)] = object;
+        }
+    }
+
+    bool isFirstKey(int key) const { return key >= 0 && static_cast<std::size_t>(key) < firstKeys.size(); }
 };
 
 // Never destroyed: what it holds may be, in an orderly way, only while the process is still whole.
@@ -57,8 +73,12 @@ int Detail<Process>::getNextID()
 
 void* Detail<Process>::find(int key)
 {
-    const std::lock_guard lock(store().mutex);
-    return store().find(key);
+    Store& all = store();
+    if (all.isFirstKey(key)) {
+        return all.firstKeys[static_cast<std::size_t>(key)].load(std::memory_order_acquire);
+    }
+    const std::lock_guard lock(all.mutex);
+    return all.find(key);
 }
 
 void* Detail<Process>::findOrInsert(int key, Owner owner)
@@ -75,6 +95,7 @@ void* Detail<Process>::findOrInsert(int key, Owner owner)
     void* const inserted = owner.get();
     store().entries.push_back({ key, store().stored, inserted, std::move(owner) });
     ++store().stored;
+    store().publish(key, inserted);
     return inserted;
 }
 
@@ -96,10 +117,12 @@ void destroyProcessScope()
         }
         usm::Owner owner = std::move(latest->owner);
         const std::uint64_t number = latest->number;
+        const int key = latest->key;
         lock.unlock();
         // It can be found meanwhile, and so can what was stored before it.
         owner.reset();
         lock.lock();
+        store.publish(key, nullptr);
         std::erase_if(store.entries, [number](const usm::Entry& entry) { return entry.number == number; });
     }
 }

@@ -69,6 +69,24 @@ TEST_F(ProcessScopeTest, TheLatestIsDestroyedFirst)
     EXPECT_EQ(Store::find(late), nullptr);
 }
 
+TEST_F(ProcessScopeTest, TheFirstKeysAndLaterOnesAreAlike)
+{
+    for (const int key : { 0, 1, 31, 32, 1000, -1 }) {
+        EXPECT_EQ(Store::find(key), nullptr) << key;
+        auto owner = noting(std::to_string(key));
+        void* const object = owner.get();
+        EXPECT_EQ(Store::findOrInsert(key, std::move(owner)), object) << key;
+        EXPECT_EQ(Store::find(key), object) << key;
+    }
+
+    destroyProcessScope();
+
+    EXPECT_THAT(m_destroyed, ElementsAre("-1", "1000", "32", "31", "1", "0"));
+    for (const int key : { 0, 1, 31, 32, 1000, -1 }) {
+        EXPECT_EQ(Store::find(key), nullptr) << key;
+    }
+}
+
 TEST_F(ProcessScopeTest, ADestructorFindsTheObjectsStoredBefore)
 {
     const int first = Store::getNextID();

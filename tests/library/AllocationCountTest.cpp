@@ -184,12 +184,14 @@ TEST_F(AllocationCountTest, ADispatchOfATimerFcnThatGoesOnInItsTaskMakesTheTaskA
     EXPECT_EQ(dispatchingInMode(ExecutionMode::FixedDelay), forTask + forItem - forCounter);
 }
 
-TEST_F(AllocationCountTest, ADispatchAtAFixedRateMakesTheTaskAndItsItemAndTheNextItemsCounterAndRecord)
+TEST_F(AllocationCountTest, ADispatchAtAFixedRateMakesTheTaskAndTheRecordAndForAChangedTotalACounter)
 {
     for (const BusyMode busy : busyModes) {
         const auto timer = makeRunningTimer(ExecutionMode::FixedRate, busy);
         // Nothing is in the way of the first of a run.
-        EXPECT_EQ(dispatching(periodicItem(timer, 10, 10)), forTask + forItem) << static_cast<int>(busy);
+        EXPECT_EQ(dispatching(periodicItem(timer, 10, 10)), forTask + forRecord) << static_cast<int>(busy);
+        EXPECT_EQ(dispatching(periodicItem(timer, 9, 9)), forTask + forRecord + forCounter)
+            << static_cast<int>(busy);
     }
 }
 

@@ -38,7 +38,7 @@ protected:
     {
         auto item = boost::get<WorkItem<TimerFcnWork>>(TimerSchedulerPeer::workQueue(scheduler()).take());
         item.m_executeAt = farOff();
-        TimerSchedulerPeer::workQueue(scheduler()).insert(item);
+        TimerSchedulerPeer::workQueue(scheduler()).insert(WorkItem(item));
         return item;
     }
 

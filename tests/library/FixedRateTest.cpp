@@ -30,7 +30,7 @@ TEST_F(FixedRateTest, TheNextCallbackIsQueuedAtTheDispatchAfterTheHandOver)
     const auto timer = makeRateTimer(3);
     timer->setActivationStatus(true);
 
-    m_handler.handle(periodicItem(timer, 3, 3));
+    m_handler.handle(periodicItem(timer, 3, 3), *timer);
     EXPECT_EQ(story(), std::vector<std::string> { handOver } + queueing("TimerFcn"));
 
     journal().clearEvents();
@@ -73,7 +73,7 @@ TEST_F(FixedRateTest, ThePeriodIsReadAfterTheHandOver)
         timer->setPeriod(1000.0);
     });
 
-    m_handler.handle(periodicItem(timer, 3, 3));
+    m_handler.handle(periodicItem(timer, 3, 3), *timer);
 
     EXPECT_GE(nextTimerFcn().m_executeAt, handedOver + 1000ms);
     EXPECT_LE(nextTimerFcn().m_executeAt, now() + 1000ms);
@@ -85,7 +85,7 @@ TEST_F(FixedRateTest, TheRecordOfTheNextItemTellsWhetherTheCallbackHasReturned)
     const auto timer = makeRateTimer(3);
     timer->setActivationStatus(true);
     const auto item = periodicItem(timer, 3, 3);
-    m_handler.handle(item);
+    m_handler.handle(WorkItem(item), *timer);
     const auto record = nextTimerFcn().m_prevCallBackStatus;
     EXPECT_NE(record, item.m_prevCallBackStatus);
     EXPECT_FALSE(record->hasCompleted);
@@ -119,7 +119,7 @@ TEST_F(FixedRateTest, ACallbackThatRaisesAnErrorOrFindsItsTimerGoneIsNeverRecord
     EXPECT_EQ(journal().count("feval"), 1U);
 }
 
-TEST_F(FixedRateTest, EachDispatchMakesANewRecordAndANewCounter)
+TEST_F(FixedRateTest, EachDispatchMakesANewRecordAndForAChangedTotalANewCounter)
 {
     keepQueueStill();
     const auto timer = makeRateTimer(3);
@@ -132,9 +132,18 @@ TEST_F(FixedRateTest, EachDispatchMakesANewRecordAndANewCounter)
     EXPECT_NE(second.m_prevCallBackStatus, third.m_prevCallBackStatus);
     EXPECT_TRUE(second.m_prevCallBackStatus->hasCompleted);
     EXPECT_FALSE(third.m_prevCallBackStatus->hasCompleted);
-    EXPECT_NE(second.m_sharedTaskCounter, third.m_sharedTaskCounter);
     EXPECT_EQ(second.m_taskCount, 2U);
     EXPECT_EQ(third.m_taskCount, 1U);
+    EXPECT_EQ(second.m_sharedTaskCounter, third.m_sharedTaskCounter);
+
+    timer->setNumOfTasksToExecute(5);
+    timerTasks().runNext();
+    dispatchNext();
+    const auto fourth = nextTimerFcn();
+
+    EXPECT_EQ(fourth.m_taskCount, 2U);
+    EXPECT_EQ(*fourth.m_sharedTaskCounter, 5U);
+    EXPECT_EQ(*third.m_sharedTaskCounter, 3U);
 }
 
 TEST_F(FixedRateTest, TheFirstOfARunIsNeverTestedForContentionWhateverTheBusyMode)

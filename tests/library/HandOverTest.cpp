@@ -47,7 +47,7 @@ TEST_F(HandOverTest, TheRequestLineIsThatOfTheTimersOwnEngine)
     const auto timer = makeTimer();
     journal().clearEvents();
 
-    handOver<SomeHandler>(timer, [](TimerInfo&, vorn::VORN&) {});
+    handOver<SomeHandler>(*timer, startFcn(timer), [](TimerInfo&, vorn::VORN&) {});
 
     EXPECT_THAT(everything(),
         ElementsAre("processTovrinTimerTask", "Feature::get TIMER_PPE", "Feature::get TIMER_PPE",
@@ -74,7 +74,7 @@ TEST_F(HandOverTest, TheTaskGoesToTheEngineThatTheTimerWasMadeIn)
 {
     const auto timer = makeTimer();
 
-    handOver<SomeHandler>(timer, [](TimerInfo&, vorn::VORN&) {});
+    handOver<SomeHandler>(*timer, startFcn(timer), [](TimerInfo&, vorn::VORN&) {});
 
     ASSERT_EQ(timerTasks().engines().size(), 1U);
     EXPECT_EQ(timerTasks().engines()[0].lock(), m_engine);

@@ -33,7 +33,7 @@ TEST_F(HandlersTest, AStartFcnIsHandedOverBeforeTheFirstTimerFcnIsQueued)
     const auto timer = makeFullTimer();
     timer->setActivationStatus(true);
 
-    m_start.handle(startFcn(timer));
+    m_start.handle(startFcn(timer), *timer);
 
     EXPECT_THAT(story(),
         ElementsAre("Requesting StartFcn Processing", "processTovrinTimerTask",
@@ -52,7 +52,7 @@ TEST_F(HandlersTest, AnEmptyStartFcnIsSkippedAndTheTimerStillStarts)
     timer->setStartDelay(7000.0);
 
     const DueTime before = now();
-    m_start.handle(startFcn(timer));
+    m_start.handle(startFcn(timer), *timer);
     const DueTime after = now();
 
     EXPECT_THAT(story(),
@@ -68,7 +68,7 @@ TEST_F(HandlersTest, TheStartFcnOfAStoppedTimerIsHandedOverWithoutATimerFcnAfter
 {
     const auto timer = makeFullTimer();
 
-    m_start.handle(startFcn(timer));
+    m_start.handle(startFcn(timer), *timer);
 
     EXPECT_THAT(story(), ElementsAre("Requesting StartFcn Processing", "processTovrinTimerTask"));
     EXPECT_THAT(queue(), IsEmpty());
@@ -80,7 +80,7 @@ TEST_F(HandlersTest, AnEmptyStopFcnEndsTheRunAndPostsNoCallback)
     const auto timer = makeTimer();
     timer->setActivationStatus(true);
 
-    m_stop.handle(stopFcn(timer));
+    m_stop.handle(stopFcn(timer), *timer);
 
     EXPECT_FALSE(timer->getIsRunning());
     EXPECT_THAT(story(), ElementsAre("evalAsync if(1==1), end", "Skipping StopFcn scheduling, since it's empty"));
@@ -94,7 +94,7 @@ TEST_F(HandlersTest, AStopFcnEndsTheRunRightBeforeItsCallback)
     bool runningAtCallback = true;
     journal().once("feval timercb StopFcn", [&] { runningAtCallback = timer->getIsRunning(); });
 
-    m_stop.handle(stopFcn(timer));
+    m_stop.handle(stopFcn(timer), *timer);
     EXPECT_TRUE(timer->getIsRunning());
     EXPECT_THAT(story(), ElementsAre("Requesting StopFcn Processing", "processTovrinTimerTask"));
     journal().clearEvents();
@@ -110,7 +110,7 @@ TEST_F(HandlersTest, AnEmptyErrorFcnIsOnlyLogged)
     const auto timer = makeTimer();
     timer->setActivationStatus(true);
 
-    m_error.handle(errorFcn(timer));
+    m_error.handle(errorFcn(timer), *timer);
 
     EXPECT_THAT(story(), ElementsAre("Skipping ErrorFcn scheduling, since it's empty"));
     EXPECT_TRUE(timer->getIsRunning());
@@ -121,7 +121,7 @@ TEST_F(HandlersTest, AnErrorFcnLeavesTheTimerRunning)
     const auto timer = makeFullTimer();
     timer->setActivationStatus(true);
 
-    m_error.handle(errorFcn(timer));
+    m_error.handle(errorFcn(timer), *timer);
     timerTasks().runNext();
 
     EXPECT_THAT(story(),
@@ -135,9 +135,9 @@ TEST_F(HandlersTest, HandlersWriteOrdinaryRecordsToTheirOwnChannel)
 {
     const auto timer = makeTimer();
 
-    m_start.handle(startFcn(timer));
-    m_stop.handle(stopFcn(timer));
-    m_error.handle(errorFcn(timer));
+    m_start.handle(startFcn(timer), *timer);
+    m_stop.handle(stopFcn(timer), *timer);
+    m_error.handle(errorFcn(timer), *timer);
 
     EXPECT_THAT(logs("tovrintimer::workHandler"),
         ElementsAre("Skipping StartFcn scheduling, since it's empty",

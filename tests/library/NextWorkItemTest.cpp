@@ -26,8 +26,8 @@ TEST_F(NextWorkItemTest, FollowOnWorkOfARunningTimerIsQueuedAtItsOwnDueTime)
     timer->setActivationStatus(true);
     const DueTime due = farOff();
 
-    scheduleIfTimerIsRunning(timerFcn(timer, due));
-    scheduleIfTimerIsRunning(stopFcn(timer, due - 1ms));
+    scheduleIfTimerIsRunning(timerFcn(timer, due), *timer);
+    scheduleIfTimerIsRunning(stopFcn(timer, due - 1ms), *timer);
 
     EXPECT_THAT(
         queue(), ElementsAre(Queued { TimerFcnWork, "<A>", due }, Queued { StopFcnWork, "<A>", due - 1ms }));
@@ -37,24 +37,8 @@ TEST_F(NextWorkItemTest, FollowOnWorkOfAStoppedTimerIsDropped)
 {
     const auto timer = makeTimer();
 
-    scheduleIfTimerIsRunning(timerFcn(timer, farOff()));
-    scheduleIfTimerIsRunning(stopFcn(timer, farOff()));
-
-    EXPECT_THAT(queue(), IsEmpty());
-    EXPECT_THAT(everything(), IsEmpty());
-}
-
-TEST_F(NextWorkItemTest, FollowOnWorkOfADestroyedTimerIsDropped)
-{
-    auto timer = makeTimer();
-    timer->setActivationStatus(true);
-    const auto next = timerFcn(timer, farOff());
-    const auto stop = stopFcn(timer, farOff());
-    timer.reset();
-    journal().clearEvents();
-
-    scheduleIfTimerIsRunning(next);
-    scheduleIfTimerIsRunning(stop);
+    scheduleIfTimerIsRunning(timerFcn(timer, farOff()), *timer);
+    scheduleIfTimerIsRunning(stopFcn(timer, farOff()), *timer);
 
     EXPECT_THAT(queue(), IsEmpty());
     EXPECT_THAT(everything(), IsEmpty());
@@ -66,14 +50,17 @@ TEST_F(NextWorkItemTest, AFlagThatFallsBetweenTheTestAndTheInsertDoesNotTakeTheI
     timer->setActivationStatus(true);
     journal().once("Request to Start Work with Id: ", [&] { timer->setActivationStatus(false); });
 
-    scheduleIfTimerIsRunning(timerFcn(timer, farOff()));
+    scheduleIfTimerIsRunning(timerFcn(timer, farOff()), *timer);
 
     EXPECT_EQ(queue().size(), 1U);
 }
 
 TEST_F(NextWorkItemTest, NothingNextQueuesNothing)
 {
-    scheduleNextWorkItem({});
+    const auto timer = makeTimer();
+    timer->setActivationStatus(true);
+
+    scheduleNextWorkItem({}, *timer);
 
     EXPECT_THAT(everything(), IsEmpty());
     EXPECT_THAT(queue(), IsEmpty());
@@ -86,10 +73,10 @@ TEST_F(NextWorkItemTest, WhatIsNextIsQueuedIfTheTimerRuns)
     running->setActivationStatus(true);
     const DueTime due = farOff();
 
-    scheduleNextWorkItem(timerFcn(running, due));
-    scheduleNextWorkItem(stopFcn(running, due - 1ms));
-    scheduleNextWorkItem(timerFcn(stopped, due));
-    scheduleNextWorkItem(stopFcn(stopped, due));
+    scheduleNextWorkItem(timerFcn(running, due), *running);
+    scheduleNextWorkItem(stopFcn(running, due - 1ms), *running);
+    scheduleNextWorkItem(timerFcn(stopped, due), *stopped);
+    scheduleNextWorkItem(stopFcn(stopped, due), *stopped);
 
     EXPECT_THAT(
         queue(), ElementsAre(Queued { TimerFcnWork, "<A>", due }, Queued { StopFcnWork, "<A>", due - 1ms }));
@@ -118,7 +105,7 @@ TEST_F(NextWorkItemTest, AHolderThatAnErrorLeftWithoutValueIsAFault)
     EXPECT_THROW((next.emplace<WorkItem<StopFcnWork>>(Failing())), std::runtime_error);
     ASSERT_TRUE(next.valueless_by_exception());
 
-    EXPECT_THROW(scheduleNextWorkItem(std::move(next)), std::bad_variant_access);
+    EXPECT_THROW(scheduleNextWorkItem(std::move(next), *makeTimer()), std::bad_variant_access);
 }
 
 TEST_F(NextWorkItemTest, AStopFcnItemIsDueNow)
@@ -127,7 +114,7 @@ TEST_F(NextWorkItemTest, AStopFcnItemIsDueNow)
     timer->setStopFcnIsEmpty(false);
 
     const DueTime before = now();
-    const auto stop = makeStopFcnWorkItem(timer, timer->getId());
+    const auto stop = makeStopFcnWorkItem(timer, *timer);
     const DueTime after = now();
 
     ASSERT_TRUE(stop);
@@ -142,12 +129,7 @@ TEST_F(NextWorkItemTest, WithoutStopFcnThereIsNoItem)
 {
     const auto timer = makeTimer();
 
-    EXPECT_FALSE(makeStopFcnWorkItem(timer, timer->getId()));
-}
-
-TEST_F(NextWorkItemTest, WithoutTimerThereIsNoItem)
-{
-    EXPECT_FALSE(makeStopFcnWorkItem({}, IDType()));
+    EXPECT_FALSE(makeStopFcnWorkItem(timer, *timer));
 }
 
 } // namespace

@@ -289,7 +289,7 @@ TEST_P(SelfCountingModesTest, TheNextItemIsQueuedByTheThreadOfTheCallbackWithARe
     const auto timer = makeTimerOfMode(2);
     timer->setActivationStatus(true);
     const auto item = periodicItem(timer, 2, 2);
-    dispatch(item, nullptr);
+    dispatch(WorkItem(item), nullptr);
     std::thread::id queueing;
     journal().once("Request to Start Work with Id: ", [&] { queueing = std::this_thread::get_id(); });
     std::thread::id running;

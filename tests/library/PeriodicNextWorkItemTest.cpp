@@ -11,12 +11,17 @@ namespace {
 /// What follows a periodic callback. The clock is read between `m_before` and `m_after`.
 class PeriodicNextWorkItemTest : public PeriodicTest {
 protected:
-    NextWorkItem next(const std::weak_ptr<TimerInfo>& timer, std::uint64_t left, bool fireImmediately = false)
+    NextWorkItem next(const std::shared_ptr<TimerInfo>& timer, std::uint64_t left, bool fireImmediately = false)
     {
         m_before = now();
-        NextWorkItem made = makeNextWorkItem(timer, m_record, fireImmediately, m_id, m_counter, left);
+        NextWorkItem made = makeNextWorkItem(timer, *timer, m_record, fireImmediately, m_counter, left);
         m_after = now();
         return made;
+    }
+
+    static bool isOf(const TimerInfo& timer, const IDType& id)
+    {
+        return !(timer.getId() < id) && !(id < timer.getId());
     }
 
     void expectNowPlus(std::chrono::milliseconds span, DueTime due) const
@@ -25,7 +30,6 @@ protected:
         EXPECT_LE(due, m_after + span);
     }
 
-    const IDType m_id {};
     const std::shared_ptr<prevCallBackStatus> m_record = std::make_shared<prevCallBackStatus>();
     const std::shared_ptr<std::uint64_t> m_counter = std::make_shared<std::uint64_t>(9);
     DueTime m_before {};
@@ -39,7 +43,7 @@ TEST_F(PeriodicNextWorkItemTest, WhileCallbacksAreLeftATimerFcnFollowsAPeriodFro
     const auto made = std::get<WorkItem<TimerFcnWork>>(next(timer, 4));
 
     expectNowPlus(1s, made.m_executeAt);
-    EXPECT_FALSE(made.m_id < m_id || m_id < made.m_id);
+    EXPECT_TRUE(isOf(*timer, made.m_id));
     EXPECT_EQ(made.m_timerInfo.lock(), timer);
     EXPECT_EQ(made.m_sharedTaskCounter, m_counter);
     EXPECT_EQ(made.m_taskCount, 4U);
@@ -77,7 +81,7 @@ TEST_F(PeriodicNextWorkItemTest, WithNoneLeftTheStopFcnFollowsAtOnce)
     const auto made = std::get<WorkItem<StopFcnWork>>(next(timer, 0));
 
     expectNowPlus(0ms, made.m_executeAt);
-    EXPECT_FALSE(made.m_id < m_id || m_id < made.m_id);
+    EXPECT_TRUE(isOf(*timer, made.m_id));
     EXPECT_EQ(made.m_timerInfo.lock(), timer);
     EXPECT_EQ(made.m_taskCount, 1U);
     EXPECT_EQ(*made.m_sharedTaskCounter, 1U);
@@ -93,34 +97,28 @@ TEST_F(PeriodicNextWorkItemTest, WithNoneLeftAndNoStopFcnNothingFollows)
     EXPECT_TRUE(std::holds_alternative<std::monostate>(next(timer, 0, true)));
 }
 
-TEST_F(PeriodicNextWorkItemTest, NothingFollowsForADestroyedTimer)
-{
-    EXPECT_TRUE(std::holds_alternative<std::monostate>(next({}, 4)));
-    EXPECT_TRUE(std::holds_alternative<std::monostate>(next({}, 4, true)));
-    EXPECT_TRUE(std::holds_alternative<std::monostate>(next({}, 0)));
-}
-
 TEST_F(PeriodicNextWorkItemTest, AnErrorFcnItemIsDueNow)
 {
     const auto timer = makeTimer();
     timer->setErrorFcnIsEmpty(false);
 
     m_before = now();
-    const auto error = makeErrorFcnWorkItem(m_id, timer);
+    const auto error = makeErrorFcnWorkItem(timer, *timer);
     m_after = now();
 
     ASSERT_TRUE(error);
     expectNowPlus(0ms, error->m_executeAt);
-    EXPECT_FALSE(error->m_id < m_id || m_id < error->m_id);
+    EXPECT_TRUE(isOf(*timer, error->m_id));
     EXPECT_EQ(error->m_timerInfo.lock(), timer);
     EXPECT_EQ(error->m_taskCount, 1U);
     EXPECT_EQ(*error->m_sharedTaskCounter, 1U);
 }
 
-TEST_F(PeriodicNextWorkItemTest, WithoutErrorFcnOrTimerThereIsNoErrorFcnItem)
+TEST_F(PeriodicNextWorkItemTest, WithoutErrorFcnThereIsNoErrorFcnItem)
 {
-    EXPECT_FALSE(makeErrorFcnWorkItem(m_id, makeTimer()));
-    EXPECT_FALSE(makeErrorFcnWorkItem(m_id, {}));
+    const auto timer = makeTimer();
+
+    EXPECT_FALSE(makeErrorFcnWorkItem(timer, *timer));
 }
 
 TEST_F(PeriodicNextWorkItemTest, TheItemOfATaskIsACopyWithARecordOfItsOwn)

@@ -23,7 +23,7 @@ TEST_F(SingleShotTest, TheHandlerHandsTheCallbackOverAndQueuesNothing)
     const auto timer = makeFullTimer();
     timer->setActivationStatus(true);
 
-    m_handler.handle(timerFcn(timer));
+    m_handler.handle(timerFcn(timer), *timer);
 
     EXPECT_THAT(story(), ElementsAre(request, "processTovrinTimerTask"));
     EXPECT_THAT(queue(), IsEmpty());
@@ -157,18 +157,6 @@ TEST_F(SingleShotTest, ATimerThatLosesItsStopFcnDuringItsCallbackEndsThere)
     timerTasks().runNext();
 
     EXPECT_FALSE(timer->getIsRunning());
-}
-
-TEST_F(SingleShotTest, TheItemOfADestroyedTimerIsDroppedSilently)
-{
-    auto timer = makeFullTimer();
-    const auto item = timerFcn(timer);
-    timer.reset();
-    journal().clearEvents();
-
-    m_handler.handle(item);
-
-    EXPECT_THAT(everything(), IsEmpty());
 }
 
 TEST_F(SingleShotTest, AnErrorOfTheCallbackSkipsTheEndOfTheRun)

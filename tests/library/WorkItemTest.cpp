@@ -24,7 +24,6 @@ protected:
         ASSERT_TRUE(item.m_prevCallBackStatus);
         EXPECT_FALSE(item.m_prevCallBackStatus->hasStarted);
         EXPECT_FALSE(item.m_prevCallBackStatus->hasCompleted);
-        EXPECT_EQ(item.m_prevCallBackStatus->shared_from_this(), item.m_prevCallBackStatus);
     }
 
     template <int kind>

@@ -2,16 +2,15 @@
 
 #include "timer_src/main/Concurrency.hpp"
 
-#include <memory>
-
 namespace tovrintimer {
 
 /// How far one callback has come. A record serves one callback, and is never reset.
 ///
 /// Threading: shared without a lock between the thread that runs the callback, which writes, and the scheduler
 /// thread, which reads; the other way round for isAwaited. None of the flags guards other data.
-/// Ownership: always made by std::make_shared; shared by the callback task and the work item after it.
-class prevCallBackStatus : public std::enable_shared_from_this<prevCallBackStatus> {
+/// Ownership: shared by the callback task and the work item after it; in a fixed-rate run, as a part of what these
+/// two share.
+class prevCallBackStatus {
 public:
     /// Nobody sets it: it stands in the record for the contention trace, which therefore always shows 0.
     Atomic<bool> hasStarted { false };

@@ -64,6 +64,12 @@ public:
     std::shared_ptr<vorn::VORN> getVORNInstanceWhereTimerWasFirstCreated();
     const std::shared_ptr<InterruptStateData>& getInterruptData() const;
 
+    /// The same engine without a share of it, for who holds the timer.
+    friend const std::shared_ptr<vorn::VORN>& engineOf(const TimerInfo& timer)
+    {
+        return timer.m_vornInstanceWhereTimerWasFirstCreated;
+    }
+
     /// The identity that all the timer's work carries. Constant.
     foundation::msg_svc::exchange::IDType getId() const;
 

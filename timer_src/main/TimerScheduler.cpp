@@ -140,7 +140,7 @@ void TimerScheduler::startThread()
     });
 }
 
-void TimerScheduler::insertInOrder(WorkItemVariant item)
+template <int kind> void TimerScheduler::insertInOrder(WorkItem<kind>&& item)
 {
     traceScheduler("Requesting lk @insertAscendingSorted");
     {
@@ -261,7 +261,7 @@ void TimerScheduler::createAndStartWork(std::weak_ptr<TimerInfo> timer)
         bypassSchedulerAndForceWork(WorkItem<StartFcnWork>(now(), info->getId(), timer));
         return;
     }
-    WorkItem<TimerFcnWork> first = makeFirstTimerFcnWorkItem(*info, info->getId(), timer);
+    WorkItem<TimerFcnWork> first = makeFirstTimerFcnWorkItem(timer, *info);
     if (info->getStartDelay() > 0.0) {
         insertAscendingSorted(std::move(first));
     } else {

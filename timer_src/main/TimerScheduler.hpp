@@ -88,7 +88,7 @@ private:
     void startThread();
 
     template <int kind> void requestWork(WorkItem<kind>&& item);
-    void insertInOrder(WorkItemVariant item);
+    template <int kind> void insertInOrder(WorkItem<kind>&& item);
 
     /// The soonest item and its due time. The caller holds m_mutex, and the queue is not empty.
     std::pair<const WorkItemVariant&, DueTime> getTimePointForBackOfWorkQueue() const;

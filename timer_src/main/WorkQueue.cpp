@@ -25,15 +25,22 @@ std::size_t WorkQueue::size() const noexcept
     return m_items->all.size();
 }
 
-void WorkQueue::insert(WorkItemVariant&& item)
+template <int kind> void WorkQueue::insert(WorkItem<kind>&& item)
 {
+    // Most of what comes is due last.
+    auto& byDueTime = m_items->all.get<Items::ByDueTime>();
     if (m_items->spare.empty()) {
-        m_items->all.insert(std::move(item));
+        byDueTime.emplace_hint(byDueTime.end(), std::move(item));
     } else {
         m_items->spare.value() = std::move(item);
-        m_items->all.insert(std::move(m_items->spare));
+        byDueTime.insert(byDueTime.end(), std::move(m_items->spare));
     }
 }
+
+template void WorkQueue::insert(WorkItem<StartFcnWork>&& item);
+template void WorkQueue::insert(WorkItem<StopFcnWork>&& item);
+template void WorkQueue::insert(WorkItem<TimerFcnWork>&& item);
+template void WorkQueue::insert(WorkItem<ErrorFcnWork>&& item);
 
 const WorkItemVariant& WorkQueue::soonest() const
 {

@@ -26,7 +26,7 @@ public:
 
     /// Puts an item behind those of an equal due time.
     /// \throws std::bad_alloc; the queue then holds what it held
-    void insert(WorkItemVariant&& item);
+    template <int kind> void insert(WorkItem<kind>&& item);
 
     /// The item to be taken next. The queue is not empty.
     const WorkItemVariant& soonest() const;

@@ -60,6 +60,14 @@ private:
     const std::tuple<const Pieces&...> m_pieces;
 };
 
+/// The other part of it, out of the way of the code that logs.
+template <typename... Pieces>
+[[gnu::noinline, gnu::cold]] void writeWantedRecord(
+    DiagnosticLogger& logger, Severity severity, const Pieces&... pieces) noexcept
+{
+    writeEnabledRecord(logger, severity, PiecesText<Pieces...>(pieces...), nullptr);
+}
+
 /// Writes one record, the pieces streamed one after the other, flags as 0 and 1.
 ///
 /// A record that is not wanted costs one bit test, and formats nothing. A record whose formatting or sink throws
@@ -68,8 +76,8 @@ private:
 template <typename... Pieces>
 void writeRecord(DiagnosticLogger& logger, Severity severity, Pieces... pieces) noexcept
 {
-    if (isEnabled(logger, severity)) {
-        writeEnabledRecord(logger, severity, PiecesText<Pieces...>(pieces...), nullptr);
+    if (isEnabled(logger, severity)) [[unlikely]] {
+        writeWantedRecord(logger, severity, pieces...);
     }
 }
 

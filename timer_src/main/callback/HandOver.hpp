@@ -3,6 +3,7 @@
 #include "host/foundation/feature/Feature.hpp"
 #include "timer_src/main/Concurrency.hpp"
 #include "timer_src/main/NeverDestroyed.hpp"
+#include "timer_src/main/WorkItem.hpp"
 #include "timer_src/main/callback/CallbackTask.hpp"
 
 #include <memory>
@@ -27,14 +28,15 @@ private:
     Atomic<bool> m_reported { false };
 };
 
-/// Hands a task that does `body(timer, engine)` over to the host, in the engine that the timer was made in. Each
-/// handler has a way of its own, which is never destroyed.
-/// \throws whatever the host's operations throw
-template <typename Handler, typename Body> void handOver(const std::shared_ptr<TimerInfo>& timer, Body body)
+/// Hands a task that does `body(timer, engine)` over to the host for a piece of work of `timer`, in the engine
+/// that the timer was made in. Each handler has a way of its own, which is never destroyed. \throws whatever the
+/// host's operations throw
+template <typename Handler, int kind, typename Body>
+void handOver(const TimerInfo& timer, const WorkItem<kind>& work, Body body)
 {
     static NeverDestroyed<HandOver> way;
-    auto engine = timer->getVORNInstanceWhereTimerWasFirstCreated();
-    (*way)(engine, makeCallbackTask(timer, engine, std::move(body)));
+    const auto& engine = engineOf(timer);
+    (*way)(engine, makeCallbackTask(work.m_timerInfo, engine, std::move(body)));
 }
 
 } // namespace tovrintimer

@@ -11,48 +11,74 @@
 
 namespace tovrintimer {
 
-void dispatch(WorkItem<StartFcnWork> item, Dispatcher* /*dispatcher*/)
+namespace {
+
+void handle(WorkItem<StartFcnWork>&& item, TimerInfo& timer)
 {
-    StartFcnWorkItemHandlerStrategy().handle(std::move(item));
+    StartFcnWorkItemHandlerStrategy().handle(item, timer);
 }
 
-void dispatch(WorkItem<StopFcnWork> item, Dispatcher* /*dispatcher*/)
+void handle(WorkItem<StopFcnWork>&& item, TimerInfo& timer)
 {
-    StopFcnWorkItemHandlerStrategy().handle(std::move(item));
+    StopFcnWorkItemHandlerStrategy().handle(item, timer);
 }
 
-void dispatch(WorkItem<TimerFcnWork> item, Dispatcher* /*dispatcher*/)
+void handle(WorkItem<ErrorFcnWork>&& item, TimerInfo& timer)
 {
-    // Held until the handler returns, so that the timer cannot go while it is being handled.
-    const auto timer = item.m_timerInfo.lock();
-    if (!timer) {
-        return;
-    }
-    switch (static_cast<ExecutionMode>(timer->getExecutionMode())) {
+    ErrorFcnWorkItemHandlerStrategy().handle(item, timer);
+}
+
+void handle(WorkItem<TimerFcnWork>&& item, TimerInfo& timer)
+{
+    switch (static_cast<ExecutionMode>(timer.getExecutionMode())) {
     case ExecutionMode::SingleShot:
-        SingleShotTimerFcnWorkItemHandlerStrategy().handle(std::move(item));
+        SingleShotTimerFcnWorkItemHandlerStrategy().handle(item, timer);
         return;
     case ExecutionMode::FixedSpacing:
-        FixedSpacingTimerFcnWorkItemHandlerStrategy().handle(std::move(item));
+        FixedSpacingTimerFcnWorkItemHandlerStrategy().handle(item, timer);
         return;
     case ExecutionMode::FixedDelay:
-        FixedDelayTimerFcnWorkItemHandlerStrategy().handle(std::move(item));
+        FixedDelayTimerFcnWorkItemHandlerStrategy().handle(item, timer);
         return;
     case ExecutionMode::FixedRate:
-        FixedRateTimerFcnWorkItemHandlerStrategy().handle(std::move(item));
+        FixedRateTimerFcnWorkItemHandlerStrategy().handle(std::move(item), timer);
         return;
     }
     // Any other number names no mode: the item is dropped.
 }
 
-void dispatch(WorkItem<ErrorFcnWork> item, Dispatcher* /*dispatcher*/)
+template <int kind> void dispatchItem(WorkItem<kind>&& item)
 {
-    ErrorFcnWorkItemHandlerStrategy().handle(std::move(item));
+    if (const auto timer = item.m_timerInfo.lock()) {
+        handle(std::move(item), *timer);
+    }
 }
 
-void dispatch(WorkItemVariant&& work, Dispatcher* dispatcher)
+} // namespace
+
+void dispatch(WorkItem<StartFcnWork>&& item, Dispatcher* /*dispatcher*/)
 {
-    boost::apply_visitor([dispatcher](auto& item) { dispatch(std::move(item), dispatcher); }, work);
+    dispatchItem(std::move(item));
+}
+
+void dispatch(WorkItem<StopFcnWork>&& item, Dispatcher* /*dispatcher*/)
+{
+    dispatchItem(std::move(item));
+}
+
+void dispatch(WorkItem<TimerFcnWork>&& item, Dispatcher* /*dispatcher*/)
+{
+    dispatchItem(std::move(item));
+}
+
+void dispatch(WorkItem<ErrorFcnWork>&& item, Dispatcher* /*dispatcher*/)
+{
+    dispatchItem(std::move(item));
+}
+
+void dispatch(WorkItemVariant&& work, Dispatcher* /*dispatcher*/)
+{
+    boost::apply_visitor([](auto& item) { dispatchItem(std::move(item)); }, work);
 }
 
 } // namespace tovrintimer

@@ -15,18 +15,14 @@ void runErrorFcn(TimerInfo& timer, vorn::VORN& engine)
 
 } // namespace
 
-void ErrorFcnWorkItemHandlerStrategy::handle(WorkItem<ErrorFcnWork> item) const
+void ErrorFcnWorkItemHandlerStrategy::handle(const WorkItem<ErrorFcnWork>& item, TimerInfo& timer) const
 {
-    const auto timer = item.m_timerInfo.lock();
-    if (!timer) {
-        return;
-    }
-    if (timer->getErrorFcnIsEmpty()) {
+    if (timer.getErrorFcnIsEmpty()) {
         trace("Skipping ErrorFcn scheduling, since it's empty");
         return;
     }
     trace("Requesting ErrorFcn Processing");
-    handOver<ErrorFcnWorkItemHandlerStrategy>(timer, runErrorFcn);
+    handOver<ErrorFcnWorkItemHandlerStrategy>(timer, item, runErrorFcn);
 }
 
 } // namespace tovrintimer

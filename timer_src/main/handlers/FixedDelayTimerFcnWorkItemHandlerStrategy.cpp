@@ -4,12 +4,12 @@
 
 namespace tovrintimer {
 
-void FixedDelayTimerFcnWorkItemHandlerStrategy::handle(WorkItem<TimerFcnWork> item) const
+void FixedDelayTimerFcnWorkItemHandlerStrategy::handle(const WorkItem<TimerFcnWork>& item, TimerInfo& timer) const
 {
     handOverSelfCountingTask<FixedDelayTimerFcnWorkItemHandlerStrategy>(
-        item, [](WorkItem<TimerFcnWork>& current, TimerInfo& timer, vorn::VORN& engine) {
-            countAndScheduleNext(current, timer);
-            evaluateTimerCallback(timer, engine, TimerFcnWork);
+        item, timer, [](WorkItem<TimerFcnWork>& current, TimerInfo& info, vorn::VORN& engine) {
+            countAndScheduleNext(current, info);
+            evaluateTimerCallback(info, engine, TimerFcnWork);
         });
 }
 

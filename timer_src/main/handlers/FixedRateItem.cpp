@@ -6,9 +6,9 @@
 
 namespace tovrintimer {
 
-FixedRateItem::FixedRateItem(WorkItem<TimerFcnWork>&& due)
-    : WorkItem(due.m_id, due.m_executeAt, std::move(due.m_timerInfo), std::move(due.m_sharedTaskCounter),
-        due.m_taskCount, nullptr)
+FixedRateItem::FixedRateItem(const WorkItem<TimerFcnWork>& due)
+    : m_total(*due.m_sharedTaskCounter)
+    , m_left(due.m_taskCount)
     , m_handingThread(currentThreadId())
 {
 }
@@ -24,7 +24,7 @@ void FixedRateItem::callbackReturned(TimerInfo& timer)
 {
     const bool isInsideHandOver = currentThreadId() == m_handingThread && !m_isHandedOver;
     if (isInsideHandOver) {
-        endRunWithoutStopFcn(*this);
+        endRunWithoutStopFcn(m_left, timer);
         return;
     }
     const auto isEnd = [&timer](const Count& count) { return count.left == 0 && timer.getStopFcnIsEmpty(); };
@@ -39,7 +39,7 @@ void FixedRateItem::callbackReturned(TimerInfo& timer)
 
 FixedRateItem::Count FixedRateItem::countFor(const TimerInfo& timer) const
 {
-    const auto [total, left] = afterCallback(timer.getNumOfTasksToExecute(), *m_sharedTaskCounter, m_taskCount);
+    const auto [total, left] = afterCallback(timer.getNumOfTasksToExecute(), m_total, m_left);
     return { total, left };
 }
 
@@ -49,8 +49,8 @@ const FixedRateItem::Count& FixedRateItem::firstOf(const Count& mine)
     if (!m_first.compare_exchange_strong(first, &mine)) {
         return *first;
     }
-    if (mine.total != *m_sharedTaskCounter) {
-        traceChangedTotal(*this);
+    if (mine.total != m_total) {
+        traceChangedTotal(m_left);
     }
     return mine;
 }

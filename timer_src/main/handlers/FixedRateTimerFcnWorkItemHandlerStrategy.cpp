@@ -11,8 +11,6 @@
 
 namespace tovrintimer {
 
-using foundation::msg_svc::exchange::IDType;
-
 namespace {
 
 /// How long an item waits before it asks again: to the next millisecond of the clock.
@@ -36,47 +34,48 @@ BusyMode busyMode(const TimerInfo& timer)
 ///
 /// Each side writes its own flag before it reads the other's, so that at least one of them sees both; and where
 /// the task looks too early for the item in the queue, this side looks after it.
-void fireAgain(WorkItem<TimerFcnWork> item)
+void fireAgain(TimerInfo& timer, WorkItem<TimerFcnWork>&& item)
 {
-    const IDType id = item.m_id;
     const auto record = item.m_prevCallBackStatus;
     NextWorkItem next = makeNextWorkItem(
-        std::move(item.m_timerInfo), record, true, id, std::move(item.m_sharedTaskCounter), item.m_taskCount);
+        std::move(item.m_timerInfo), timer, record, true, std::move(item.m_sharedTaskCounter), item.m_taskCount);
     if (auto* const again = std::get_if<WorkItem<TimerFcnWork>>(&next)) {
         again->m_executeAt += pollInterval;
     }
     record->isAwaited = true;
-    scheduleNextWorkItem(std::move(next));
+    scheduleNextWorkItem(std::move(next), timer);
     if (record->hasCompleted) {
-        hasten(id, *record);
+        hasten(item.m_id, *record);
     }
+}
+
+/// The counter itself where it holds that total, since what it holds never changes; else a new one.
+std::shared_ptr<std::uint64_t> counterHolding(std::uint64_t total, std::shared_ptr<std::uint64_t>&& counter)
+{
+    return *counter == total ? std::move(counter) : std::make_shared<std::uint64_t>(total);
 }
 
 /// The run ends. The StopFcn comes first, and the ErrorFcn even where the timer has stopped by then.
 void failRun(TimerInfo& timer, const WorkItem<TimerFcnWork>& item)
 {
-    if (auto stop = makeStopFcnWorkItem(item.m_timerInfo, item.m_id)) {
-        scheduleIfTimerIsRunning(std::move(*stop));
+    if (auto stop = makeStopFcnWorkItem(item.m_timerInfo, timer)) {
+        scheduleIfTimerIsRunning(std::move(*stop), timer);
     } else {
         timer.setActivationStatus(false);
     }
-    if (auto error = makeErrorFcnWorkItem(item.m_id, item.m_timerInfo)) {
+    if (auto error = makeErrorFcnWorkItem(item.m_timerInfo, timer)) {
         TimerScheduler::getPerTOVRINProcessInstance()->insertAscendingSorted(std::move(*error));
     }
 }
 
 } // namespace
 
-void FixedRateTimerFcnWorkItemHandlerStrategy::handle(WorkItem<TimerFcnWork> item) const
+void FixedRateTimerFcnWorkItemHandlerStrategy::handle(WorkItem<TimerFcnWork>&& item, TimerInfo& timer) const
 {
-    const auto timer = item.m_timerInfo.lock();
-    if (!timer) {
-        return;
-    }
-    if (busyMode(*timer) != BusyMode::Queue && isPreviousCallbackStillRunning(item)) {
-        handleFixedRateTimerFcnWithContention(*timer, std::move(item));
+    if (busyMode(timer) != BusyMode::Queue && isPreviousCallbackStillRunning(item)) {
+        handleFixedRateTimerFcnWithContention(std::move(item), timer);
     } else {
-        handleFixedRateTimerFcnWithNoContention(timer, std::move(item));
+        handleFixedRateTimerFcnWithNoContention(std::move(item), timer);
     }
 }
 
@@ -95,35 +94,37 @@ bool FixedRateTimerFcnWorkItemHandlerStrategy::isPreviousCallbackStillRunning(
 }
 
 void FixedRateTimerFcnWorkItemHandlerStrategy::handleFixedRateTimerFcnWithNoContention(
-    const std::shared_ptr<TimerInfo>& timer, WorkItem<TimerFcnWork>&& item) const
+    WorkItem<TimerFcnWork>&& item, TimerInfo& timer) const
 {
-    const auto current = std::make_shared<FixedRateItem>(std::move(item));
-    auto record = std::make_shared<prevCallBackStatus>();
-    auto runTimerFcn = [current, record](TimerInfo& info, vorn::VORN& engine) {
+    auto current = std::make_shared<FixedRateItem>(item);
+    auto runTimerFcn = [current](TimerInfo& info, vorn::VORN& engine) {
         info.updateTimerFunRunStatus();
         evaluateTimerCallback(info, engine, TimerFcnWork);
-        record->hasCompleted = true;
+        current->record.hasCompleted = true;
         current->callbackReturned(info);
-        if (record->isAwaited) {
-            hasten(current->m_id, *record);
+        if (current->record.isAwaited) {
+            hasten(info.getId(), current->record);
         }
     };
-    handOver<FixedRateTimerFcnWorkItemHandlerStrategy>(timer, std::move(runTimerFcn));
-    const FixedRateItem::Count& count = current->callbackHandedOver(*timer);
+    handOver<FixedRateTimerFcnWorkItemHandlerStrategy>(timer, item, std::move(runTimerFcn));
+    const FixedRateItem::Count& count = current->callbackHandedOver(timer);
     if (!count.endsRun) {
-        scheduleNextWorkItem(makeNextWorkItem(current->m_timerInfo, std::move(record), false, current->m_id,
-            std::make_shared<std::uint64_t>(count.total), count.left));
+        auto& record = current->record;
+        scheduleNextWorkItem(makeNextWorkItem(std::move(item.m_timerInfo), timer,
+                                 std::shared_ptr<prevCallBackStatus>(std::move(current), &record), false,
+                                 counterHolding(count.total, std::move(item.m_sharedTaskCounter)), count.left),
+            timer);
     }
 }
 
 void FixedRateTimerFcnWorkItemHandlerStrategy::handleFixedRateTimerFcnWithContention(
-    TimerInfo& timer, WorkItem<TimerFcnWork>&& item) const
+    WorkItem<TimerFcnWork>&& item, TimerInfo& timer) const
 {
     switch (busyMode(timer)) {
     case BusyMode::Drop:
         trace("Contention With previous timerFcn callback,", " dropping current TimerFcn, and setting next",
             " TimerFcn to fire immediately");
-        fireAgain(std::move(item));
+        fireAgain(timer, std::move(item));
         return;
     case BusyMode::Error:
         trace("Contention With previous timerFcn callback,",

@@ -4,12 +4,13 @@
 
 namespace tovrintimer {
 
-void FixedSpacingTimerFcnWorkItemHandlerStrategy::handle(WorkItem<TimerFcnWork> item) const
+void FixedSpacingTimerFcnWorkItemHandlerStrategy::handle(
+    const WorkItem<TimerFcnWork>& item, TimerInfo& timer) const
 {
     handOverSelfCountingTask<FixedSpacingTimerFcnWorkItemHandlerStrategy>(
-        item, [](WorkItem<TimerFcnWork>& current, TimerInfo& timer, vorn::VORN& engine) {
-            evaluateTimerCallback(timer, engine, TimerFcnWork);
-            countAndScheduleNext(current, timer);
+        item, timer, [](WorkItem<TimerFcnWork>& current, TimerInfo& info, vorn::VORN& engine) {
+            evaluateTimerCallback(info, engine, TimerFcnWork);
+            countAndScheduleNext(current, info);
         });
 }
 

@@ -5,54 +5,47 @@
 #include "timer_src/main/TimerScheduler.hpp"
 #include "timer_src/main/handlers/TaskCounting.hpp"
 
-namespace tovrintimer {
+#include <type_traits>
 
-using foundation::msg_svc::exchange::IDType;
+namespace tovrintimer {
 
 namespace {
 
-bool isRunning(const std::weak_ptr<TimerInfo>& timer)
+template <int kind> void scheduleIfRunning(WorkItem<kind>&& item, const TimerInfo& timer)
 {
-    const auto info = timer.lock();
-    return info && info->getIsRunning();
-}
-
-template <int kind> void scheduleIfRunning(WorkItem<kind>&& item)
-{
-    if (isRunning(item.m_timerInfo)) {
+    if (timer.getIsRunning()) {
         TimerScheduler::getPerTOVRINProcessInstance()->insertAscendingSorted(std::move(item));
     }
 }
 
-struct ScheduleVisitor {
-    void operator()(std::monostate /*nothing*/) const { }
-
-    template <int kind> void operator()(WorkItem<kind>& item) const { scheduleIfTimerIsRunning(std::move(item)); }
-};
-
 } // namespace
 
-void scheduleNextWorkItem(NextWorkItem next)
+void scheduleNextWorkItem(NextWorkItem&& next, const TimerInfo& timer)
 {
-    std::visit(ScheduleVisitor(), next);
+    std::visit(
+        [&timer]<typename Next>(Next& item) {
+            if constexpr (!std::is_same_v<Next, std::monostate>) {
+                scheduleIfTimerIsRunning(std::move(item), timer);
+            }
+        },
+        next);
 }
 
-void scheduleIfTimerIsRunning(WorkItem<StopFcnWork> item)
+void scheduleIfTimerIsRunning(WorkItem<StopFcnWork>&& item, const TimerInfo& timer)
 {
-    scheduleIfRunning(std::move(item));
+    scheduleIfRunning(std::move(item), timer);
 }
 
-void scheduleIfTimerIsRunning(WorkItem<TimerFcnWork> item)
+void scheduleIfTimerIsRunning(WorkItem<TimerFcnWork>&& item, const TimerInfo& timer)
 {
-    scheduleIfRunning(std::move(item));
+    scheduleIfRunning(std::move(item), timer);
 }
 
-WorkItem<TimerFcnWork> makeFirstTimerFcnWorkItem(
-    const TimerInfo& timer, IDType id, std::weak_ptr<TimerInfo> handle)
+WorkItem<TimerFcnWork> makeFirstTimerFcnWorkItem(std::weak_ptr<TimerInfo> handle, const TimerInfo& timer)
 {
     const std::uint64_t tasks = timer.getNumOfTasksToExecute();
-    return { id, nowPlus(timer.getStartDelay()), std::move(handle), std::make_shared<std::uint64_t>(tasks),
-        tasks };
+    return { timer.getId(), nowPlus(timer.getStartDelay()), std::move(handle),
+        std::make_shared<std::uint64_t>(tasks), tasks };
 }
 
 std::shared_ptr<WorkItem<TimerFcnWork>> makeCurrentWorkItem(const WorkItem<TimerFcnWork>& due)
@@ -61,56 +54,50 @@ std::shared_ptr<WorkItem<TimerFcnWork>> makeCurrentWorkItem(const WorkItem<Timer
         due.m_id, due.m_executeAt, due.m_timerInfo, due.m_sharedTaskCounter, due.m_taskCount);
 }
 
-boost::optional<WorkItem<StopFcnWork>> makeStopFcnWorkItem(std::weak_ptr<TimerInfo> timer, IDType id)
+boost::optional<WorkItem<StopFcnWork>> makeStopFcnWorkItem(std::weak_ptr<TimerInfo> handle, TimerInfo& timer)
 {
-    const auto info = timer.lock();
-    if (!info || info->getStopFcnIsEmpty()) {
+    if (timer.getStopFcnIsEmpty()) {
         return boost::none;
     }
-    return WorkItem<StopFcnWork>(now(), id, std::move(timer));
+    return WorkItem<StopFcnWork>(now(), timer.getId(), std::move(handle));
 }
 
-boost::optional<WorkItem<ErrorFcnWork>> makeErrorFcnWorkItem(IDType id, std::weak_ptr<TimerInfo> timer)
+boost::optional<WorkItem<ErrorFcnWork>> makeErrorFcnWorkItem(std::weak_ptr<TimerInfo> handle, TimerInfo& timer)
 {
-    const auto info = timer.lock();
-    if (!info || info->getErrorFcnIsEmpty()) {
+    if (timer.getErrorFcnIsEmpty()) {
         return boost::none;
     }
-    return WorkItem<ErrorFcnWork>(now(), id, std::move(timer));
+    return WorkItem<ErrorFcnWork>(now(), timer.getId(), std::move(handle));
 }
 
-NextWorkItem makeNextWorkItem(std::weak_ptr<TimerInfo> timer, std::shared_ptr<prevCallBackStatus> status,
-    bool fireImmediately, IDType id, std::shared_ptr<std::uint64_t> counter, std::uint64_t taskCount)
+NextWorkItem makeNextWorkItem(std::weak_ptr<TimerInfo> handle, TimerInfo& timer,
+    std::shared_ptr<prevCallBackStatus> status, bool fireImmediately, std::shared_ptr<std::uint64_t> counter,
+    std::uint64_t taskCount)
 {
-    NextWorkItem next;
-    const auto info = timer.lock();
-    if (!info) {
-        return next;
-    }
     if (taskCount == 0) {
-        if (auto stop = makeStopFcnWorkItem(std::move(timer), id)) {
-            next = std::move(*stop);
+        if (auto stop = makeStopFcnWorkItem(std::move(handle), timer)) {
+            return std::move(*stop);
         }
-        return next;
+        return {};
     }
-    const DueTime due = fireImmediately ? now() : nowPlus(info->getPeriod());
-    next = WorkItem<TimerFcnWork>(id, due, std::move(timer), std::move(counter), taskCount, std::move(status));
-    return next;
+    const DueTime due = fireImmediately ? now() : nowPlus(timer.getPeriod());
+    return NextWorkItem(std::in_place_type<WorkItem<TimerFcnWork>>, timer.getId(), due, std::move(handle),
+        std::move(counter), taskCount, std::move(status));
 }
 
-void countAndScheduleNext(WorkItem<TimerFcnWork>& current, const TimerInfo& timer)
+void countAndScheduleNext(WorkItem<TimerFcnWork>& current, TimerInfo& timer)
 {
     auto status = std::make_shared<prevCallBackStatus>();
     countCallback(current, timer);
-    scheduleNextWorkItem(makeNextWorkItem(current.m_timerInfo, std::move(status), false, current.m_id,
-        current.m_sharedTaskCounter, current.m_taskCount));
+    scheduleNextWorkItem(makeNextWorkItem(current.m_timerInfo, timer, std::move(status), false,
+                             current.m_sharedTaskCounter, current.m_taskCount),
+        timer);
 }
 
-void endRunWithoutStopFcn(const WorkItem<TimerFcnWork>& last)
+void endRunWithoutStopFcn(std::uint64_t taskCount, TimerInfo& timer)
 {
-    const auto info = last.m_timerInfo.lock();
-    if (info && last.m_taskCount == 0 && info->getStopFcnIsEmpty()) {
-        info->setActivationStatus(false);
+    if (taskCount == 0 && timer.getStopFcnIsEmpty()) {
+        timer.setActivationStatus(false);
     }
 }
 

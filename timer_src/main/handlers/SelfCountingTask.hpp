@@ -11,19 +11,15 @@ namespace tovrintimer {
 /// and queues what follows. \param countAndEvaluate does so with the item that it counts in, in the order that is
 /// the mode's
 template <typename Handler, typename Body>
-void handOverSelfCountingTask(const WorkItem<TimerFcnWork>& item, Body countAndEvaluate)
+void handOverSelfCountingTask(const WorkItem<TimerFcnWork>& item, TimerInfo& timer, Body countAndEvaluate)
 {
-    const auto timer = item.m_timerInfo.lock();
-    if (!timer) {
-        return;
-    }
     auto runTimerFcn
         = [current = makeCurrentWorkItem(item), countAndEvaluate](TimerInfo& info, vorn::VORN& engine) {
               info.updateTimerFunRunStatus();
               countAndEvaluate(*current, info, engine);
-              endRunWithoutStopFcn(*current);
+              endRunWithoutStopFcn(current->m_taskCount, info);
           };
-    handOver<Handler>(timer, std::move(runTimerFcn));
+    handOver<Handler>(timer, item, std::move(runTimerFcn));
 }
 
 } // namespace tovrintimer

@@ -9,25 +9,21 @@ namespace tovrintimer {
 namespace {
 
 /// The StopFcn follows, or without one the run ends here.
-void endRun(const WorkItem<TimerFcnWork>& item)
+void endRun(const WorkItem<TimerFcnWork>& item, TimerInfo& timer)
 {
-    endRunWithoutStopFcn(item);
-    if (auto stop = makeStopFcnWorkItem(item.m_timerInfo, item.m_id)) {
-        scheduleIfTimerIsRunning(std::move(*stop));
-    } else if (const auto timer = item.m_timerInfo.lock()) {
+    endRunWithoutStopFcn(item.m_taskCount, timer);
+    if (auto stop = makeStopFcnWorkItem(item.m_timerInfo, timer)) {
+        scheduleIfTimerIsRunning(std::move(*stop), timer);
+    } else {
         // Once more, as for a timer that lost its StopFcn in between: the flag is false already, or becomes so.
-        timer->setActivationStatus(false);
+        timer.setActivationStatus(false);
     }
 }
 
 } // namespace
 
-void SingleShotTimerFcnWorkItemHandlerStrategy::handle(WorkItem<TimerFcnWork> item) const
+void SingleShotTimerFcnWorkItemHandlerStrategy::handle(const WorkItem<TimerFcnWork>& item, TimerInfo& timer) const
 {
-    const auto timer = item.m_timerInfo.lock();
-    if (!timer) {
-        return;
-    }
     const auto only = std::make_shared<WorkItem<TimerFcnWork>>(item.m_id, item.m_executeAt, item.m_timerInfo, 1);
     trace("Requesting SingleShot Processing");
     const auto runTimerFcn = [current = only->shared_from_this()](TimerInfo& info, vorn::VORN& engine) {
@@ -35,9 +31,9 @@ void SingleShotTimerFcnWorkItemHandlerStrategy::handle(WorkItem<TimerFcnWork> it
         current->m_taskCount = 0;
         info.updateTimerFunRunStatus();
         evaluateTimerCallback(info, engine, TimerFcnWork);
-        endRun(*current);
+        endRun(*current, info);
     };
-    handOver<SingleShotTimerFcnWorkItemHandlerStrategy>(timer, runTimerFcn);
+    handOver<SingleShotTimerFcnWorkItemHandlerStrategy>(timer, item, runTimerFcn);
 }
 
 } // namespace tovrintimer

@@ -16,19 +16,15 @@ void runStartFcn(TimerInfo& timer, vorn::VORN& engine)
 
 } // namespace
 
-void StartFcnWorkItemHandlerStrategy::handle(WorkItem<StartFcnWork> item) const
+void StartFcnWorkItemHandlerStrategy::handle(const WorkItem<StartFcnWork>& item, TimerInfo& timer) const
 {
-    const auto timer = item.m_timerInfo.lock();
-    if (!timer) {
-        return;
-    }
-    if (timer->getStartFcnIsEmpty()) {
+    if (timer.getStartFcnIsEmpty()) {
         trace("Skipping StartFcn scheduling, since it's empty");
     } else {
         trace("Requesting StartFcn Processing");
-        handOver<StartFcnWorkItemHandlerStrategy>(timer, runStartFcn);
+        handOver<StartFcnWorkItemHandlerStrategy>(timer, item, runStartFcn);
     }
-    scheduleIfTimerIsRunning(makeFirstTimerFcnWorkItem(*timer, item.m_id, item.m_timerInfo));
+    scheduleIfTimerIsRunning(makeFirstTimerFcnWorkItem(item.m_timerInfo, timer), timer);
 }
 
 } // namespace tovrintimer

@@ -5,14 +5,10 @@
 
 namespace tovrintimer {
 
-void StopFcnWorkItemHandlerStrategy::handle(WorkItem<StopFcnWork> item) const
+void StopFcnWorkItemHandlerStrategy::handle(const WorkItem<StopFcnWork>& item, TimerInfo& timer) const
 {
-    const auto timer = item.m_timerInfo.lock();
-    if (!timer) {
-        return;
-    }
-    if (timer->getStopFcnIsEmpty()) {
-        timer->setActivationStatus(false);
+    if (timer.getStopFcnIsEmpty()) {
+        timer.setActivationStatus(false);
         trace("Skipping StopFcn scheduling, since it's empty");
         return;
     }
@@ -23,7 +19,7 @@ void StopFcnWorkItemHandlerStrategy::handle(WorkItem<StopFcnWork> item) const
         info.setActivationStatus(false);
         evaluateTimerCallback(info, engine, StopFcnWork);
     };
-    handOver<StopFcnWorkItemHandlerStrategy>(timer, runStopFcn);
+    handOver<StopFcnWorkItemHandlerStrategy>(timer, item, runStopFcn);
 }
 
 } // namespace tovrintimer

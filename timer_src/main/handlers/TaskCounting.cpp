@@ -10,7 +10,7 @@ std::pair<std::uint64_t, std::uint64_t> updateCallbackCounter(const WorkItem<Tim
 {
     const auto after = afterCallback(tasksToExecute, counterValue, taskCount);
     if (after.first != counterValue) {
-        traceChangedTotal(current);
+        traceChangedTotal(current.m_taskCount);
     }
     return after;
 }
@@ -28,10 +28,9 @@ std::pair<std::uint64_t, std::uint64_t> afterCallback(
     return { tasksToExecute, (tasksToExecute - dispatchedBefore) - 1 };
 }
 
-void traceChangedTotal(const WorkItem<TimerFcnWork>& current)
+void traceChangedTotal(std::uint64_t taskCount)
 {
-    writeRecord(
-        workItemLogger, Severity::Trace, "TasksToExecute changed, affecting callback ctr ", current.m_taskCount);
+    writeRecord(workItemLogger, Severity::Trace, "TasksToExecute changed, affecting callback ctr ", taskCount);
 }
 
 void countCallback(WorkItem<TimerFcnWork>& current, const TimerInfo& timer)

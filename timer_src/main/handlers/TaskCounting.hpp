@@ -25,7 +25,8 @@ std::pair<std::uint64_t, std::uint64_t> afterCallback(
     std::uint64_t tasksToExecute, std::uint64_t counterValue, std::uint64_t taskCount);
 
 /// Records that a changed number of tasks has been honoured.
-void traceChangedTotal(const WorkItem<TimerFcnWork>& current);
+/// \param taskCount the callbacks still to be dispatched before this one is counted
+void traceChangedTotal(std::uint64_t taskCount);
 
 /// Counts the callback of this item, in the item: a new counter object, and the callbacks that are left.
 void countCallback(WorkItem<TimerFcnWork>& current, const TimerInfo& timer);

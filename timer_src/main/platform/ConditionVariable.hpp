@@ -22,6 +22,8 @@ constexpr TimePoint nextStop(TimePoint now, TimePoint deadline, typename TimePoi
 /// more than a day of shorter ones, after each of which it looks at the predicate. Otherwise like
 /// std::condition_variable.
 ///
+/// All waits are by the same clock, which never goes back: what it has been seen to pass is not looked up again.
+///
 /// A wait that leaves the kernel out does not let go of the lock either. Who waits for the lock gets it when its
 /// owner unlocks it: the scheduler thread does so for each dispatch, which takes longer than all that it does
 /// under the lock.
@@ -39,7 +41,11 @@ public:
         std::unique_lock<std::mutex>& lock, std::chrono::time_point<Clock, Duration> deadline, Predicate predicate)
     {
         while (!predicate()) {
+            if (deadline.time_since_epoch() <= std::chrono::duration_cast<Duration>(m_latestReading)) {
+                return predicate();
+            }
             const auto now = std::chrono::time_point_cast<Duration>(Clock::now());
+            m_latestReading = std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch());
             if (now >= deadline) {
                 return predicate();
             }
@@ -53,6 +59,9 @@ public:
 
 private:
     std::condition_variable m_condition;
+    std::chrono::milliseconds m_latestReading {
+        0
+    }; // guarded by the waiter's lock; no clock stands before its epoch
     const std::chrono::milliseconds m_cap;
 };
 
