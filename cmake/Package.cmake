@@ -16,6 +16,7 @@ install(FILES
   timer_src/main/OnceFlag.hpp
   timer_src/main/PrevCallBackStatus.hpp
   timer_src/main/TimerInfo.hpp
+  timer_src/main/TimerObserver.hpp
   timer_src/main/TimerScheduler.hpp
   timer_src/main/WorkItem.hpp
   timer_src/main/WorkKind.hpp

@@ -14,14 +14,22 @@ struct SomeHandler { };
 
 class HandOverTest : public LibraryTest {
 protected:
+    void handOverTask(const CallbackTask& task) { handOverTask(task, m_handOver); }
+
+    void handOverTask(const CallbackTask& task, HandOver& way)
+    {
+        WorkItem<StartFcnWork> work(now(), IDType(), {});
+        way(m_engine, task, work);
+    }
+
     HandOver m_handOver;
 };
 using HandOverDeathTest = HandOverTest;
 
 TEST_F(HandOverTest, WithTheFeatureOnTheTaskIsHandedOverAndNothingMore)
 {
-    m_handOver(m_engine, [] {});
-    m_handOver(m_engine, [] {});
+    handOverTask([] {});
+    handOverTask([] {});
 
     EXPECT_THAT(everything(),
         ElementsAre("processTovrinTimerTask", "Feature::get TIMER_PPE", "Feature::get TIMER_PPE",
@@ -31,8 +39,8 @@ TEST_F(HandOverTest, WithTheFeatureOnTheTaskIsHandedOverAndNothingMore)
 TEST_F(HandOverTest, WithTheFeatureOffEachHandOverWakesTheRequestLineOnce)
 {
     recording::setTimerPpe(false);
-    m_handOver(m_engine, [] {});
-    m_handOver(m_engine, [] {});
+    handOverTask([] {});
+    handOverTask([] {});
 
     EXPECT_THAT(calls(),
         ElementsAre("processTovrinTimerTask", "setReadyRequestPending true", "Iqm::getInstance 1",
@@ -47,7 +55,8 @@ TEST_F(HandOverTest, TheRequestLineIsThatOfTheTimersOwnEngine)
     const auto timer = makeTimer();
     journal().clearEvents();
 
-    handOver<SomeHandler>(*timer, startFcn(timer), [](TimerInfo&, vorn::VORN&) {});
+    auto work = startFcn(timer);
+    handOver<SomeHandler>(*timer, work, [](TimerInfo&, vorn::VORN&) {});
 
     EXPECT_THAT(everything(),
         ElementsAre("processTovrinTimerTask", "Feature::get TIMER_PPE", "Feature::get TIMER_PPE",
@@ -59,12 +68,12 @@ TEST_F(HandOverTest, ASwitchThatIsThrownBetweenTheReadsCounts)
     // Off as it is read the first time, on as it is read again; and the other way round.
     recording::setTimerPpe(false);
     journal().once("Feature::get", [] { journal().once("Feature::get", [] { recording::setTimerPpe(true); }); });
-    m_handOver(m_engine, [] {});
+    handOverTask([] {});
     EXPECT_THAT(calls(), ElementsAre("processTovrinTimerTask"));
 
     journal().clearEvents();
     journal().once("Feature::get", [] { journal().once("Feature::get", [] { recording::setTimerPpe(false); }); });
-    m_handOver(m_engine, [] {});
+    handOverTask([] {});
     EXPECT_THAT(calls(),
         ElementsAre("processTovrinTimerTask", "setReadyRequestPending true", "Iqm::getInstance 1",
             "inRequestLineNoService 1"));
@@ -74,7 +83,8 @@ TEST_F(HandOverTest, TheTaskGoesToTheEngineThatTheTimerWasMadeIn)
 {
     const auto timer = makeTimer();
 
-    handOver<SomeHandler>(*timer, startFcn(timer), [](TimerInfo&, vorn::VORN&) {});
+    auto work = startFcn(timer);
+    handOver<SomeHandler>(*timer, work, [](TimerInfo&, vorn::VORN&) {});
 
     ASSERT_EQ(timerTasks().engines().size(), 1U);
     EXPECT_EQ(timerTasks().engines()[0].lock(), m_engine);
@@ -84,7 +94,7 @@ TEST_F(HandOverTest, TheHandlersOwnTaskIsGoneWhenTheHandOverHasEnded)
 {
     const auto captured = std::make_shared<int>(0);
 
-    m_handOver(m_engine, [captured] {});
+    handOverTask([captured] {});
     EXPECT_EQ(captured.use_count(), 2); // the host's copy
 
     timerTasks().reset();
@@ -95,7 +105,7 @@ TEST_F(HandOverTest, AHostThatRefusesTheTaskIsToldNothingMore)
 {
     recording::setTimerPpe(false);
     timerTasks().setRun(TaskRun::Refuse);
-    EXPECT_THROW(m_handOver(m_engine, [] {}), recording::HandOverError);
+    EXPECT_THROW(handOverTask([] {}), recording::HandOverError);
 
     EXPECT_THAT(everything(), ElementsAre("processTovrinTimerTask"));
 }
@@ -120,21 +130,21 @@ TEST_F(HandOverTest, EachObjectReportsItsWayOnceEvenWhereManyThreadsComeFirst)
     {
         std::vector<std::jthread> threads;
         for (int thread = 0; thread < 8; ++thread) {
-            threads.emplace_back([&] { m_handOver(m_engine, [] {}); });
+            threads.emplace_back([&] { handOverTask([] {}); });
         }
     }
     EXPECT_EQ(journal().count("Timer Running on PPE"), 1U);
 
     HandOver other;
     recording::setTimerPpe(false);
-    other(m_engine, [] {});
-    other(m_engine, [] {});
+    handOverTask([] {}, other);
+    handOverTask([] {}, other);
     EXPECT_EQ(journal().count("Timer Running on LineHook"), 1U);
 }
 
 TEST_F(HandOverTest, TheReportStandsBetweenTheTwoReadsOfTheSwitch)
 {
-    m_handOver(m_engine, [] {});
+    handOverTask([] {});
 
     std::vector<std::string> all;
     for (const auto& event : journal().events()) {

@@ -45,7 +45,9 @@ enum class DropReason {
 ///
 /// A piece of work that is due at once, and dispatched by the thread that asks for it, is never queued: its first
 /// event is `dispatched`. One whose timer has stopped before it could be queued has `dropped` alone. Each piece of
-/// work that was queued has exactly one end: `handedOver` or `dropped`.
+/// work that was queued has exactly one end: `handedOver` or `dropped`. An observer that is set late is told of a
+/// piece of work from when that is queued or dispatched next. Where memory for a note is wanting, the `dropped` of
+/// what a stop or the shutdown discards is not told; nothing else is lost.
 ///
 /// Threading: called on the thread that acts, be it the scheduler thread, a host thread that starts or stops a
 /// timer or the thread of a callback task, and on several at once. No lock of the library is held. Events of one

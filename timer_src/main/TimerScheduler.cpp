@@ -3,6 +3,7 @@
 #include "host/setCurrentThreadName.hpp"
 #include "host/usm/Detail.hpp"
 #include "timer_src/main/MonotonicTime.hpp"
+#include "timer_src/main/Observation.hpp"
 #include "timer_src/main/TimerInfo.hpp"
 #include "timer_src/main/callback/DiagnosticLog.hpp"
 #include "timer_src/main/callback/ScopeTrace.hpp"
@@ -79,14 +80,19 @@ TimerScheduler::~TimerScheduler()
 
 void TimerScheduler::cleanup()
 {
+    Discards discards(DropReason::DiscardedByShutdown);
     traceScheduler("Requesting lock @cleanup");
     {
         const Lock lk(m_mutex);
+        if (discards.areWanted()) {
+            workQueue.visitAll([&discards](const WorkItemVariant& work) { discards.note(work); });
+        }
         workQueue.clear();
         m_finish.exchange(true);
         traceScheduler("unlocking lock @cleanup");
     }
     m_workCondition.notify_one();
+    discards.tell();
     // From here on no thread is started any more; one that is just being started is waited for.
     m_threadStarted.callOnce([] {});
     if (m_thread.joinable()) {
@@ -125,7 +131,13 @@ template <int kind> void TimerScheduler::requestWork(WorkItem<kind>&& item)
     item.m_executeAt = withinClock(item.m_executeAt);
     traceScheduler("Request to Start Work with Id: ", item.m_id, " for ", kindName(WorkKind { kind }),
         " to execute @", ToTheSecond { item.m_executeAt });
-    insertInOrder(std::move(item));
+    tellQueued(item);
+    try {
+        insertInOrder(std::move(item));
+    } catch (...) {
+        tellDropped(item, DropReason::NotQueued);
+        throw;
+    }
 }
 
 void TimerScheduler::startThread()
@@ -159,17 +171,22 @@ std::pair<const WorkItemVariant&, DueTime> TimerScheduler::getTimePointForBackOf
 
 void TimerScheduler::removeWorkMatchingId(IDType id)
 {
+    Discards discards(DropReason::RemovedByStop);
     traceScheduler("Requesting lk @removeWorkMatchingId");
     {
         const Lock lk(m_mutex);
         traceScheduler("Acquiring lk @removeWorkMatchingId");
         traceScheduler("Request to Stop Work with Id: ", id);
+        if (discards.areWanted()) {
+            workQueue.visitMatching(id, [&discards](const WorkItemVariant& work) { discards.note(work); });
+        }
         workQueue.removeMatching(id);
         // Said even where nothing matched: the timer has no queued work from here on.
         traceScheduler("Found and Stopped Work with Id: ", id);
         traceSchedulerDetail("Unlocking lk @removeWorkMatchingId");
     }
     m_workCondition.notify_one();
+    discards.tell();
 }
 
 void hasten(const IDType& timer, const prevCallBackStatus& record)

@@ -13,6 +13,7 @@ namespace tovrintimer {
 
 class Dispatcher;
 class TimerInfo;
+class TimerObserver;
 
 /// Has the timer's queued TimerFcn that has this record, if there is one, be due now: the callback that it waits
 /// for has returned. \throws std::system_error if m_mutex of the process's scheduler cannot be locked; the item is
@@ -40,6 +41,12 @@ class TOVRINTIMER_API TimerScheduler {
 public:
     /// The scheduler of this process, made at the first call. Never null.
     static TimerScheduler* getPerTOVRINProcessInstance();
+
+    /// Has this observer told of each piece of work from now on, in place of the one before; null for nobody.
+    ///
+    /// Threading: any thread, at any time, before the scheduler is made as well.
+    /// Ownership: the host's; see there how long it must live.
+    static void setObserver(TimerObserver* observer) noexcept;
 
     /// An idle scheduler without a thread.
     TimerScheduler();

@@ -73,6 +73,9 @@ public:
     /// How far the callback before this one has come.
     std::shared_ptr<prevCallBackStatus> m_prevCallBackStatus;
 
+    std::uint64_t m_number = 0; ///< by which an observer is told of it, until its end; 0 where none is
+    std::uint64_t m_insteadOf = 0; ///< the number of the dropped firing that it makes up for
+
 private:
     WorkItem(Id id, DueTime executeAt, std::weak_ptr<TimerInfo> timer, std::uint64_t total,
         std::shared_ptr<prevCallBackStatus> status)

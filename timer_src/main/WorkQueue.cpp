@@ -2,6 +2,7 @@
 
 #include "timer_src/main/WorkQueueItems.hpp"
 
+#include <algorithm>
 #include <utility>
 
 namespace tovrintimer {
@@ -67,6 +68,19 @@ bool WorkQueue::hasten(const IDType& timer, const prevCallBackStatus& record, Du
         }
     }
     return false;
+}
+
+void WorkQueue::visitAll(const Visitor& visit) const
+{
+    for (const WorkItemVariant& item : m_items->all.get<Items::ByDueTime>()) {
+        visit(item);
+    }
+}
+
+void WorkQueue::visitMatching(const IDType& timer, const Visitor& visit) const
+{
+    const auto [begin, end] = m_items->all.get<Items::ByTimer>().equal_range(timer);
+    std::for_each(begin, end, visit);
 }
 
 void WorkQueue::removeMatching(const IDType& timer)

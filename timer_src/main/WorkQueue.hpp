@@ -3,6 +3,7 @@
 #include "timer_src/main/WorkItem.hpp"
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 
 namespace tovrintimer {
@@ -37,6 +38,12 @@ public:
     /// Makes the timer's TimerFcn that has this record due earlier, behind those of an equal due time.
     /// \returns false if there is none that is due later
     bool hasten(const foundation::msg_svc::exchange::IDType& timer, const prevCallBackStatus& record, DueTime due);
+
+    using Visitor = std::function<void(const WorkItemVariant&)>;
+
+    /// Shows all items, the soonest first; or those of one timer, in no order.
+    void visitAll(const Visitor& visit) const;
+    void visitMatching(const foundation::msg_svc::exchange::IDType& timer, const Visitor& visit) const;
 
     /// Discards all items of one timer.
     void removeMatching(const foundation::msg_svc::exchange::IDType& timer);

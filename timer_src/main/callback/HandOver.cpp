@@ -2,7 +2,6 @@
 
 #include "host/inRequestLineNoService.hpp"
 #include "host/iqm/Iqm.hpp"
-#include "host/processTovrinTimerTask.hpp"
 #include "host/setReadyRequestPending.hpp"
 #include "host/vorn/VORN.hpp"
 #include "timer_src/main/callback/WorkHandlerLog.hpp"
@@ -14,10 +13,8 @@ HandOver::HandOver()
 {
 }
 
-void HandOver::operator()(const std::shared_ptr<vorn::VORN>& engine, const CallbackTask& task)
+void HandOver::wakeInterpreter(const vorn::VORN& engine)
 {
-    processTovrinTimerTask(engine, task);
-
     const bool ppe = m_timerPpe.get() != 0;
     if (!m_reported.exchange(true)) {
         trace("Timer Running on ", ppe ? "PPE" : "LineHook");
@@ -25,7 +22,7 @@ void HandOver::operator()(const std::shared_ptr<vorn::VORN>& engine, const Callb
     // Read again: the switch may have been thrown meanwhile.
     if (m_timerPpe.get() == 0) {
         setReadyRequestPending(true);
-        const auto queueManager = iqm::Iqm::getInstance(engine->getContextId());
+        const auto queueManager = iqm::Iqm::getInstance(engine.getContextId());
         inRequestLineNoService(queueManager->getInterruptStateData());
     }
 }

@@ -1,5 +1,6 @@
 #include "timer_src/main/handlers/Dispatch.hpp"
 
+#include "timer_src/main/Observation.hpp"
 #include "timer_src/main/TimerInfo.hpp"
 #include "timer_src/main/handlers/ErrorFcnWorkItemHandlerStrategy.hpp"
 #include "timer_src/main/handlers/FixedDelayTimerFcnWorkItemHandlerStrategy.hpp"
@@ -15,42 +16,52 @@ namespace {
 
 void handle(WorkItem<StartFcnWork>&& item, TimerInfo& timer)
 {
-    StartFcnWorkItemHandlerStrategy().handle(item, timer);
+    StartFcnWorkItemHandlerStrategy().handle(std::move(item), timer);
 }
 
 void handle(WorkItem<StopFcnWork>&& item, TimerInfo& timer)
 {
-    StopFcnWorkItemHandlerStrategy().handle(item, timer);
+    StopFcnWorkItemHandlerStrategy().handle(std::move(item), timer);
 }
 
 void handle(WorkItem<ErrorFcnWork>&& item, TimerInfo& timer)
 {
-    ErrorFcnWorkItemHandlerStrategy().handle(item, timer);
+    ErrorFcnWorkItemHandlerStrategy().handle(std::move(item), timer);
 }
 
 void handle(WorkItem<TimerFcnWork>&& item, TimerInfo& timer)
 {
     switch (static_cast<ExecutionMode>(timer.getExecutionMode())) {
     case ExecutionMode::SingleShot:
-        SingleShotTimerFcnWorkItemHandlerStrategy().handle(item, timer);
+        SingleShotTimerFcnWorkItemHandlerStrategy().handle(std::move(item), timer);
         return;
     case ExecutionMode::FixedSpacing:
-        FixedSpacingTimerFcnWorkItemHandlerStrategy().handle(item, timer);
+        FixedSpacingTimerFcnWorkItemHandlerStrategy().handle(std::move(item), timer);
         return;
     case ExecutionMode::FixedDelay:
-        FixedDelayTimerFcnWorkItemHandlerStrategy().handle(item, timer);
+        FixedDelayTimerFcnWorkItemHandlerStrategy().handle(std::move(item), timer);
         return;
     case ExecutionMode::FixedRate:
         FixedRateTimerFcnWorkItemHandlerStrategy().handle(std::move(item), timer);
         return;
     }
-    // Any other number names no mode: the item is dropped.
+    // Any other number names no mode.
+    tellDropped(item, DropReason::NoSuchMode);
 }
 
 template <int kind> void dispatchItem(WorkItem<kind>&& item)
 {
-    if (const auto timer = item.m_timerInfo.lock()) {
+    tellDispatched(item);
+    const auto timer = item.m_timerInfo.lock();
+    if (!timer) {
+        tellDropped(item, DropReason::TimerGone);
+        return;
+    }
+    try {
         handle(std::move(item), *timer);
+    } catch (...) {
+        tellDropped(item, DropReason::NotHandedOver);
+        throw;
     }
 }
 

@@ -1,5 +1,6 @@
 #include "timer_src/main/handlers/ErrorFcnWorkItemHandlerStrategy.hpp"
 
+#include "timer_src/main/Observation.hpp"
 #include "timer_src/main/callback/HandOver.hpp"
 #include "timer_src/main/callback/WorkHandlerLog.hpp"
 
@@ -15,10 +16,11 @@ void runErrorFcn(TimerInfo& timer, vorn::VORN& engine)
 
 } // namespace
 
-void ErrorFcnWorkItemHandlerStrategy::handle(const WorkItem<ErrorFcnWork>& item, TimerInfo& timer) const
+void ErrorFcnWorkItemHandlerStrategy::handle(WorkItem<ErrorFcnWork>&& item, TimerInfo& timer) const
 {
     if (timer.getErrorFcnIsEmpty()) {
         trace("Skipping ErrorFcn scheduling, since it's empty");
+        tellDropped(item, DropReason::NoCallback);
         return;
     }
     trace("Requesting ErrorFcn Processing");

@@ -7,7 +7,7 @@ namespace tovrintimer {
 /// Hands the ErrorFcn over, where there is one. The timer goes on as it was.
 class ErrorFcnWorkItemHandlerStrategy {
 public:
-    void handle(const WorkItem<ErrorFcnWork>& item, TimerInfo& timer) const;
+    void handle(WorkItem<ErrorFcnWork>&& item, TimerInfo& timer) const;
 };
 
 } // namespace tovrintimer

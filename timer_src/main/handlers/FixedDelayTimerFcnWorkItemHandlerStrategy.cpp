@@ -4,7 +4,7 @@
 
 namespace tovrintimer {
 
-void FixedDelayTimerFcnWorkItemHandlerStrategy::handle(const WorkItem<TimerFcnWork>& item, TimerInfo& timer) const
+void FixedDelayTimerFcnWorkItemHandlerStrategy::handle(WorkItem<TimerFcnWork>&& item, TimerInfo& timer) const
 {
     handOverSelfCountingTask<FixedDelayTimerFcnWorkItemHandlerStrategy>(
         item, timer, [](WorkItem<TimerFcnWork>& current, TimerInfo& info, vorn::VORN& engine) {

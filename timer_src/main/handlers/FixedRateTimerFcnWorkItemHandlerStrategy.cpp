@@ -1,6 +1,7 @@
 #include "timer_src/main/handlers/FixedRateTimerFcnWorkItemHandlerStrategy.hpp"
 
 #include "timer_src/main/MonotonicTime.hpp"
+#include "timer_src/main/Observation.hpp"
 #include "timer_src/main/TimerScheduler.hpp"
 #include "timer_src/main/callback/HandOver.hpp"
 #include "timer_src/main/callback/WorkHandlerLog.hpp"
@@ -41,7 +42,9 @@ void fireAgain(TimerInfo& timer, WorkItem<TimerFcnWork>&& item)
         std::move(item.m_timerInfo), timer, record, true, std::move(item.m_sharedTaskCounter), item.m_taskCount);
     if (auto* const again = std::get_if<WorkItem<TimerFcnWork>>(&next)) {
         again->m_executeAt += pollInterval;
+        again->m_insteadOf = item.m_number;
     }
+    tellDropped(item, DropReason::BusyModeDrop);
     record->isAwaited = true;
     scheduleNextWorkItem(std::move(next), timer);
     if (record->hasCompleted) {
@@ -129,11 +132,13 @@ void FixedRateTimerFcnWorkItemHandlerStrategy::handleFixedRateTimerFcnWithConten
     case BusyMode::Error:
         trace("Contention With previous timerFcn callback,",
             " dropping current TimerFcn, and setting errorFcn to fire immediately");
+        tellDropped(item, DropReason::BusyModeError);
         failRun(timer, item);
         return;
     case BusyMode::Queue:
-        return; // the mode has changed since it was asked about: lost like under a mode that does not exist
+        break; // the mode has changed since it was asked about: lost like under a mode that does not exist
     }
+    tellDropped(item, DropReason::NoSuchMode);
 }
 
 } // namespace tovrintimer

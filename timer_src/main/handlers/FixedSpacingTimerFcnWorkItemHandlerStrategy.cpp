@@ -4,8 +4,7 @@
 
 namespace tovrintimer {
 
-void FixedSpacingTimerFcnWorkItemHandlerStrategy::handle(
-    const WorkItem<TimerFcnWork>& item, TimerInfo& timer) const
+void FixedSpacingTimerFcnWorkItemHandlerStrategy::handle(WorkItem<TimerFcnWork>&& item, TimerInfo& timer) const
 {
     handOverSelfCountingTask<FixedSpacingTimerFcnWorkItemHandlerStrategy>(
         item, timer, [](WorkItem<TimerFcnWork>& current, TimerInfo& info, vorn::VORN& engine) {

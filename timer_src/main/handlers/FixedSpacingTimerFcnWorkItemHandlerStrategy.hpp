@@ -7,7 +7,7 @@ namespace tovrintimer {
 /// Hands the TimerFcn over; the callback task counts it and queues the next one, a period after it has ended.
 class FixedSpacingTimerFcnWorkItemHandlerStrategy {
 public:
-    void handle(const WorkItem<TimerFcnWork>& item, TimerInfo& timer) const;
+    void handle(WorkItem<TimerFcnWork>&& item, TimerInfo& timer) const;
 };
 
 } // namespace tovrintimer

@@ -1,6 +1,7 @@
 #include "timer_src/main/handlers/NextWorkItem.hpp"
 
 #include "timer_src/main/MonotonicTime.hpp"
+#include "timer_src/main/Observation.hpp"
 #include "timer_src/main/TimerInfo.hpp"
 #include "timer_src/main/TimerScheduler.hpp"
 #include "timer_src/main/handlers/TaskCounting.hpp"
@@ -15,6 +16,8 @@ template <int kind> void scheduleIfRunning(WorkItem<kind>&& item, const TimerInf
 {
     if (timer.getIsRunning()) {
         TimerScheduler::getPerTOVRINProcessInstance()->insertAscendingSorted(std::move(item));
+    } else {
+        tellNotQueued(item, DropReason::TimerNotRunning);
     }
 }
 

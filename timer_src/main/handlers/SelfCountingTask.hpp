@@ -11,7 +11,7 @@ namespace tovrintimer {
 /// and queues what follows. \param countAndEvaluate does so with the item that it counts in, in the order that is
 /// the mode's
 template <typename Handler, typename Body>
-void handOverSelfCountingTask(const WorkItem<TimerFcnWork>& item, TimerInfo& timer, Body countAndEvaluate)
+void handOverSelfCountingTask(WorkItem<TimerFcnWork>& item, TimerInfo& timer, Body countAndEvaluate)
 {
     auto runTimerFcn
         = [current = makeCurrentWorkItem(item), countAndEvaluate](TimerInfo& info, vorn::VORN& engine) {

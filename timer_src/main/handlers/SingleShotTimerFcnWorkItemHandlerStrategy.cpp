@@ -22,7 +22,7 @@ void endRun(const WorkItem<TimerFcnWork>& item, TimerInfo& timer)
 
 } // namespace
 
-void SingleShotTimerFcnWorkItemHandlerStrategy::handle(const WorkItem<TimerFcnWork>& item, TimerInfo& timer) const
+void SingleShotTimerFcnWorkItemHandlerStrategy::handle(WorkItem<TimerFcnWork>&& item, TimerInfo& timer) const
 {
     const auto only = std::make_shared<WorkItem<TimerFcnWork>>(item.m_id, item.m_executeAt, item.m_timerInfo, 1);
     trace("Requesting SingleShot Processing");

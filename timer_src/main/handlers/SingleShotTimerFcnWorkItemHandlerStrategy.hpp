@@ -7,7 +7,7 @@ namespace tovrintimer {
 /// Hands the TimerFcn over, once whatever the number of tasks; the callback task ends the run.
 class SingleShotTimerFcnWorkItemHandlerStrategy {
 public:
-    void handle(const WorkItem<TimerFcnWork>& item, TimerInfo& timer) const;
+    void handle(WorkItem<TimerFcnWork>&& item, TimerInfo& timer) const;
 };
 
 } // namespace tovrintimer

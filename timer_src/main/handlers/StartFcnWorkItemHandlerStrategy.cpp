@@ -1,5 +1,6 @@
 #include "timer_src/main/handlers/StartFcnWorkItemHandlerStrategy.hpp"
 
+#include "timer_src/main/Observation.hpp"
 #include "timer_src/main/callback/HandOver.hpp"
 #include "timer_src/main/callback/WorkHandlerLog.hpp"
 #include "timer_src/main/handlers/NextWorkItem.hpp"
@@ -16,10 +17,11 @@ void runStartFcn(TimerInfo& timer, vorn::VORN& engine)
 
 } // namespace
 
-void StartFcnWorkItemHandlerStrategy::handle(const WorkItem<StartFcnWork>& item, TimerInfo& timer) const
+void StartFcnWorkItemHandlerStrategy::handle(WorkItem<StartFcnWork>&& item, TimerInfo& timer) const
 {
     if (timer.getStartFcnIsEmpty()) {
         trace("Skipping StartFcn scheduling, since it's empty");
+        tellDropped(item, DropReason::NoCallback);
     } else {
         trace("Requesting StartFcn Processing");
         handOver<StartFcnWorkItemHandlerStrategy>(timer, item, runStartFcn);

@@ -7,7 +7,7 @@ namespace tovrintimer {
 /// Hands the StartFcn over, where there is one, and queues the first TimerFcn.
 class StartFcnWorkItemHandlerStrategy {
 public:
-    void handle(const WorkItem<StartFcnWork>& item, TimerInfo& timer) const;
+    void handle(WorkItem<StartFcnWork>&& item, TimerInfo& timer) const;
 };
 
 } // namespace tovrintimer

@@ -1,15 +1,17 @@
 #include "timer_src/main/handlers/StopFcnWorkItemHandlerStrategy.hpp"
 
+#include "timer_src/main/Observation.hpp"
 #include "timer_src/main/callback/HandOver.hpp"
 #include "timer_src/main/callback/WorkHandlerLog.hpp"
 
 namespace tovrintimer {
 
-void StopFcnWorkItemHandlerStrategy::handle(const WorkItem<StopFcnWork>& item, TimerInfo& timer) const
+void StopFcnWorkItemHandlerStrategy::handle(WorkItem<StopFcnWork>&& item, TimerInfo& timer) const
 {
     if (timer.getStopFcnIsEmpty()) {
         timer.setActivationStatus(false);
         trace("Skipping StopFcn scheduling, since it's empty");
+        tellDropped(item, DropReason::NoCallback);
         return;
     }
     const auto copy = std::make_shared<WorkItem<StopFcnWork>>(item.m_executeAt, item.m_id, item.m_timerInfo);

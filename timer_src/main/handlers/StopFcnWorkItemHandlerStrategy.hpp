@@ -7,7 +7,7 @@ namespace tovrintimer {
 /// Hands the StopFcn over; without one, the timer stops running at once.
 class StopFcnWorkItemHandlerStrategy {
 public:
-    void handle(const WorkItem<StopFcnWork>& item, TimerInfo& timer) const;
+    void handle(WorkItem<StopFcnWork>&& item, TimerInfo& timer) const;
 };
 
 } // namespace tovrintimer
