@@ -76,6 +76,10 @@ TimerScheduler::~TimerScheduler()
     traceScheduler("Scheduler shutdown Work");
     cleanup();
     traceScheduler("Successful thread join");
+    // What has come since.
+    Discards discards(DropReason::DiscardedByShutdown);
+    discardAll(discards);
+    discards.tell();
 }
 
 void TimerScheduler::cleanup()
@@ -84,10 +88,7 @@ void TimerScheduler::cleanup()
     traceScheduler("Requesting lock @cleanup");
     {
         const Lock lk(m_mutex);
-        if (discards.areWanted()) {
-            workQueue.visitAll([&discards](const WorkItemVariant& work) { discards.note(work); });
-        }
-        workQueue.clear();
+        discardAll(discards);
         m_finish.exchange(true);
         traceScheduler("unlocking lock @cleanup");
     }
@@ -167,6 +168,14 @@ std::pair<const WorkItemVariant&, DueTime> TimerScheduler::getTimePointForBackOf
 {
     const WorkItemVariant& work = workQueue.soonest();
     return { work, dueTime(work) };
+}
+
+void TimerScheduler::discardAll(Discards& discards)
+{
+    if (discards.areWanted()) {
+        workQueue.visitAll([&discards](const WorkItemVariant& work) { discards.note(work); });
+    }
+    workQueue.clear();
 }
 
 void TimerScheduler::removeWorkMatchingId(IDType id)
