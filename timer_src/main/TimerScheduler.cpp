@@ -45,6 +45,14 @@ constexpr DueTime farDeadline { DueTime::duration(32'400'000'000) };
 /// Timers with a shorter period want a finer resolution than systems grant by default.
 constexpr double fastPeriodMs = 500.0;
 
+void discardAll(WorkQueue& queue, Discards& discards)
+{
+    if (discards.areWanted()) {
+        queue.visitAll([&discards](const WorkItemVariant& work) { discards.note(work); });
+    }
+    queue.clear();
+}
+
 void destroyScheduler(void* scheduler)
 {
     delete static_cast<TimerScheduler*>(scheduler);
@@ -78,7 +86,7 @@ TimerScheduler::~TimerScheduler()
     traceScheduler("Successful thread join");
     // What has come since.
     Discards discards(DropReason::DiscardedByShutdown);
-    discardAll(discards);
+    discardAll(workQueue, discards);
     discards.tell();
 }
 
@@ -88,7 +96,7 @@ void TimerScheduler::cleanup()
     traceScheduler("Requesting lock @cleanup");
     {
         const Lock lk(m_mutex);
-        discardAll(discards);
+        discardAll(workQueue, discards);
         m_finish.exchange(true);
         traceScheduler("unlocking lock @cleanup");
     }
@@ -168,14 +176,6 @@ std::pair<const WorkItemVariant&, DueTime> TimerScheduler::getTimePointForBackOf
 {
     const WorkItemVariant& work = workQueue.soonest();
     return { work, dueTime(work) };
-}
-
-void TimerScheduler::discardAll(Discards& discards)
-{
-    if (discards.areWanted()) {
-        workQueue.visitAll([&discards](const WorkItemVariant& work) { discards.note(work); });
-    }
-    workQueue.clear();
 }
 
 void TimerScheduler::removeWorkMatchingId(IDType id)

@@ -11,7 +11,6 @@
 
 namespace tovrintimer {
 
-class Discards;
 class Dispatcher;
 class TimerInfo;
 class TimerObserver;
@@ -100,10 +99,6 @@ private:
 
     /// The soonest item and its due time. The caller holds m_mutex, and the queue is not empty.
     std::pair<const WorkItemVariant&, DueTime> getTimePointForBackOfWorkQueue() const;
-
-    /// The caller holds m_mutex, or nobody else is there.
-    void discardAll(Discards& discards);
-
     void removeWorkMatchingId(foundation::msg_svc::exchange::IDType id);
     friend void hasten(const foundation::msg_svc::exchange::IDType& timer, const prevCallBackStatus& record);
 
