@@ -101,8 +101,8 @@ private:
     enum class State { Starting, Running, Ending, Ended };
 
     TaskMark taskComes() override;
-    void callbackBegins(const std::string& callback, TaskMark mark) override;
-    void taskEnds(const std::string& callback, const std::exception_ptr& error) noexcept override;
+    void callbackBegins(Callback callback, TaskMark mark) override;
+    void taskEnds(Callback callback, const std::exception_ptr& error) noexcept override;
     void hasStopped() noexcept override;
     void backlogExceeded() noexcept override;
 
@@ -110,7 +110,7 @@ private:
     void applySettings();
     void timerFcnsAreOver();
     void noteOverrun();
-    void callbackFailed(const std::string& callback, const std::exception_ptr& error);
+    void callbackFailed(Callback callback, const std::exception_ptr& error);
     void runFails();
     template <typename Error> void report(const std::string& where, const Error& error);
     void askForErrorFcn(bool alsoStopFcn);
