@@ -1,0 +1,40 @@
+#include "embedded_host/diagnosis/Watch.hpp"
+
+#include "host/setCurrentThreadName.hpp"
+
+#include <chrono>
+#include <utility>
+
+namespace tovrinhost {
+
+Watch::Watch(const FiringLog& log, std::function<void(const News&)> tell)
+    : m_reader(log)
+    , m_tell(std::move(tell))
+    , m_thread([this] { run(); })
+{
+}
+
+Watch::~Watch()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_ends = true;
+    }
+    m_changed.notify_one();
+    m_thread.join();
+}
+
+void Watch::run()
+{
+    constexpr std::chrono::milliseconds pause { 50 };
+    setCurrentThreadName("diagnosis");
+    for (bool ends = false; !ends;) {
+        {
+            std::unique_lock lock(m_mutex);
+            ends = m_changed.wait_for(lock, pause, [this] { return m_ends; });
+        }
+        m_tell(m_reader.read());
+    }
+}
+
+} // namespace tovrinhost
