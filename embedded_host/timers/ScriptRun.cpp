@@ -36,6 +36,7 @@ void ScriptRun::begin()
     m_timer->setNumOfTasksToExecute(m_settings.taskCount());
     m_timer->setBusyMode(static_cast<std::size_t>(m_settings.busyMode));
     applySettings();
+    describe();
     try {
         TimerScheduler::getPerTOVRINProcessInstance()->createAndStartWork(m_timer);
     } catch (...) {
@@ -50,6 +51,7 @@ void ScriptRun::change(const TimerSettings& settings)
 {
     m_hasNewStopFcn = m_hasNewStopFcn || (settings.hasStopFcn && !m_settings.hasStopFcn);
     m_settings = settings;
+    describe();
     if (isUnderWay()) {
         applySettings();
     }
@@ -90,7 +92,27 @@ void ScriptRun::finishForOwnerThatLeaves()
     goOn();
 }
 
-TaskMark ScriptRun::taskComes()
+/// For people who ask about its firings.
+void ScriptRun::describe() const
+{
+    TimerDescription description = m_settings.describe();
+    description.number = m_number;
+    m_surroundings.diagnosis.timers().put(m_timer->getId(), std::move(description));
+}
+
+TaskNote ScriptRun::taskComes()
+{
+    // In this order: what is counted has to stand before the log has it.
+    const TaskMark mark = markOfNextTask();
+    return { static_cast<int>(mark), m_surroundings.diagnosis.log().hostHasIt() };
+}
+
+void ScriptRun::taskIsDropped(const TaskNote& note) noexcept
+{
+    m_surroundings.diagnosis.log().discarded(note.number);
+}
+
+TaskMark ScriptRun::markOfNextTask()
 {
     if (m_mode != ExecutionMode::FixedRate) {
         return TaskMark::None;
@@ -108,8 +130,10 @@ TaskMark ScriptRun::taskComes()
     return m_count.left() == 0 ? TaskMark::Last : TaskMark::Expected;
 }
 
-void ScriptRun::callbackBegins(const std::string& callback, TaskMark mark)
+void ScriptRun::callbackBegins(const std::string& callback, const TaskNote& note)
 {
+    auto mark = static_cast<TaskMark>(note.mark);
+    noteBeginning(callback == "TimerFcn", note.number);
     if (callback == "StartFcn" && m_state == State::Starting) {
         m_state = State::Running;
     } else if (callback == "TimerFcn") {
@@ -130,8 +154,33 @@ void ScriptRun::callbackBegins(const std::string& callback, TaskMark mark)
     }
 }
 
-void ScriptRun::taskEnds(const std::string& callback, const std::exception_ptr& error) noexcept
+void ScriptRun::noteBeginning(bool isTimerFcn, std::uint64_t number)
 {
+    m_timerFcns += isTimerFcn ? 1 : 0;
+    const auto& beginning = m_surroundings.diagnosis.callbackBegins(
+        number, isTimerFcn ? m_timerFcns : 0, m_settings.periodNanoseconds());
+    if (isTimerFcn && m_owner != nullptr) {
+        m_owner->statistics().timerFcnBegins(beginning.lateness(), beginning.missed);
+    }
+}
+
+void ScriptRun::noteEnd(const std::string& callback, std::uint64_t number, bool hasFailed)
+{
+    FiringLog& log = m_surroundings.diagnosis.log();
+    if (callback.empty()) {
+        log.discarded(number); // its timer has gone
+        return;
+    }
+    const Nanoseconds took = log.callbackEnds(number, hasFailed);
+    if (m_owner != nullptr) {
+        m_owner->statistics().callbackEnds(took, hasFailed);
+    }
+}
+
+void ScriptRun::taskEnds(
+    const std::string& callback, const TaskNote& note, const std::exception_ptr& error) noexcept
+{
+    noteEnd(callback, note.number, error != nullptr);
     try {
         if (error) {
             callbackFailed(callback, error);

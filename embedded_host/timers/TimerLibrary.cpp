@@ -20,7 +20,7 @@ namespace {
 constexpr const char* timercb = R"lua(
 local prepare = ...
 return function(object, callback, _, event)
-  -- event.Time is set there, too.
+  -- It sets more fields of the event, too.
   local fcn = prepare(object, callback, event)
   if fcn then
     fcn(object, event)
@@ -28,12 +28,27 @@ return function(object, callback, _, event)
 end
 )lua";
 
-/// prepare(timer, callback, event): event.Time is seconds since 1970, with their fraction; gives the function.
+double toSeconds(Nanoseconds span)
+{
+    return static_cast<double>(span) / 1e9;
+}
+
+/// prepare(timer, callback, event): event.Time is seconds since 1970, with their fraction; event.Due is one of
+/// `now`'s seconds, event.Lateness seconds since then, and event.Missed a number of firings. Gives the function.
 int prepareCallback(lua_State* state)
 {
     const auto time = std::chrono::system_clock::now().time_since_epoch();
     lua_pushnumber(state, std::chrono::duration<double>(time).count());
     lua_setfield(state, 3, "Time");
+    Diagnosis& diagnosis = timersOf(state).diagnosis();
+    if (const FiringLog::Beginning& beginning = diagnosis.latest(); beginning.due != 0) {
+        lua_pushnumber(state, toSeconds(beginning.due - diagnosis.log().beginning()));
+        lua_setfield(state, 3, "Due");
+        lua_pushnumber(state, toSeconds(beginning.lateness()));
+        lua_setfield(state, 3, "Lateness");
+        lua_pushinteger(state, static_cast<lua_Integer>(beginning.missed));
+        lua_setfield(state, 3, "Missed");
+    }
     return pushCallback(state);
 }
 
@@ -63,9 +78,9 @@ int pause(lua_State* state)
 /// now()
 int monotonicSeconds(lua_State* state)
 {
-    // Counted from the first call, so that the seconds have many digits behind the point.
-    static const auto start = EventLoop::Clock::now();
-    lua_pushnumber(state, std::chrono::duration<double>(EventLoop::Clock::now() - start).count());
+    // Counted from the beginning of the script, so that the seconds have many digits behind the point.
+    const FiringLog& log = timersOf(state).diagnosis().log();
+    lua_pushnumber(state, toSeconds(log.now() - log.beginning()));
     return 1;
 }
 
@@ -104,6 +119,7 @@ void openTimerLibrary(Interpreter& interpreter, TimerSet& timers, int& exitCode)
 {
     interpreter.protect([&](lua_State* state) {
         openTimerObjects(state, timers);
+        timers.engine().loop().setObserver(&timers.diagnosis().follower());
         lua_register(state, "timer", luaFunction<newTimerObject>);
         lua_register(state, "timers", luaFunction<liveTimers>);
         lua_register(state, "pause", luaFunction<pause>);
