@@ -55,6 +55,9 @@ enum class DropReason {
 /// has been destroyed, or for ever: a thread may be about to tell it something when another one takes its place.
 class TOVRINTIMER_API TimerObserver {
 public:
+    TimerObserver() = default;
+    TimerObserver(const TimerObserver&) = delete;
+    TimerObserver& operator=(const TimerObserver&) = delete;
     virtual ~TimerObserver();
 
     /// About to be put into the queue.

@@ -45,6 +45,14 @@ constexpr DueTime farDeadline { DueTime::duration(32'400'000'000) };
 /// Timers with a shorter period want a finer resolution than systems grant by default.
 constexpr double fastPeriodMs = 500.0;
 
+void discardAll(WorkQueue& queue, Discards& discards)
+{
+    if (discards.areWanted()) {
+        queue.visitAll([&discards](const WorkItemVariant& work) { discards.note(work); });
+    }
+    queue.clear();
+}
+
 void destroyScheduler(void* scheduler)
 {
     delete static_cast<TimerScheduler*>(scheduler);
@@ -76,6 +84,10 @@ TimerScheduler::~TimerScheduler()
     traceScheduler("Scheduler shutdown Work");
     cleanup();
     traceScheduler("Successful thread join");
+    // What has come since.
+    Discards discards(DropReason::DiscardedByShutdown);
+    discardAll(workQueue, discards);
+    discards.tell();
 }
 
 void TimerScheduler::cleanup()
@@ -84,10 +96,7 @@ void TimerScheduler::cleanup()
     traceScheduler("Requesting lock @cleanup");
     {
         const Lock lk(m_mutex);
-        if (discards.areWanted()) {
-            workQueue.visitAll([&discards](const WorkItemVariant& work) { discards.note(work); });
-        }
-        workQueue.clear();
+        discardAll(workQueue, discards);
         m_finish.exchange(true);
         traceScheduler("unlocking lock @cleanup");
     }

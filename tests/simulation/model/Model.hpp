@@ -79,6 +79,7 @@ public:
     bool isRunning(int timer) const { return at(timer).running.latest(); }
     const TimerModel& at(int timer) const { return m_timers.at(static_cast<std::size_t>(timer)); }
     std::uint64_t time() const { return m_time; }
+    int handOvers() const { return m_handOvers; }
     [[noreturn]] void fail(const std::string& what) const { m_kernel.fail(what); }
 
     void clockWasRead(Moment now) override;

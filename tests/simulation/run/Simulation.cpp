@@ -5,7 +5,7 @@
 #include "tests/recording_host/Journal.hpp"
 #include "tests/recording_host/LogCapture.hpp"
 #include "tests/simulation/host/Host.hpp"
-#include "tests/simulation/model/Model.hpp"
+#include "tests/simulation/model/WorkEvents.hpp"
 #include "tests/simulation/run/Stage.hpp"
 #include "timer_src/main/TimerScheduler.hpp"
 
@@ -72,6 +72,7 @@ public:
         : m_program(program)
         , m_kernel(kernelOptions(program, options))
         , m_model(m_kernel)
+        , m_workEvents(m_model)
         , m_host(m_kernel, m_model, program.timerPpe)
         , m_stage(m_kernel, m_model, m_host, program.timers)
         , m_callbackSteps(program.timers.size())
@@ -105,6 +106,7 @@ private:
     const Program& m_program;
     Kernel m_kernel;
     Model m_model;
+    WorkEvents m_workEvents;
     Host m_host;
     Stage m_stage;
     std::vector<std::deque<Step>> m_callbackSteps; // still to be done, of each slot
@@ -113,6 +115,7 @@ private:
 
 void Play::main()
 {
+    TimerScheduler::setObserver(&m_workEvents);
     m_stage.setUp();
     m_host.startEngine();
     for (int number = 0; number < m_program.hostThreads(); ++number) {
@@ -180,7 +183,9 @@ void Play::finish()
     destroyScope();
     m_host.dropTasks();
     m_stage.clear();
+    TimerScheduler::setObserver(nullptr);
     m_model.checkNothingIsLeft();
+    m_workEvents.checkNothingIsLeft();
     m_host.checkNothingIsLeft();
 }
 
