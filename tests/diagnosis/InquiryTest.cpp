@@ -78,6 +78,7 @@ TEST_F(InquiryTest, AFiringThatTheSchedulerCameToLateWasBehindTheOthers)
     m_log.queued(work(4, 1, 10));
     m_log.dispatched(work(3, 1, 10));
     at(15);
+    m_log.hostHasIt();
     m_log.handedOver(work(3, 1, 10));
     m_log.dispatched(work(4, 1, 10));
     m_log.hostHasIt();
@@ -93,6 +94,7 @@ TEST_F(InquiryTest, AFiringThatTheSchedulerCameToLateWasBehindTheOthers)
 TEST_F(InquiryTest, WhatWaitsForAScriptThatDoesNotPauseIsToldSo)
 {
     m_log.interpreter().turnTo({ Doing::Script, 0 }, 0);
+    at(1);
     hand(work(1, 1, 0));
     hand(work(2, 1, 0));
     at(700);
