@@ -115,7 +115,7 @@ TEST_F(InquiryTest, AFiringThatIsBeingDroppedTellsHowManyAreMissed)
     at(310);
 
     EXPECT_EQ(latestText(1),
-        "poll next run (FixedRate, Drop, 0.1 s) due 0.101 has not started: run 4 was still running; 3 firings in "
+        "poll next run (FixedRate, Drop, 0.1 s) due 0.101 has not started: run 4 had not ended; 3 firings in "
         "a "
         "row missed so far\n");
 }
