@@ -36,8 +36,8 @@ void ScriptRun::begin()
     m_timer->setNumOfTasksToExecute(m_settings.taskCount());
     m_timer->setBusyMode(static_cast<std::size_t>(m_settings.busyMode));
     applySettings();
-    describe();
     try {
+        describe();
         TimerScheduler::getPerTOVRINProcessInstance()->createAndStartWork(m_timer);
     } catch (...) {
         m_engine->close(0);
