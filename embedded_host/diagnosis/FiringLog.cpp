@@ -110,7 +110,8 @@ void FiringLog::discarded(const TaskNote& note) noexcept
     }
 }
 
-FiringLog::Beginning FiringLog::callbackBegins(const TaskNote& note, std::uint64_t run, Nanoseconds period) noexcept
+FiringLog::Beginning FiringLog::callbackBegins(
+    const TaskNote& note, std::uint64_t run, Nanoseconds period) noexcept
 {
     Beginning beginning { note.number, note.due, m_clock(), 0 };
     const InterpreterLog::State outer = m_interpreter.turnTo({ Doing::Callback, note.number }, beginning.started);

@@ -24,8 +24,8 @@ namespace tovrinhost {
 ///     dropped
 ///
 /// A firing's events come one after the other, but for `handedOver`, which its callback may overtake. What the
-/// interpreter thread has to know travels with the task. A firing that waits for so long that its place has been given to another gets a new
-/// one as it is dispatched.
+/// interpreter thread has to know travels with the task. A firing that waits for so long that its place has been
+/// given to another gets a new one as it is dispatched.
 ///
 /// Threading: as said, and any thread reads.
 /// Lifetime: to be forgotten by the library before it goes.
@@ -104,8 +104,8 @@ private:
     InterpreterLog m_interpreter;
 };
 
-/// How many firings a timer has missed in busy mode `Drop` where so much time has passed from when the first was due
-/// to the dispatch of the one that makes up for them: those whose moments have passed meanwhile.
+/// How many firings a timer has missed in busy mode `Drop` where so much time has passed from when the first was
+/// due to the dispatch of the one that makes up for them: those whose moments have passed meanwhile.
 std::uint64_t missedFirings(Nanoseconds sinceDrop, Nanoseconds period);
 
 } // namespace tovrinhost

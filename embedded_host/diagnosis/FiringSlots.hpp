@@ -13,8 +13,8 @@ namespace tovrinhost {
 /// Words that the log keeps of one firing, a cache line of them.
 ///
 /// Threading: one thread at a time writes. Anybody may read at any time: the word `Place` tells before and after
-/// whose they are, and is 0 while they are being given to another. A release store is not moved before what stands in
-/// front of it, and an acquiring load not behind what follows: on x86 they are plain.
+/// whose they are, and is 0 while they are being given to another. A release store is not moved before what stands
+/// in front of it, and an acquiring load not behind what follows: on x86 they are plain.
 class alignas(64) FiringSlot {
 public:
     void set(std::size_t word, std::int64_t value)
@@ -68,10 +68,7 @@ public:
     std::uint64_t number() const { return static_cast<std::uint64_t>(get(NumberAndKind) / numberUnit); }
 
     /// Of a later attempt of the same firing.
-    void setNumber(std::uint64_t number)
-    {
-        set(NumberAndKind, withKind(number, get(NumberAndKind) % numberUnit));
-    }
+    void setNumber(std::uint64_t number) { set(NumberAndKind, withKind(number, get(NumberAndKind) % numberUnit)); }
 
     void readInto(Firing& firing) const
     {
@@ -113,7 +110,8 @@ public:
         Within,
     };
 
-    void begin(std::uint64_t place, Nanoseconds started, std::uint64_t run, std::uint64_t missed, std::uint64_t within)
+    void begin(
+        std::uint64_t place, Nanoseconds started, std::uint64_t run, std::uint64_t missed, std::uint64_t within)
     {
         set(Place, 0);
         set(Started, started);
