@@ -99,9 +99,10 @@ template <typename Evaluate> auto evaluateLater(EventLoop& loop, EventLoop::When
 /// The owner of a task that belongs to no timer.
 class NoTimer final : public TaskOwner {
 public:
-    void taskBegins(int /*mark*/) noexcept override { }
+    void taskBegins(const TaskNote& /*note*/) noexcept override { }
+    void taskIsDropped(const TaskNote& /*note*/) noexcept override { }
 
-    void taskEnds(const std::exception_ptr& error) noexcept override
+    void taskEnds(const TaskNote& /*note*/, const std::exception_ptr& error) noexcept override
     {
         try {
             if (error) {

@@ -14,7 +14,7 @@ void EventLoop::post(When when, Work request)
     if (m_stopped) {
         return;
     }
-    m_arrived.push_back({ when, std::move(request), nullptr, 0, m_arrivals++ });
+    m_arrived.push_back({ when, std::move(request), nullptr, {}, m_arrivals++ });
     raiseAttention(std::move(lock));
 }
 
@@ -24,19 +24,22 @@ void EventLoop::postUrgent(Work request)
     if (m_stopped) {
         return;
     }
-    m_urgent.push_back({ When::AtEventLoop, std::move(request), nullptr, 0, m_arrivals++ });
+    m_urgent.push_back({ When::AtEventLoop, std::move(request), nullptr, {}, m_arrivals++ });
     m_isUrgent = true;
     raiseAttention(std::move(lock));
 }
 
-bool EventLoop::submit(const std::shared_ptr<TaskOwner>& owner, Work task, bool wakes, std::size_t limit, int mark)
+bool EventLoop::submit(
+    const std::shared_ptr<TaskOwner>& owner, Work task, bool wakes, std::size_t limit, const TaskNote& note)
 {
     const bool isOther = !isInterpreterThread(*this);
     std::unique_lock lock(m_mutex);
     if (m_stopped || (owner->m_closed && isOther)) {
+        lock.unlock();
+        owner->taskIsDropped(note);
         return false;
     }
-    m_arrived.push_back({ When::AtEventLoop, std::move(task), owner, mark, m_arrivals++ });
+    m_arrived.push_back({ When::AtEventLoop, std::move(task), owner, note, m_arrivals++ });
     const bool exceeds = ++owner->m_pending > limit && isOther;
     owner->m_closed = owner->m_closed || exceeds;
     if (wakes) {
@@ -104,6 +107,9 @@ void EventLoop::close(TaskOwner& owner, std::size_t keep)
     }
     m_waiting.erase(place, m_waiting.end());
     owner.m_pending -= dropped.size();
+    for (const Entry& entry : dropped) {
+        owner.taskIsDropped(entry.note);
+    }
 }
 
 std::size_t EventLoop::pending(const TaskOwner& owner)
@@ -145,14 +151,14 @@ void EventLoop::runTask(const Entry& entry)
     TaskOwner& owner = *entry.owner;
     std::exception_ptr error;
     ++owner.m_depth;
-    owner.taskBegins(entry.mark);
+    owner.taskBegins(entry.note);
     try {
         entry.work();
     } catch (...) {
         error = std::current_exception();
     }
     --owner.m_depth;
-    owner.taskEnds(error);
+    owner.taskEnds(entry.note, error);
 }
 
 std::uint64_t EventLoop::arrivals() const
@@ -237,6 +243,9 @@ bool EventLoop::runNext(State state, std::uint64_t arrivedBefore)
 
 void EventLoop::waitForAttention(const Deadline& deadline)
 {
+    if (m_observer != nullptr) {
+        m_observer->sleeps();
+    }
     std::unique_lock lock(m_mutex);
     const auto called = [this] { return m_attention; };
     m_sleeps = true;
@@ -247,6 +256,10 @@ void EventLoop::waitForAttention(const Deadline& deadline)
     }
     m_sleeps = false;
     m_attention = false;
+    lock.unlock();
+    if (m_observer != nullptr) {
+        m_observer->wakes();
+    }
 }
 
 void EventLoop::raiseAttention(std::unique_lock<std::mutex> lock)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "embedded_host/engine/InterpreterObserver.hpp"
 #include "embedded_host/engine/Interruption.hpp"
 #include "embedded_host/engine/TaskOwner.hpp"
 #include "host/Export.hpp"
@@ -53,10 +54,9 @@ public:
     ///
     /// Where another thread than the interpreter's brings more waiting tasks than `limit`, the owner's doors close
     /// behind the last of them; what such a thread brings to closed doors is dropped.
-    /// \param mark for the owner, who is told of it as the task begins
     /// \returns whether the doors have closed
     bool submit(const std::shared_ptr<TaskOwner>& owner, Work task, bool wakes,
-        std::size_t limit = std::numeric_limits<std::size_t>::max(), int mark = 0);
+        std::size_t limit = std::numeric_limits<std::size_t>::max(), const TaskNote& note = {});
 
     /// Makes the interpreter look for work.
     void wake();
@@ -87,12 +87,16 @@ public:
     void clearInterruption() { m_interruption = Interruption::None; }
     Interruption interruption() const { return m_interruption; }
 
+    /// \param observer null for none
+    void setObserver(InterpreterObserver* observer) { m_observer = observer; }
+    InterpreterObserver* observer() const { return m_observer; }
+
 private:
     struct Entry {
         When when;
         Work work;
         std::shared_ptr<TaskOwner> owner; ///< null for a request
-        int mark = 0;
+        TaskNote note;
         std::uint64_t arrival = 0;
     };
 
@@ -122,6 +126,8 @@ private:
 
     // Only for the interpreter thread: what it has collected and not run yet.
     std::deque<Entry> m_waiting;
+
+    InterpreterObserver* m_observer = nullptr; // only for the interpreter thread
 
     // Shared without a lock.
     std::atomic<Interruption> m_interruption { Interruption::None };

@@ -73,6 +73,14 @@ void load(lua_State* state, const std::string& statements, const std::string& ch
     checkLoaded(state, luaL_loadbufferx(state, statements.data(), statements.size(), chunkName.c_str(), "t"));
 }
 
+/// The line of the script at which a function of the host's is called; 0 if it is called by another.
+int lineOfCaller(lua_State* running)
+{
+    lua_Debug caller {};
+    const bool isKnown = lua_getstack(running, 1, &caller) != 0 && lua_getinfo(running, "l", &caller) != 0;
+    return isKnown && caller.currentline > 0 ? caller.currentline : 0;
+}
+
 /// Does what `protect` is given, in a call of its own.
 struct Protected {
     const std::function<int(lua_State*)>& work;
@@ -281,10 +289,16 @@ Interpreter::Nested::Nested(lua_State* running, const std::string& caller)
               "callbacks return instead");
     }
     ++m_interpreter.m_nested;
+    if (auto* const observer = m_interpreter.loop().observer()) {
+        observer->pumpingBegins(lineOfCaller(running));
+    }
 }
 
 Interpreter::Nested::~Nested()
 {
+    if (auto* const observer = m_interpreter.loop().observer()) {
+        observer->pumpingEnds();
+    }
     --m_interpreter.m_nested;
 }
 

@@ -45,7 +45,7 @@ void pushRecord(lua_State* state, const detail::StructElements& records, std::si
 {
     luaL_checkstack(state, room, tooDeep);
     // With room for what the host adds to an event.
-    lua_createtable(state, 0, static_cast<int>(records.fieldNames.size()) + 1);
+    lua_createtable(state, 0, static_cast<int>(records.fieldNames.size()) + 2);
     auto value = records.values.begin() + static_cast<std::ptrdiff_t>(index * records.fieldNames.size());
     for (const std::string& field : records.fieldNames) {
         pushText(state, field);

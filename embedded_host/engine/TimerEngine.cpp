@@ -60,7 +60,7 @@ foundation::concurrent::future<std::vector<foundation::tovrindata::Array>> Timer
     // Tasks run on the interpreter thread, and so does this.
     const Callback callback = callbackNamed(foundation::tovrindata::detail::charactersOf(arguments.at(1)));
     if (m_listenerOfTask) {
-        m_listenerOfTask->callbackBegins(callback, m_mark);
+        m_listenerOfTask->callbackBegins(callback, m_note);
     }
     auto outputs = m_engine->feval(function, arguments, nargout, std::move(options), reserved, requestId);
     // After the evaluation, so that what ran nested in it does not stand here.
@@ -89,9 +89,8 @@ void TimerEngine::submit(const std::function<void()>& task)
     if (!listener) {
         return; // the run has gone, and nobody is to hear of its callbacks
     }
-    const TaskMark mark = listener->taskComes();
-    const bool exceeds = m_engine->loop().submit(
-        shared_from_this(), task, wakesInterpreter(), m_maxBacklog, static_cast<int>(mark));
+    const TaskNote note = listener->taskComes();
+    const bool exceeds = m_engine->loop().submit(shared_from_this(), task, wakesInterpreter(), m_maxBacklog, note);
     if (exceeds) {
         m_engine->loop().postUrgent(tell(&TimerTaskListener::backlogExceeded));
     }
@@ -122,18 +121,25 @@ void TimerEngine::runPending()
     m_engine->loop().runPending(shared_from_this());
 }
 
-void TimerEngine::taskBegins(int mark) noexcept
+void TimerEngine::taskBegins(const TaskNote& note) noexcept
 {
     m_listenerOfTask = m_listener.lock();
-    m_mark = static_cast<TaskMark>(mark);
+    m_note = note;
     m_callback = Callback::None;
 }
 
-void TimerEngine::taskEnds(const std::exception_ptr& error) noexcept
+void TimerEngine::taskEnds(const TaskNote& note, const std::exception_ptr& error) noexcept
 {
     const auto listener = isInTask() ? m_listenerOfTask : std::exchange(m_listenerOfTask, nullptr);
     if (listener) {
-        listener->taskEnds(std::exchange(m_callback, Callback::None), error);
+        listener->taskEnds(std::exchange(m_callback, Callback::None), note, error);
+    }
+}
+
+void TimerEngine::taskIsDropped(const TaskNote& note) noexcept
+{
+    if (const auto listener = m_listener.lock()) {
+        listener->taskIsDropped(note);
     }
 }
 

@@ -23,22 +23,25 @@ enum class Callback { None, StartFcn, TimerFcn, StopFcn, ErrorFcn };
 TOVRINHOST_API const char* nameOf(Callback callback);
 
 /// What becomes of the callbacks of one run of a timer. All notifications come on the interpreter thread, but for
-/// the first.
+/// those that say otherwise.
 class TOVRINHOST_API TimerTaskListener {
 public:
     virtual ~TimerTaskListener();
 
     /// A task is being handed over, on this thread, which may be any; the library goes on when this has returned.
-    /// \returns what `callbackBegins` is to be told
-    virtual TaskMark taskComes() = 0;
+    /// \returns what the notifications of this task are to tell; the mark is a TaskMark
+    virtual TaskNote taskComes() = 0;
 
     /// This callback is about to be evaluated.
-    virtual void callbackBegins(Callback callback, TaskMark mark) = 0;
+    virtual void callbackBegins(Callback callback, const TaskNote& note) = 0;
 
     /// A callback task has ended.
     /// \param callback the latest callback that it began
     /// \param error what left the task, null if nothing did
-    virtual void taskEnds(Callback callback, const std::exception_ptr& error) noexcept = 0;
+    virtual void taskEnds(Callback callback, const TaskNote& note, const std::exception_ptr& error) noexcept = 0;
+
+    /// A task that has come will not be run. Any thread.
+    virtual void taskIsDropped(const TaskNote& note) noexcept = 0;
 
     /// Another thread has posted a statement, as the library does when it finds that the timer has stopped.
     virtual void hasStopped() noexcept = 0;
@@ -86,8 +89,9 @@ public:
 private:
     using Notification = void (TimerTaskListener::*)() noexcept;
     EventLoop::Work tell(Notification what) const;
-    void taskBegins(int mark) noexcept override;
-    void taskEnds(const std::exception_ptr& error) noexcept override;
+    void taskBegins(const TaskNote& note) noexcept override;
+    void taskEnds(const TaskNote& note, const std::exception_ptr& error) noexcept override;
+    void taskIsDropped(const TaskNote& note) noexcept override;
 
     const std::shared_ptr<Engine> m_engine;
     const std::size_t m_maxBacklog;
@@ -96,7 +100,7 @@ private:
 
     // Only for the interpreter thread.
     std::shared_ptr<TimerTaskListener> m_listenerOfTask; // set while a task is running
-    TaskMark m_mark = TaskMark::None;
+    TaskNote m_note;
     Callback m_callback = Callback::None;
 };
 

@@ -75,16 +75,52 @@ std::uint32_t toMask(const std::string& text, const std::string& digits)
     return mask;
 }
 
-std::size_t toBacklog(const std::string& text)
+/// A whole number, at least 1.
+std::size_t toCount(
+    const char* option, const std::string& text, std::size_t most = std::numeric_limits<std::size_t>::max())
 {
     std::size_t number = 0;
     const char* const last = text.data() + text.size();
     const auto [end, error] = std::from_chars(text.data(), last, number);
-    if (error != std::errc() || end != last || number == 0) {
-        fail("--max-backlog", text,
-            "it must be a whole number from 1 to " + std::to_string(std::numeric_limits<std::size_t>::max()));
+    if (error != std::errc() || end != last || number == 0 || number > most) {
+        fail(option, text, "it must be a whole number from 1 to " + std::to_string(most));
     }
     return number;
+}
+
+double toSeconds(const char* option, const std::string& text)
+{
+    constexpr double most = 9e9;
+    double seconds = 0;
+    const char* const last = text.data() + text.size();
+    const auto [end, error] = std::from_chars(text.data(), last, seconds);
+    if (error != std::errc() || end != last || !(seconds >= 0 && seconds <= most)) {
+        fail(option, text, "it must be a number of seconds from 0 to 9000000000");
+    }
+    return seconds;
+}
+
+CLI::App* addExplain(CLI::App& app, ExplainCommand& command)
+{
+    constexpr std::size_t mostExplanations = 1000;
+    CLI::App* explain = app.add_subcommand(
+        "explain", "Tell from a trace of run --trace why callbacks were late, the latest first");
+    TraceQuestion& question = command.question;
+    explain->add_option("FILE", question.file, "The trace")->required();
+    explain->add_option("--timer", question.timer, "Callbacks of the timers of this name only")->type_name("NAME");
+    explain
+        ->add_option_function<std::string>(
+            "--run", [&](const std::string& text) { question.run = toCount("--run", text); },
+            "This run of a timer only: the how-manieth since it was started")
+        ->type_name("K");
+    explain
+        ->add_option_function<std::string>(
+            "--worst",
+            [&](const std::string& text) { question.worst = toCount("--worst", text, mostExplanations); },
+            "How many callbacks, at most 1000")
+        ->default_str(std::to_string(question.worst))
+        ->type_name("N");
+    return explain;
 }
 
 void addLogMask(RunCommand& command, const std::string& text)
@@ -98,9 +134,10 @@ void addLogMask(RunCommand& command, const std::string& text)
 
 } // namespace
 
-std::variant<RunCommand, Leave> parseCommandLine(int argc, const char* const* argv)
+std::variant<RunCommand, ExplainCommand, Leave> parseCommandLine(int argc, const char* const* argv)
 {
     RunCommand command;
+    ExplainCommand explainCommand;
     std::string logFile;
 
     CLI::App app("Runs scripts whose timers are driven by the timer engine.", "tovrin");
@@ -134,18 +171,29 @@ std::variant<RunCommand, Leave> parseCommandLine(int argc, const char* const* ar
         ->type_name("CHANNEL=MASK");
     run->add_option("--log-file", logFile, "Where diagnostic records go, instead of standard error")
         ->type_name("FILE");
+    run->add_option("--trace", command.traceFile,
+           "Write what becomes of each callback, as Chrome trace events: for tovrin explain, Perfetto and "
+           "chrome://tracing")
+        ->type_name("FILE");
     run->add_option_function<std::string>(
-           "--max-backlog", [&](const std::string& text) { command.maxBacklog = toBacklog(text); },
+           "--late-above", [&](const std::string& text) { command.lateAbove = toSeconds("--late-above", text); },
+           "Tell on standard error why a callback began later than this after it was due; at most one in a second")
+        ->type_name("SECONDS");
+    run->add_option_function<std::string>(
+           "--max-backlog", [&](const std::string& text) { command.maxBacklog = toCount("--max-backlog", text); },
            "How many callbacks of one timer may wait to be run; one more is an error of the timer")
         ->default_str(std::to_string(command.maxBacklog))
         ->type_name("N");
+    CLI::App* const explain = addExplain(app, explainCommand);
     run->footer(
+        "SIGUSR1, or Ctrl-Break on Windows, has a table of all timers and the ten latest callbacks written to "
+        "standard error.\n\n"
         "Exit status: 130, 143 or 129 after Ctrl-C, SIGTERM or SIGHUP; else the code that the script gave to "
         "os.exit last; else 0 if all went well, 1 if the script or a callback failed or output was lost; 2 wrong "
         "usage.");
 
     try {
-        if (argc > 1 && *argv[1] != '-' && argv[1] != run->get_name()) {
+        if (argc > 1 && *argv[1] != '-' && argv[1] != run->get_name() && argv[1] != explain->get_name()) {
             const std::string word = escape(argv[1]);
             throw CLI::ParseError("there is no command \"" + word + "\"; did you mean tovrin run " + word + "?",
                 CLI::ExitCodes::ExtrasError);
@@ -154,8 +202,12 @@ std::variant<RunCommand, Leave> parseCommandLine(int argc, const char* const* ar
     } catch (const CLI::Success& help) {
         return Leave { app.exit(help) };
     } catch (const CLI::ParseError& error) {
-        std::cerr << "tovrin: " << error.what() << "\nTry 'tovrin run --help'.\n";
+        const std::string tried = explain->parsed() ? explain->get_name() : run->get_name();
+        std::cerr << "tovrin: " << error.what() << "\nTry 'tovrin " << tried << " --help'.\n";
         return Leave { wrongUsage };
+    }
+    if (explain->parsed()) {
+        return explainCommand;
     }
     if (!logFile.empty()) {
         command.logFile = logFile;

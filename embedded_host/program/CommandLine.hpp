@@ -1,5 +1,7 @@
 #pragma once
 
+#include "embedded_host/diagnosis/TraceReader.hpp"
+
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -17,7 +19,14 @@ struct RunCommand {
     std::map<std::string, bool> features;
     std::map<std::string, std::uint32_t> logMasks; ///< by channel
     std::optional<std::string> logFile;
+    std::optional<std::string> traceFile;
+    std::optional<double> lateAbove; ///< seconds
     std::size_t maxBacklog = 10'000; ///< how many callbacks of one timer may wait
+};
+
+/// `tovrin explain`: what it is to tell.
+struct ExplainCommand {
+    TraceQuestion question;
 };
 
 /// The program ends here, with this status: help was shown, or the usage was wrong.
@@ -26,6 +35,6 @@ struct Leave {
 };
 
 /// Reads the command line. Tells the user what is wrong with it, or the help that was asked for.
-std::variant<RunCommand, Leave> parseCommandLine(int argc, const char* const* argv);
+std::variant<RunCommand, ExplainCommand, Leave> parseCommandLine(int argc, const char* const* argv);
 
 } // namespace tovrinhost

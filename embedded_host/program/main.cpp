@@ -1,6 +1,9 @@
+#include "embedded_host/diagnosis/StatusTable.hpp"
 #include "embedded_host/log/Escape.hpp"
 #include "embedded_host/log/LogSinks.hpp"
 #include "embedded_host/program/CommandLine.hpp"
+#include "embedded_host/program/Explain.hpp"
+#include "embedded_host/program/Watching.hpp"
 #include "embedded_host/program/platform/Platform.hpp"
 #include "embedded_host/services/Features.hpp"
 #include "embedded_host/timers/ScriptRunner.hpp"
@@ -33,7 +36,7 @@ int run(const RunCommand& command)
 {
     const platform::SignalsLeftToWatcher left; // by the threads of the runner, too
     ScriptRunner runner(command.maxBacklog);
-    const platform::SignalWatcher watcher([&runner, first = 0](int status) mutable {
+    const auto onSignal = [&runner, first = 0](int status) mutable {
         if (first != 0) {
             // What could not be stopped the first time, a StopFcn perhaps, is not waited for.
             std::cerr << "tovrin: interrupted again, leaving at once\n";
@@ -41,8 +44,13 @@ int run(const RunCommand& command)
         }
         first = status;
         runner.interrupt(status);
-    });
-    return runner.run(command.file, command.arguments);
+    };
+    const auto onQuestion = [&runner] { std::cerr << statusTable(runner.diagnosis()); };
+    const platform::SignalWatcher watcher(onSignal, onQuestion);
+    Watching watching(command, runner.diagnosis());
+    const int status = runner.run(command.file, command.arguments);
+    const bool isComplete = watching.end();
+    return status == EXIT_SUCCESS && !isComplete ? EXIT_FAILURE : status;
 }
 
 /// \returns whether all output has been written
@@ -63,6 +71,10 @@ int runProgram(int argc, const char* const* argv)
         return leave->status;
     }
     platform::setUpStandardOutput();
+    if (const auto* explain = std::get_if<ExplainCommand>(&command)) {
+        explainTrace(explain->question);
+        return endOutput() ? EXIT_SUCCESS : EXIT_FAILURE;
+    }
     configure(std::get<RunCommand>(command));
     const int status = run(std::get<RunCommand>(command));
     const bool isComplete = endOutput();

@@ -37,6 +37,7 @@ void ScriptRun::begin()
     m_timer->setBusyMode(static_cast<std::size_t>(m_settings.busyMode));
     applySettings();
     try {
+        describe();
         TimerScheduler::getPerTOVRINProcessInstance()->createAndStartWork(m_timer);
     } catch (...) {
         m_engine->close(0);
@@ -50,6 +51,7 @@ void ScriptRun::change(const TimerSettings& settings)
 {
     m_hasNewStopFcn = m_hasNewStopFcn || (settings.hasStopFcn && !m_settings.hasStopFcn);
     m_settings = settings;
+    describe();
     if (isUnderWay()) {
         applySettings();
     }
@@ -90,7 +92,29 @@ void ScriptRun::finishForOwnerThatLeaves()
     goOn();
 }
 
-TaskMark ScriptRun::taskComes()
+/// For people who ask about its firings.
+void ScriptRun::describe() const
+{
+    TimerDescription description = m_settings.describe();
+    description.number = m_number;
+    m_surroundings.diagnosis.timers().put(m_timer->getId(), std::move(description));
+}
+
+TaskNote ScriptRun::taskComes()
+{
+    // In this order: what is counted has to stand before the log has it.
+    TaskNote note;
+    note.mark = static_cast<int>(markOfNextTask());
+    m_surroundings.diagnosis.log().hostHasIt(note);
+    return note;
+}
+
+void ScriptRun::taskIsDropped(const TaskNote& note) noexcept
+{
+    m_surroundings.diagnosis.log().discarded(note);
+}
+
+TaskMark ScriptRun::markOfNextTask()
 {
     if (m_mode != ExecutionMode::FixedRate) {
         return TaskMark::None;
@@ -114,8 +138,10 @@ TaskMark ScriptRun::taskComes()
     return m_count.left() == 0 ? TaskMark::Last : TaskMark::Expected;
 }
 
-void ScriptRun::callbackBegins(Callback callback, TaskMark mark)
+void ScriptRun::callbackBegins(Callback callback, const TaskNote& note)
 {
+    auto mark = static_cast<TaskMark>(note.mark);
+    noteBeginning(callback == Callback::TimerFcn, note);
     if (callback == Callback::StartFcn && m_state == State::Starting) {
         m_state = State::Running;
     } else if (callback == Callback::TimerFcn) {
@@ -136,8 +162,32 @@ void ScriptRun::callbackBegins(Callback callback, TaskMark mark)
     }
 }
 
-void ScriptRun::taskEnds(Callback callback, const std::exception_ptr& error) noexcept
+void ScriptRun::noteBeginning(bool isTimerFcn, const TaskNote& note)
 {
+    m_timerFcns += isTimerFcn ? 1 : 0;
+    const auto& beginning = m_surroundings.diagnosis.callbackBegins(
+        note, isTimerFcn ? m_timerFcns : 0, m_settings.periodNanoseconds());
+    if (isTimerFcn && m_owner != nullptr) {
+        m_owner->statistics().timerFcnBegins(beginning.lateness(), beginning.missed);
+    }
+}
+
+void ScriptRun::noteEnd(Callback callback, const TaskNote& note, bool hasFailed)
+{
+    FiringLog& log = m_surroundings.diagnosis.log();
+    if (callback == Callback::None) {
+        log.discarded(note); // its timer has gone
+        return;
+    }
+    const Nanoseconds took = log.callbackEnds(note, hasFailed);
+    if (m_owner != nullptr) {
+        m_owner->statistics().callbackEnds(took, hasFailed);
+    }
+}
+
+void ScriptRun::taskEnds(Callback callback, const TaskNote& note, const std::exception_ptr& error) noexcept
+{
+    noteEnd(callback, note, error != nullptr);
     try {
         if (error) {
             callbackFailed(callback, error);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "embedded_host/diagnosis/Diagnosis.hpp"
+#include "embedded_host/diagnosis/FiringStatistics.hpp"
 #include "embedded_host/engine/Engine.hpp"
 #include "embedded_host/engine/TimerEngine.hpp"
 #include "embedded_host/timers/TaskCount.hpp"
@@ -20,6 +22,7 @@ class ErrorReport;
 struct TimerSurroundings {
     const std::shared_ptr<Engine> engine;
     ErrorReport& errors;
+    Diagnosis& diagnosis;
     const std::size_t maxBacklog; ///< how many callbacks of one timer may wait at most
     bool isEnding = false; ///< the program is about to end: no run begins any more
 };
@@ -48,7 +51,7 @@ struct TimerSurroundings {
 ///   still to come, or without a StopFcn in a timer that has stopped before its time. The ErrorFcn that follows is
 ///   asked for by the run, so that the library is told of none meanwhile.
 ///
-/// Threading: the interpreter thread, but for `taskComes`.
+/// Threading: the interpreter thread, but for `taskComes` and `taskIsDropped`.
 /// Lifetime: shared by its timer and, while it runs, by the running task.
 class ScriptRun final : public TimerTaskListener, public std::enable_shared_from_this<ScriptRun> {
 public:
@@ -57,6 +60,9 @@ public:
     public:
         /// An error of the run has been reported.
         virtual void errorReported(const std::string& error) = 0;
+
+        /// What is counted of the timer's firings.
+        virtual FiringStatistics& statistics() = 0;
 
         /// Nothing of the run is left.
         virtual void runEnded() = 0;
@@ -100,14 +106,19 @@ public:
 private:
     enum class State { Starting, Running, Ending, Ended };
 
-    TaskMark taskComes() override;
-    void callbackBegins(Callback callback, TaskMark mark) override;
-    void taskEnds(Callback callback, const std::exception_ptr& error) noexcept override;
+    TaskNote taskComes() override;
+    void callbackBegins(Callback callback, const TaskNote& note) override;
+    void taskEnds(Callback callback, const TaskNote& note, const std::exception_ptr& error) noexcept override;
+    void taskIsDropped(const TaskNote& note) noexcept override;
     void hasStopped() noexcept override;
     void backlogExceeded() noexcept override;
 
     std::string label() const { return "timer \"" + m_settings.name + "\""; }
     void applySettings();
+    void describe() const;
+    TaskMark markOfNextTask();
+    void noteBeginning(bool isTimerFcn, const TaskNote& note);
+    void noteEnd(Callback callback, const TaskNote& note, bool hasFailed);
     void timerFcnsAreOver();
     void noteOverrun();
     void callbackFailed(Callback callback, const std::exception_ptr& error);
@@ -133,6 +144,7 @@ private:
     std::shared_ptr<tovrintimer::TimerInfo> m_timer;
     State m_state = State::Starting;
     bool m_isLastTimerFcn = false; // of the TimerFcn that began last
+    std::uint64_t m_timerFcns = 0; // that have begun
     bool m_hasNewStopFcn = false; // assigned during the run
     bool m_stopFcnHasBegun = false;
     bool m_isOverrun = false; // the ErrorFcn is to follow the StopFcn

@@ -28,6 +28,7 @@ ScriptRunner::ScriptRunner(std::size_t maxBacklog)
             return 0;
         });
     });
+    m_timers.diagnosis().log().beginNow();
 }
 
 ScriptRunner::~ScriptRunner()
@@ -72,6 +73,7 @@ bool ScriptRunner::runScript(
     Interpreter& interpreter, const std::string& path, const std::vector<std::string>& arguments)
 {
     try {
+        const InterpreterFollower::ScriptRuns runs(m_timers.diagnosis().follower());
         interpreter.runFile(path, arguments);
         return true;
     } catch (const std::exception& error) {

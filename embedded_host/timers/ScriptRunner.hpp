@@ -35,6 +35,9 @@ public:
     /// \param status what `run` returns then
     void interrupt(int status);
 
+    /// For as long as the runner lives.
+    Diagnosis& diagnosis() { return m_timers.diagnosis(); }
+
 private:
     /// \returns whether it ran to its end
     bool runScript(Interpreter& interpreter, const std::string& path, const std::vector<std::string>& arguments);

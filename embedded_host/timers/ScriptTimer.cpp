@@ -1,5 +1,6 @@
 #include "embedded_host/timers/ScriptTimer.hpp"
 
+#include "embedded_host/log/Escape.hpp"
 #include "embedded_host/timers/ErrorReport.hpp"
 
 #include <cmath>
@@ -11,12 +12,15 @@ namespace tovrinhost {
 ScriptTimer::ScriptTimer(const TimerSurroundings& surroundings, std::uint64_t number, TimerSettings settings)
     : m_surroundings(surroundings)
     , m_number(number)
+    , m_made(surroundings.diagnosis.log().now())
     , m_settings(std::move(settings))
 {
+    describe();
 }
 
 ScriptTimer::~ScriptTimer()
 {
+    m_surroundings.diagnosis.timers().removeLive(m_number);
     if (m_run) {
         m_run->forgetOwner();
     }
@@ -25,9 +29,18 @@ ScriptTimer::~ScriptTimer()
 void ScriptTimer::change(TimerSettings settings)
 {
     m_settings = std::move(settings);
+    describe();
     if (m_run) {
         m_run->change(m_settings);
     }
+}
+
+/// For people who ask what timers there are.
+void ScriptTimer::describe() const
+{
+    TimerDescription description = m_settings.describe();
+    description.number = m_number;
+    m_surroundings.diagnosis.timers().putLive(std::move(description));
 }
 
 void ScriptTimer::start()
@@ -115,6 +128,7 @@ void ScriptTimer::destroy()
         m_run.reset();
     }
     m_life = Life::Deleted;
+    m_surroundings.diagnosis.timers().removeLive(m_number);
 }
 
 bool ScriptTimer::isRunning() const
@@ -129,6 +143,29 @@ void ScriptTimer::runEnded()
     } catch (const std::exception& problem) {
         m_lastError = m_surroundings.errors.report("timer \"" + m_settings.name + "\"", problem);
     }
+}
+
+std::string ScriptTimer::explain(std::optional<std::uint64_t> run) const
+{
+    const Inquiry inquiry = m_surroundings.diagnosis.inquiry();
+    const std::string& name = m_settings.name;
+    if (!m_run) {
+        return escape(name) + " has not been started: nothing of it is due";
+    }
+    const auto runs = static_cast<std::uint64_t>(tasksExecuted());
+    if (run && *run > runs) {
+        throw std::invalid_argument("the run of explain is " + std::to_string(*run) + ", but the timer has had "
+            + std::to_string(runs) + " since it was started");
+    }
+    const auto& timer = m_run->statistics().getId();
+    if (const auto firing = run ? inquiry.run(timer, *run) : inquiry.latest(timer)) {
+        std::string text = inquiry.text(*firing);
+        text.pop_back(); // the last line break
+        return text;
+    }
+    return escape(name) + (run ? " run " + std::to_string(*run) : "")
+        + " is not in the log any more, which holds the " + std::to_string(FiringLog::capacity)
+        + " latest firings of all timers";
 }
 
 double ScriptTimer::tasksExecuted() const

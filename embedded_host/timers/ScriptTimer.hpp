@@ -64,21 +64,35 @@ public:
     double averagePeriod() const;
     const std::optional<std::string>& lastError() const { return m_lastError; }
 
+    /// Why the latest of its firings was late, or what it waits for; or of its TimerFcn, the one with this number
+    /// in the latest run. \param run from 1 \throws std::invalid_argument if it has not had so many
+    std::string explain(std::optional<std::uint64_t> run) const;
+
+    /// Of all runs.
+    const FiringStatistics& firings() const { return m_statistics; }
+
+    /// The moment at which it was made.
+    Nanoseconds made() const { return m_made; }
+
 private:
     enum class Life { Live, BeingDeleted, Deleted };
 
     void errorReported(const std::string& error) override { m_lastError = error; }
+    FiringStatistics& statistics() override { return m_statistics; }
     void runEnded() override;
+    void describe() const;
     bool isStartAccepted() const { return m_runsToCome > 0 && !m_stopsTheLastToCome; }
     void beginWhatIsToCome();
     void beginRun();
 
     const TimerSurroundings& m_surroundings;
     const std::uint64_t m_number;
+    const Nanoseconds m_made;
     TimerSettings m_settings;
     Life m_life = Life::Live;
     std::shared_ptr<ScriptRun> m_run; // the latest; null before the first, and once deleted
     std::optional<std::string> m_lastError; // of the latest run
+    FiringStatistics m_statistics; // of all runs
 
     // Accepted, and not begun. All but the last have been stopped already.
     std::size_t m_runsToCome = 0;

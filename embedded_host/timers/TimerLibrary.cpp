@@ -2,6 +2,7 @@
 
 #include "embedded_host/engine/LuaArrays.hpp"
 #include "embedded_host/engine/LuaFunction.hpp"
+#include "embedded_host/timers/EventObject.hpp"
 #include "embedded_host/timers/TimerObject.hpp"
 #include "embedded_host/timers/TimerProperties.hpp"
 
@@ -20,7 +21,7 @@ namespace {
 constexpr const char* timercb = R"lua(
 local prepare = ...
 return function(object, callback, _, event)
-  -- event.Time is set there, too.
+  -- It sets more fields of the event, too.
   local fcn = prepare(object, callback, event)
   if fcn then
     fcn(object, event)
@@ -34,6 +35,7 @@ int prepareCallback(lua_State* state)
     const auto time = std::chrono::system_clock::now().time_since_epoch();
     lua_pushnumber(state, std::chrono::duration<double>(time).count());
     lua_setfield(state, 3, "Time");
+    joinToFiring(state, 3, timersOf(state).diagnosis().latest().number);
     return pushCallback(state);
 }
 
@@ -63,9 +65,9 @@ int pause(lua_State* state)
 /// now()
 int monotonicSeconds(lua_State* state)
 {
-    // Counted from the first call, so that the seconds have many digits behind the point.
-    static const auto start = EventLoop::Clock::now();
-    lua_pushnumber(state, std::chrono::duration<double>(EventLoop::Clock::now() - start).count());
+    // Counted from the beginning of the script, so that the seconds have many digits behind the point.
+    const FiringLog& log = timersOf(state).diagnosis().log();
+    lua_pushnumber(state, static_cast<double>(log.now() - log.beginning()) / 1e9);
     return 1;
 }
 
@@ -104,6 +106,8 @@ void openTimerLibrary(Interpreter& interpreter, TimerSet& timers, int& exitCode)
 {
     interpreter.protect([&](lua_State* state) {
         openTimerObjects(state, timers);
+        openEvents(state);
+        timers.engine().loop().setObserver(&timers.diagnosis().follower());
         lua_register(state, "timer", luaFunction<newTimerObject>);
         lua_register(state, "timers", luaFunction<liveTimers>);
         lua_register(state, "pause", luaFunction<pause>);

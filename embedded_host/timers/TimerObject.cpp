@@ -4,12 +4,14 @@
 #include "embedded_host/engine/LuaFunction.hpp"
 #include "embedded_host/log/Escape.hpp"
 #include "embedded_host/timers/TimerProperties.hpp"
+#include "embedded_host/timers/TimerStatistics.hpp"
 
 #include <lauxlib.h>
 
 #include <array>
 #include <memory>
 #include <new>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -80,7 +82,7 @@ ScriptTimer& calledOn(lua_State* state, const std::string& method)
 }
 
 /// Calls an operation of the timer, whose errors do not name it.
-template <typename Operation> auto named(ScriptTimer& timer, Operation operation)
+template <typename Operation> auto named(const ScriptTimer& timer, Operation operation)
 {
     try {
         return operation();
@@ -105,6 +107,18 @@ template <typename Operation> auto named(ScriptTimer& timer, Operation operation
         label(settings) + ": " + key + " is " + describeValue(state, value) + ", but must be " + allowed);
 }
 
+/// Where a function of the script's is defined: "script.lua:5". Empty for others, and for what is no function.
+std::string placeOfFunction(lua_State* state, int index)
+{
+    lua_Debug function {};
+    if (!lua_isfunction(state, index) || lua_iscfunction(state, index) != 0) {
+        return "";
+    }
+    lua_pushvalue(state, index);
+    lua_getinfo(state, ">S", &function);
+    return std::string(function.short_src) + ":" + std::to_string(function.linedefined);
+}
+
 /// Takes one property in: a setting into `settings`, a callback into the table at `callbacks`.
 void setProperty(lua_State* state, int key, int value, TimerSettings& settings, int callbacks)
 {
@@ -126,6 +140,7 @@ void setProperty(lua_State* state, int key, int value, TimerSettings& settings, 
         if (mayGo) {
             settings.*callback->isThere = isThere;
         }
+        settings.places.at(TimerDescription::indexOf(callback->kind)) = placeOfFunction(state, value);
         lua_pushvalue(state, value);
         lua_setfield(state, callbacks, name.c_str());
     } else if (findReadOnlyProperty(name) != nullptr) {
@@ -225,6 +240,32 @@ int destroy(lua_State* state)
     return 0;
 }
 
+/// t:explain([run])
+int explain(lua_State* state)
+{
+    const ScriptTimer& timer = calledOn(state, "explain");
+    std::optional<std::uint64_t> run;
+    if (!lua_isnoneornil(state, 2)) {
+        int isWhole = 0;
+        const lua_Integer number = lua_tointegerx(state, 2, &isWhole);
+        if (lua_type(state, 2) != LUA_TNUMBER || isWhole == 0 || number < 1) {
+            throw std::invalid_argument(label(timer.settings()) + ": the run of explain is "
+                + describeValue(state, 2) + ", but must be a whole number, at least 1");
+        }
+        run = static_cast<std::uint64_t>(number);
+    }
+    const std::string text = named(timer, [&] { return timer.explain(run); });
+    lua_pushlstring(state, text.data(), text.size());
+    return 1;
+}
+
+/// t:statistics()
+int statistics(lua_State* state)
+{
+    pushStatistics(state, calledOn(state, "statistics"), timersOf(state).diagnosis());
+    return 1;
+}
+
 int toString(lua_State* state)
 {
     const Handle& timer = handleOf(state);
@@ -258,9 +299,9 @@ void openTimerObjects(lua_State* state, TimerSet& timers)
     constexpr auto metamethods = std::to_array<luaL_Reg>({ { "__newindex", luaFunction<assignProperty> },
         { "__tostring", luaFunction<toString> }, { "__gc", luaFunction<collect> }, { nullptr, nullptr } });
     luaL_setfuncs(state, metamethods.data(), 0);
-    constexpr auto methods
-        = std::to_array<luaL_Reg>({ { "start", luaFunction<start> }, { "stop", luaFunction<stop> },
-            { "wait", luaFunction<wait> }, { "delete", luaFunction<destroy> }, { nullptr, nullptr } });
+    constexpr auto methods = std::to_array<luaL_Reg>({ { "start", luaFunction<start> },
+        { "stop", luaFunction<stop> }, { "wait", luaFunction<wait> }, { "delete", luaFunction<destroy> },
+        { "explain", luaFunction<explain> }, { "statistics", luaFunction<statistics> }, { nullptr, nullptr } });
     lua_createtable(state, 0, static_cast<int>(methods.size()) - 1);
     luaL_setfuncs(state, methods.data(), 0);
     lua_pushcclosure(state, luaFunction<readProperty>, 1);

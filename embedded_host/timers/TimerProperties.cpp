@@ -16,9 +16,6 @@ using tovrintimer::ExecutionMode;
 
 namespace {
 
-constexpr std::array<const char*, 4> executionModes { "SingleShot", "FixedSpacing", "FixedDelay", "FixedRate" };
-constexpr std::array<const char*, 3> busyModes { "Drop", "Queue", "Error" };
-
 constexpr double shortestPeriod = 0.001;
 
 /// The steady clock counts 292 years of nanoseconds, from a moment that may be some years ago.
@@ -65,12 +62,12 @@ bool setName(lua_State* state, int index, TimerSettings& settings)
 
 bool setExecutionMode(lua_State* state, int index, TimerSettings& settings)
 {
-    return getMode(state, index, executionModes, settings.executionMode);
+    return getMode(state, index, executionModeNames, settings.executionMode);
 }
 
 bool setBusyMode(lua_State* state, int index, TimerSettings& settings)
 {
-    return getMode(state, index, busyModes, settings.busyMode);
+    return getMode(state, index, busyModeNames, settings.busyMode);
 }
 
 bool setPeriod(lua_State* state, int index, TimerSettings& settings)
@@ -115,11 +112,11 @@ const std::array<Property, 6> properties { {
         [](lua_State* state, const TimerSettings& s) { lua_pushlstring(state, s.name.data(), s.name.size()); } },
     { "ExecutionMode", R"("SingleShot", "FixedSpacing", "FixedDelay" or "FixedRate")", false, setExecutionMode,
         [](lua_State* state, const TimerSettings& s) {
-            lua_pushstring(state, executionModes.at(static_cast<std::size_t>(s.executionMode)));
+            lua_pushstring(state, executionModeNames.at(static_cast<std::size_t>(s.executionMode)));
         } },
     { "BusyMode", R"("Drop", "Queue" or "Error")", true, setBusyMode,
         [](lua_State* state, const TimerSettings& s) {
-            lua_pushstring(state, busyModes.at(static_cast<std::size_t>(s.busyMode)));
+            lua_pushstring(state, busyModeNames.at(static_cast<std::size_t>(s.busyMode)));
         } },
     { "Period", "a number of seconds, at least 0.001 and at most 9000000000", true, setPeriod,
         [](lua_State* state, const TimerSettings& s) { lua_pushnumber(state, s.periodSeconds); } },
@@ -141,10 +138,10 @@ const std::array<ReadOnlyProperty, 5> readOnlyProperties { {
 } };
 
 const std::array<CallbackProperty, 4> callbackProperties { {
-    { "TimerFcn", nullptr },
-    { "StartFcn", &TimerSettings::hasStartFcn },
-    { "StopFcn", &TimerSettings::hasStopFcn },
-    { "ErrorFcn", &TimerSettings::hasErrorFcn },
+    { "TimerFcn", nullptr, tovrintimer::TimerFcnWork },
+    { "StartFcn", &TimerSettings::hasStartFcn, tovrintimer::StartFcnWork },
+    { "StopFcn", &TimerSettings::hasStopFcn, tovrintimer::StopFcnWork },
+    { "ErrorFcn", &TimerSettings::hasErrorFcn, tovrintimer::ErrorFcnWork },
 } };
 
 template <typename Properties>
@@ -201,7 +198,7 @@ std::string describeUnknown(lua_State* state, int key, Use use)
     if (use == Use::Assign) {
         there = "he properties are " + commaSeparated(names);
     } else {
-        const std::vector<std::string> methods { "start", "stop", "wait", "delete" };
+        const std::vector<std::string> methods { "start", "stop", "wait", "delete", "explain", "statistics" };
         appendNames(names, readOnlyProperties);
         kind += "or method ";
         there = "he properties are " + commaSeparated(names) + "; the methods are " + commaSeparated(methods);

@@ -29,6 +29,7 @@ struct ReadOnlyProperty {
 struct CallbackProperty {
     const char* name;
     bool TimerSettings::*isThere; ///< null for the one that must always be there
+    tovrintimer::WorkKind kind;
 };
 
 // Null where there is none of this name.

@@ -6,7 +6,7 @@
 namespace tovrinhost {
 
 TimerSet::TimerSet(std::shared_ptr<Engine> engine, ErrorReport& errors, std::size_t maxBacklog)
-    : m_surroundings { std::move(engine), errors, maxBacklog }
+    : m_surroundings { std::move(engine), errors, m_diagnosis, maxBacklog }
 {
 }
 

@@ -34,8 +34,10 @@ public:
     void stopAll();
 
     Engine& engine() { return *m_surroundings.engine; }
+    Diagnosis& diagnosis() { return m_diagnosis; }
 
 private:
+    Diagnosis m_diagnosis; // before what refers to it
     TimerSurroundings m_surroundings;
     std::vector<std::shared_ptr<ScriptTimer>> m_timers;
     std::uint64_t m_created = 0;

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 
 namespace tovrinhost {
 
@@ -19,6 +20,30 @@ double startDelayMilliseconds(double seconds)
 }
 
 } // namespace
+
+TimerDescription TimerSettings::describe() const
+{
+    using tovrintimer::ExecutionMode;
+    TimerDescription description;
+    description.name = name;
+    description.settings = executionModeNames.at(static_cast<std::size_t>(executionMode));
+    if (executionMode == ExecutionMode::FixedRate) {
+        description.settings += std::string(", ") + busyModeNames.at(static_cast<std::size_t>(busyMode));
+    }
+    if (executionMode != ExecutionMode::SingleShot) {
+        std::array<char, 32> text {};
+        std::snprintf(text.data(), text.size(), ", %g s", periodSeconds);
+        description.settings += text.data();
+    }
+    description.period = periodNanoseconds();
+    description.places = places;
+    return description;
+}
+
+Nanoseconds TimerSettings::periodNanoseconds() const
+{
+    return static_cast<Nanoseconds>(periodSeconds * 1e9);
+}
 
 std::uint64_t TimerSettings::taskCount() const
 {

@@ -1,12 +1,19 @@
 #pragma once
 
+#include "embedded_host/diagnosis/TimerTable.hpp"
 #include "timer_src/main/TimerInfo.hpp"
 
+#include <array>
 #include <cstdint>
 #include <limits>
 #include <string>
 
 namespace tovrinhost {
+
+// As scripts call them, by their numbers.
+constexpr std::array<const char*, 4> executionModeNames { "SingleShot", "FixedSpacing", "FixedDelay",
+    "FixedRate" };
+constexpr std::array<const char*, 3> busyModeNames { "Drop", "Queue", "Error" };
 
 /// What a script sets of a timer, in the script's units.
 struct TimerSettings {
@@ -19,6 +26,14 @@ struct TimerSettings {
     bool hasStartFcn = false;
     bool hasStopFcn = false;
     bool hasErrorFcn = false;
+
+    /// Where the callbacks are defined, "script.lua:5" by kind as in TimerDescription.
+    std::array<std::string, 4> places;
+
+    /// For people who ask about the timer; all but its number.
+    TimerDescription describe() const;
+
+    Nanoseconds periodNanoseconds() const;
 
     /// The number of tasks as the library has it.
     std::uint64_t taskCount() const;

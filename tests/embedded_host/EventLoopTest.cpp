@@ -21,10 +21,26 @@ using State = EventLoop::State;
 
 class Owner : public TaskOwner {
 public:
-    void taskBegins(int /*mark*/) noexcept override { }
-    void taskEnds(const std::exception_ptr& error) noexcept override { m_errors += error ? 1 : 0; }
+    void taskBegins(const TaskNote& /*note*/) noexcept override { }
+    void taskIsDropped(const TaskNote& note) noexcept override { m_dropped.push_back(note.number); }
+    void taskEnds(const TaskNote& /*note*/, const std::exception_ptr& error) noexcept override
+    {
+        m_errors += error ? 1 : 0;
+    }
 
     int m_errors = 0;
+    std::vector<std::uint64_t> m_dropped; // by their numbers
+};
+
+/// Notes what the interpreter turns to.
+class Observer : public InterpreterObserver {
+public:
+    void sleeps() noexcept override { m_turns.emplace_back("sleeps"); }
+    void wakes() noexcept override { m_turns.emplace_back("wakes"); }
+    void pumpingBegins(int line) noexcept override { m_turns.push_back("pumps at " + std::to_string(line)); }
+    void pumpingEnds() noexcept override { m_turns.emplace_back("goes on"); }
+
+    std::vector<std::string> m_turns;
 };
 
 /// The test's own thread is the interpreter thread.
@@ -53,6 +69,39 @@ protected:
     std::shared_ptr<Owner> m_other = std::make_shared<Owner>();
     std::vector<std::string> m_done;
 };
+
+TEST_F(EventLoopTest, AnOwnerIsToldOfEachTaskThatWillNotBeRun)
+{
+    const auto submit = [&](std::uint64_t number) {
+        m_loop.submit(
+            m_owner, [] {}, true, 10, TaskNote { 0, number });
+    };
+    submit(1);
+    submit(2);
+    submit(3);
+    m_loop.close(*m_owner, 1);
+    EXPECT_THAT(m_owner->m_dropped, ElementsAre(2U, 3U));
+
+    onOtherThread([&] { submit(4); });
+    EXPECT_THAT(m_owner->m_dropped, ElementsAre(2U, 3U, 4U));
+
+    drain(State::Pumping);
+    EXPECT_EQ(m_owner->m_dropped.size(), 3U);
+}
+
+TEST_F(EventLoopTest, AnObserverIsToldOfEachSleep)
+{
+    Observer observer;
+    m_loop.setObserver(&observer);
+    drain(State::Pumping); // does not sleep
+    EXPECT_THAT(observer.m_turns, IsEmpty());
+
+    m_loop.runUntil(
+        State::Pumping, [] { return false; }, EventLoop::Clock::now() + 1ms);
+
+    EXPECT_THAT(observer.m_turns, ElementsAre("sleeps", "wakes"));
+    m_loop.setObserver(nullptr);
+}
 
 TEST_F(EventLoopTest, EntriesRunInArrivalOrder)
 {

@@ -16,7 +16,7 @@ namespace tovrinhost::platform {
 namespace {
 
 constexpr int firstSignalStatus = 128; // as shells have it
-constexpr std::array watched { SIGINT, SIGTERM, SIGHUP };
+constexpr std::array watched { SIGINT, SIGTERM, SIGHUP, SIGUSR1 };
 
 // Written by the watcher before the handler is in place, read by the handler.
 std::atomic<pthread_t> threadOfHandler {};
@@ -103,15 +103,20 @@ struct SignalWatcher::State {
     std::thread thread;
 };
 
-SignalWatcher::SignalWatcher(std::function<void(int status)> onSignalStatus)
+SignalWatcher::SignalWatcher(std::function<void(int status)> onSignalStatus, std::function<void()> onQuestion)
     : m_state(std::make_unique<State>())
 {
-    m_state->thread = std::thread([&state = *m_state, onSignalStatus = std::move(onSignalStatus)] {
-        int signal = 0;
-        while (sigwait(&state.signals, &signal) == 0 && !state.hasEnded) {
-            onSignalStatus(firstSignalStatus + signal);
-        }
-    });
+    m_state->thread = std::thread(
+        [&state = *m_state, onSignalStatus = std::move(onSignalStatus), onQuestion = std::move(onQuestion)] {
+            int signal = 0;
+            while (sigwait(&state.signals, &signal) == 0 && !state.hasEnded) {
+                if (signal == SIGUSR1) {
+                    onQuestion();
+                } else {
+                    onSignalStatus(firstSignalStatus + signal);
+                }
+            }
+        });
     threadOfHandler = m_state->thread.native_handle();
     struct sigaction action { };
     action.sa_handler = passOn;

@@ -15,8 +15,8 @@ void setUpStandardOutput();
 /// \returns the errno of the first write that failed since the program began, 0 if none did
 int flushStandardOutput();
 
-/// Keeps the signals that ask the program to end away from this thread, and from those that it makes meanwhile:
-/// only the watcher's gets them. Pending calls of the others are not disturbed.
+/// Keeps the signals that ask the program to end, or how it is doing, away from this thread, and from those that
+/// it makes meanwhile: only the watcher's gets them. Pending calls of the others are not disturbed.
 class SignalsLeftToWatcher {
 public:
     SignalsLeftToWatcher();
@@ -25,14 +25,16 @@ public:
     ~SignalsLeftToWatcher();
 };
 
-/// Calls a function for each signal that asks the program to end, on a thread of its own, for as long as it lives.
+/// Calls a function for each signal that asks the program to end, and another for one that asks how it is doing,
+/// on a thread of its own, for as long as it lives.
 ///
-/// It is given the status that tells of the signal: 130 for Ctrl-C, and where there are such, 143 for SIGTERM and
-/// 129 for SIGHUP. A SIGHUP that is ignored as the program starts stays so.
+/// The first is given the status that tells of the signal: 130 for Ctrl-C, and where there are such, 143 for
+/// SIGTERM and 129 for SIGHUP. A SIGHUP that is ignored as the program starts stays so. The second is for SIGUSR1,
+/// or for Ctrl-Break where there is no such.
 class SignalWatcher {
 public:
     /// One at a time in the process, while its signals are left to it.
-    explicit SignalWatcher(std::function<void(int status)> onSignal);
+    SignalWatcher(std::function<void(int status)> onSignal, std::function<void()> onQuestion);
     SignalWatcher(const SignalWatcher&) = delete;
     SignalWatcher& operator=(const SignalWatcher&) = delete;
     ~SignalWatcher();

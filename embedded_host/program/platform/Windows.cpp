@@ -13,10 +13,11 @@ namespace {
 
 constexpr int controlCStatus = 130;
 
-/// The function to call, for the system's own thread that brings a Ctrl-C or a Ctrl-Break.
+/// The functions to call, for the system's own thread that brings a Ctrl-C or a Ctrl-Break.
 struct Registration {
     std::mutex mutex;
-    std::function<void(int status)> onSignal; // guarded by mutex
+    std::function<void(int status)> onSignal; // guarded by mutex, like the next
+    std::function<void()> onQuestion;
 };
 
 Registration& registration()
@@ -34,7 +35,11 @@ BOOL WINAPI onControl(DWORD event)
     if (!registration().onSignal) {
         return FALSE;
     }
-    registration().onSignal(controlCStatus);
+    if (event == CTRL_BREAK_EVENT) {
+        registration().onQuestion();
+    } else {
+        registration().onSignal(controlCStatus);
+    }
     return TRUE;
 }
 
@@ -58,11 +63,12 @@ SignalsLeftToWatcher::~SignalsLeftToWatcher() = default;
 
 struct SignalWatcher::State { };
 
-SignalWatcher::SignalWatcher(std::function<void(int status)> onSignal)
+SignalWatcher::SignalWatcher(std::function<void(int status)> onSignal, std::function<void()> onQuestion)
 {
     {
         const std::lock_guard lock(registration().mutex);
         registration().onSignal = std::move(onSignal);
+        registration().onQuestion = std::move(onQuestion);
     }
     SetConsoleCtrlHandler(onControl, TRUE);
 }
@@ -73,6 +79,7 @@ SignalWatcher::~SignalWatcher()
     // A call that is under way is waited for.
     const std::lock_guard lock(registration().mutex);
     registration().onSignal = nullptr;
+    registration().onQuestion = nullptr;
 }
 
 } // namespace tovrinhost::platform

@@ -1,0 +1,210 @@
+#include "embedded_host/diagnosis/FiringLog.hpp"
+
+#include <algorithm>
+#include <chrono>
+#include <limits>
+
+namespace tovrinhost {
+
+using tovrintimer::DropReason;
+using tovrintimer::ObservedWork;
+
+namespace {
+
+/// What is being dispatched on this thread, until the library is done with it.
+struct Dispatch {
+    std::uint64_t number = 0; ///< 0: nothing
+    DispatchSlot* slot = nullptr;
+};
+
+thread_local Dispatch dispatchedHere;
+
+Nanoseconds dueOf(const ObservedWork& work)
+{
+    constexpr Nanoseconds millisecond = 1'000'000;
+    constexpr Nanoseconds latest = std::numeric_limits<Nanoseconds>::max();
+    const std::int64_t due = work.due.time_since_epoch().count();
+    return due > latest / millisecond ? latest : due * millisecond;
+}
+
+} // namespace
+
+Nanoseconds FiringLog::steadyClock() noexcept
+{
+    return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+FiringLog::FiringLog(Clock clock)
+    : m_clock(clock)
+    , m_beginning(clock())
+    , m_dispatches(makeZeroed<DispatchSlot>(capacity))
+    , m_callbacks(makeZeroed<CallbackSlot>(capacity))
+    , m_places(makeZeroed<std::uint64_t>(capacity))
+{
+}
+
+FiringLog::~FiringLog() = default;
+
+// ---- The library
+
+void FiringLog::queued(const ObservedWork& work) noexcept
+{
+    if (DispatchSlot* const slot = slotOfChain(work)) {
+        slot->set(DispatchSlot::Due, dueOf(work));
+    } else {
+        newSlot(work, true);
+    }
+}
+
+void FiringLog::dispatched(const ObservedWork& work) noexcept
+{
+    DispatchSlot& slot = slotFor(work);
+    slot.set(DispatchSlot::Due, dueOf(work)); // it may have been hastened
+    slot.set(DispatchSlot::Dispatched, m_clock());
+    dispatchedHere = { work.number, &slot };
+}
+
+void FiringLog::handedOver(const ObservedWork& /*work*/) noexcept
+{
+    dispatchedHere = {};
+}
+
+void FiringLog::dropped(const ObservedWork& work, DropReason why) noexcept
+{
+    dispatchedHere = {};
+    DispatchSlot& slot = slotFor(work);
+    if (why != DropReason::BusyModeDrop) {
+        const auto place = static_cast<std::uint64_t>(slot.get(DispatchSlot::Place));
+        callbackAt(place).begin(place, 0, 0, 0, 0);
+        callbackAt(place).end(m_clock(), Stage::Refused, why);
+        return;
+    }
+    if (slot.get(DispatchSlot::FirstDue) == 0) {
+        slot.set(DispatchSlot::FirstDue, dueOf(work));
+    }
+    slot.set(DispatchSlot::Dispatched, 0);
+}
+
+// ---- The host
+
+void FiringLog::hostHasIt(TaskNote& note) noexcept
+{
+    const auto [number, slot] = dispatchedHere;
+    if (number == 0) {
+        return;
+    }
+    note.number = number;
+    note.place = static_cast<std::uint64_t>(slot->get(DispatchSlot::Place));
+    note.due = slot->get(DispatchSlot::Due);
+    if (const Nanoseconds firstDue = slot->get(DispatchSlot::FirstDue); firstDue != 0) {
+        note.sinceDrop = std::max<Nanoseconds>(1, slot->get(DispatchSlot::Dispatched) - firstDue);
+    }
+    slot->set(DispatchSlot::Taken, m_clock());
+}
+
+void FiringLog::discarded(const TaskNote& note) noexcept
+{
+    if (note.place != 0) {
+        callbackAt(note.place).begin(note.place, 0, 0, 0, 0);
+        callbackAt(note.place).end(m_clock(), Stage::Discarded);
+    }
+}
+
+FiringLog::Beginning FiringLog::callbackBegins(
+    const TaskNote& note, std::uint64_t run, Nanoseconds period) noexcept
+{
+    Beginning beginning { note.number, note.due, m_clock(), 0 };
+    const InterpreterLog::State outer = m_interpreter.turnTo({ Doing::Callback, note.number }, beginning.started);
+    if (note.sinceDrop != 0) {
+        beginning.missed = missedFirings(note.sinceDrop, period);
+    }
+    if (note.place != 0) {
+        callbackAt(note.place).begin(note.place, beginning.started, run, beginning.missed, outer.number);
+    }
+    return beginning;
+}
+
+Nanoseconds FiringLog::callbackEnds(const TaskNote& note, bool hasFailed) noexcept
+{
+    const Nanoseconds now = m_clock();
+    Nanoseconds took = 0;
+    std::uint64_t within = 0;
+    if (CallbackSlot& slot = callbackAt(note.place); note.place != 0 && slot.isAt(note.place)) {
+        slot.end(now, hasFailed ? Stage::Failed : Stage::Done);
+        took = now - slot.get(CallbackSlot::Started);
+        within = static_cast<std::uint64_t>(slot.get(CallbackSlot::Within));
+    }
+    m_interpreter.turnTo({ Doing::Host, within }, now);
+    return took;
+}
+
+// ---- Whoever wants to know
+
+std::optional<Firing> FiringLog::at(std::uint64_t place) const
+{
+    const DispatchSlot& dispatch = dispatchAt(place);
+    if (place == 0 || !dispatch.isAt(place)) {
+        return std::nullopt;
+    }
+    Firing firing;
+    dispatch.readInto(firing);
+    if (const CallbackSlot& callback = callbackAt(place); callback.isAt(place)) {
+        const Firing waiting = firing;
+        callback.readInto(firing);
+        if (!callback.isAt(place)) {
+            firing = waiting;
+        }
+    }
+    return dispatch.isAt(place) ? std::optional(firing) : std::nullopt;
+}
+
+std::optional<Firing> FiringLog::find(std::uint64_t number) const
+{
+    const auto firing = at(std::atomic_ref(m_places[number % capacity]).load(std::memory_order_acquire));
+    return firing && firing->number == number ? firing : std::nullopt;
+}
+
+/// \returns null for number 0, and where the log does not hold it
+DispatchSlot* FiringLog::slotOf(std::uint64_t number) const noexcept
+{
+    const std::uint64_t place = std::atomic_ref(m_places[number % capacity]).load(std::memory_order_acquire);
+    DispatchSlot& slot = dispatchAt(place);
+    return number != 0 && slot.isAt(place) && slot.number() == number ? &slot : nullptr;
+}
+
+DispatchSlot& FiringLog::newSlot(const ObservedWork& work, bool isQueued) noexcept
+{
+    const std::uint64_t place = m_count.fetch_add(1, std::memory_order_acq_rel) + 1;
+    DispatchSlot& slot = dispatchAt(place);
+    slot.begin(place, work, dueOf(work), isQueued);
+    std::atomic_ref(m_places[work.number % capacity]).store(place, std::memory_order_release);
+    return slot;
+}
+
+/// That of the dropped firing that this one makes up for: it goes on there.
+DispatchSlot* FiringLog::slotOfChain(const ObservedWork& work) noexcept
+{
+    DispatchSlot* const slot = slotOf(work.insteadOf);
+    if (slot != nullptr) {
+        const auto place = static_cast<std::uint64_t>(slot->get(DispatchSlot::Place));
+        slot->setNumber(work.number);
+        std::atomic_ref(m_places[work.number % capacity]).store(place, std::memory_order_release);
+    }
+    return slot;
+}
+
+DispatchSlot& FiringLog::slotFor(const ObservedWork& work) noexcept
+{
+    if (DispatchSlot* const slot = slotOf(work.number)) {
+        return *slot;
+    }
+    DispatchSlot* const slot = slotOfChain(work);
+    return slot != nullptr ? *slot : newSlot(work, false);
+}
+
+std::uint64_t missedFirings(Nanoseconds sinceDrop, Nanoseconds period)
+{
+    return sinceDrop < 0 || period <= 0 ? 1 : static_cast<std::uint64_t>(sinceDrop / period) + 1;
+}
+
+} // namespace tovrinhost

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "embedded_host/diagnosis/Explanation.hpp"
+#include "embedded_host/diagnosis/ExplanationText.hpp"
+#include "embedded_host/diagnosis/FiringLog.hpp"
+#include "embedded_host/diagnosis/TimerTable.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tovrinhost {
+
+/// Answers questions out of the log, each of which takes up to a millisecond. What the log does not hold any more
+/// is not known.
+///
+/// Threading: any thread, while the program runs.
+class Inquiry {
+public:
+    Inquiry(const FiringLog& log, const TimerTable& timers);
+
+    Explanation explain(const Firing& firing) const;
+
+    /// Of a firing, whether it has started or not.
+    std::string text(const Firing& firing) const;
+
+    /// The latest firing of a timer whose callback has begun or was to begin; or of its TimerFcn, the one with
+    /// this number.
+    std::optional<Firing> latest(const TimerTable::Identity& timer) const;
+    std::optional<Firing> run(const TimerTable::Identity& timer, std::uint64_t run) const;
+
+    /// The firings that began the latest after they were due, the latest of all first.
+    std::vector<Firing> worst(std::size_t count) const;
+
+    /// What the log holds of the timers of a script, by their numbers.
+    struct Summary {
+        std::vector<Nanoseconds> latenesses; ///< of its TimerFcns, the latest first
+        std::uint64_t missed = 0;
+        Firing newest; ///< number 0: none
+    };
+    std::map<std::uint64_t, Summary> summaries() const;
+
+    /// What the interpreter thread is at.
+    Activity activityNow() const;
+
+    /// Tells of an activity which callback it is that it names.
+    void identify(Activity& activity) const;
+
+    const ExplanationText& words() const { return m_words; }
+
+private:
+    /// Calls `visit(firing)` for each one, the latest first, until it returns false.
+    template <typename Visit> void visitAll(const Visit& visit) const;
+
+    const FiringLog& m_log;
+    const TimerTable& m_timers;
+    const ExplanationText m_words;
+};
+
+} // namespace tovrinhost

@@ -1,0 +1,76 @@
+#include "embedded_host/diagnosis/InterpreterLog.hpp"
+
+#include <algorithm>
+
+namespace tovrinhost {
+
+namespace {
+
+std::int64_t get(std::int64_t& word)
+{
+    return std::atomic_ref(word).load(std::memory_order_acquire);
+}
+
+} // namespace
+
+InterpreterLog::InterpreterLog()
+    : m_moments(makeZeroed<Moment>(capacity))
+{
+}
+
+/// From that moment to the one after it, which there has to be.
+Activity InterpreterLog::beginningAt(std::uint64_t moment) const
+{
+    auto& words = m_moments[moment % capacity].words;
+    auto& nextWords = m_moments[(moment + 1) % capacity].words;
+    Activity activity;
+    activity.doing = static_cast<Doing>(get(words[DoingAndLine]) % lineUnit);
+    activity.from = get(words[At]);
+    activity.to = get(nextWords[At]);
+    activity.line
+        = activity.doing == Doing::Script ? static_cast<int>(get(nextWords[DoingAndLine]) / lineUnit) : 0;
+    activity.number = static_cast<std::uint64_t>(get(words[Number]));
+    return activity;
+}
+
+std::vector<Activity> InterpreterLog::since(Nanoseconds from, Nanoseconds now) const
+{
+    std::vector<Activity> activities; // the latest first
+    const std::uint64_t end = count();
+    Nanoseconds reached = now;
+    for (std::uint64_t moment = end; moment > 0 && reached > from; --moment) {
+        Activity activity = beginningAt(moment - 1);
+        if (!isHeld(moment - 1)) {
+            break;
+        }
+        if (moment == end) {
+            activity.to = now;
+            activity.line = 0;
+        }
+        activities.push_back(activity);
+        reached = activity.from;
+    }
+    if (reached > from) {
+        Activity unknown;
+        unknown.from = from;
+        unknown.to = reached;
+        activities.push_back(unknown);
+    }
+    std::reverse(activities.begin(), activities.end());
+    return activities;
+}
+
+std::uint64_t InterpreterLog::readFrom(std::uint64_t first, std::vector<Activity>& into) const
+{
+    const std::uint64_t end = count();
+    std::uint64_t moment = std::max(first, end >= capacity ? end - capacity + 1 : 0);
+    for (; moment + 1 < end; ++moment) {
+        const Activity activity = beginningAt(moment);
+        if (isHeld(moment)) {
+            into.push_back(activity);
+        }
+    }
+    return moment;
+}
+
+} // namespace tovrinhost

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "embedded_host/diagnosis/Activity.hpp"
+#include "embedded_host/diagnosis/ZeroedArray.hpp"
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace tovrinhost {
+
+/// What the interpreter thread has been doing: the moments at which it turned to something else, the latest 65,536
+/// of them (1.5 MB).
+///
+/// Threading: `turnTo` and `now`, the interpreter thread; `since`, any thread.
+class InterpreterLog {
+public:
+    static constexpr std::size_t capacity = 65'536;
+
+    /// What it is at. Idle and Host: in the callback with this number, which pauses or waits; 0 if in none.
+    struct State {
+        Doing doing = Doing::Host;
+        std::uint64_t number = 0;
+    };
+
+    InterpreterLog();
+
+    State now() const noexcept { return m_state; }
+
+    /// \param line of what it turns away from; 0 where nobody knows
+    /// \returns what it was at, for the turn back
+    State turnTo(State next, Nanoseconds at, int line = 0) noexcept
+    {
+        const std::uint64_t count = m_count.load(std::memory_order_relaxed);
+        auto& words = m_moments[count % capacity].words;
+        put(words[At], at);
+        put(words[DoingAndLine], static_cast<int>(next.doing) + (lineUnit * line));
+        put(words[Number], static_cast<std::int64_t>(next.number));
+        m_count.store(count + 1, std::memory_order_release);
+        return std::exchange(m_state, next);
+    }
+
+    /// What it was at from `from` on until now, without a gap, the oldest first. What the log does not hold any
+    /// more is `Unknown`. Of callbacks only the number is told.
+    std::vector<Activity> since(Nanoseconds from, Nanoseconds now) const;
+
+    /// How many moments there have been.
+    std::uint64_t count() const { return m_count.load(std::memory_order_acquire); }
+
+    /// What began with the moments from number `first` on, as far as the log holds them, and has ended.
+    /// \returns the number of the first that is left out, since it has not ended
+    std::uint64_t readFrom(std::uint64_t first, std::vector<Activity>& into) const;
+
+private:
+    enum Word : std::size_t { At, DoingAndLine, Number };
+    struct Moment {
+        mutable std::array<std::int64_t, Number + 1> words; // used as atomics
+    };
+
+    static constexpr std::int64_t lineUnit = 16;
+
+    static void put(std::int64_t& word, std::int64_t value)
+    {
+        std::atomic_ref(word).store(value, std::memory_order_release);
+    }
+
+    Activity beginningAt(std::uint64_t moment) const;
+    bool isHeld(std::uint64_t moment) const { return moment + capacity > count(); }
+
+    const ZeroedArray<Moment> m_moments;
+    std::atomic<std::uint64_t> m_count { 0 };
+    State m_state; // only for the interpreter thread
+};
+
+} // namespace tovrinhost

@@ -1,0 +1,45 @@
+#include "embedded_host/diagnosis/Watch.hpp"
+
+#include "host/setCurrentThreadName.hpp"
+
+#include <chrono>
+#include <exception>
+#include <utility>
+
+namespace tovrinhost {
+
+Watch::Watch(const FiringLog& log, std::function<void(const News&)> tell)
+    : m_reader(log)
+    , m_tell(std::move(tell))
+    , m_thread([this] { run(); })
+{
+}
+
+Watch::~Watch()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_ends = true;
+    }
+    m_changed.notify_one();
+    m_thread.join();
+}
+
+void Watch::run()
+{
+    constexpr std::chrono::milliseconds pause { 50 };
+    setCurrentThreadName("diagnosis");
+    for (bool ends = false; !ends;) {
+        {
+            std::unique_lock lock(m_mutex);
+            ends = m_changed.wait_for(lock, pause, [this] { return m_ends; });
+        }
+        try {
+            m_tell(m_reader.read());
+        } catch (const std::exception&) {
+            // There is no memory for it: what is new goes untold, and the script runs on.
+        }
+    }
+}
+
+} // namespace tovrinhost

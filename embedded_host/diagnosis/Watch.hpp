@@ -1,0 +1,34 @@
+#pragma once
+
+#include "embedded_host/diagnosis/LogReader.hpp"
+
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+namespace tovrinhost {
+
+/// Reads the log twenty times a second, on a thread of its own, until it is destroyed; and once more then.
+///
+/// Lifetime: the log outlives it.
+class Watch {
+public:
+    /// \param tell given what is new, on the watch's thread; where it throws, that goes untold
+    Watch(const FiringLog& log, std::function<void(const News&)> tell);
+    Watch(const Watch&) = delete;
+    Watch& operator=(const Watch&) = delete;
+    ~Watch();
+
+private:
+    void run();
+
+    LogReader m_reader; // only for the watch's thread, like the next
+    const std::function<void(const News&)> m_tell;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_ends = false; // guarded by m_mutex
+    std::thread m_thread;
+};
+
+} // namespace tovrinhost

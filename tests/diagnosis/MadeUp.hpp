@@ -1,0 +1,60 @@
+#pragma once
+
+#include "embedded_host/diagnosis/FiringLog.hpp"
+#include "embedded_host/diagnosis/TimerTable.hpp"
+
+#include <cstdint>
+#include <string>
+
+namespace tovrinhost {
+
+/// Events and moments as a test says, in milliseconds.
+constexpr Nanoseconds ms = 1'000'000;
+
+inline Nanoseconds madeUpNow = 0;
+
+inline Nanoseconds madeUpClock() noexcept
+{
+    return madeUpNow;
+}
+
+inline TimerTable::Identity timerNumber(std::int64_t number)
+{
+    return { 7, number };
+}
+
+inline tovrintimer::ObservedWork work(std::uint64_t number, std::int64_t timer, std::int64_t dueMilliseconds,
+    std::uint64_t insteadOf = 0, tovrintimer::WorkKind kind = tovrintimer::TimerFcnWork)
+{
+    const tovrintimer::DueTime due { tovrintimer::DueTime::duration(dueMilliseconds) };
+    return { number, insteadOf, timerNumber(timer), kind, due };
+}
+
+/// What the host notes of the task that it has been given.
+inline TaskNote noteOf(FiringLog& log)
+{
+    TaskNote note;
+    log.hostHasIt(note);
+    return note;
+}
+
+/// "poll" is timer 1, "hog" timer 2.
+inline TimerTable::Description describe(const TimerTable::Identity& timer)
+{
+    const auto description = [](std::uint64_t number, std::string name, std::string settings, std::string place) {
+        TimerDescription made;
+        made.number = number;
+        made.name = std::move(name);
+        made.settings = std::move(settings);
+        made.period = 100 * ms;
+        made.places[2] = std::move(place);
+        return made;
+    };
+    static const auto poll = std::make_shared<const TimerDescription>(
+        description(1, "poll", "FixedRate, Drop, 0.1 s", "script.lua:3"));
+    static const auto hog = std::make_shared<const TimerDescription>(
+        description(2, "hog", "FixedRate, Queue, 0.1 s", "script.lua:5"));
+    return timer.second == 1 ? poll : timer.second == 2 ? hog : nullptr;
+}
+
+} // namespace tovrinhost
