@@ -4,7 +4,7 @@
 #include "embedded_host/report/ReportData.hpp"
 
 #include <cerrno>
-#include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 #include <system_error>
@@ -37,7 +37,10 @@ void writeReport(const std::string& traceFile, const TraceWindow& window, const 
     page.close();
     if (!page) {
         const int error = errno;
-        std::remove(pageFile.c_str());
+        std::error_code ignored;
+        if (std::filesystem::is_regular_file(pageFile, ignored)) {
+            std::filesystem::remove(pageFile, ignored);
+        }
         failToWrite(pageFile, error);
     }
 }

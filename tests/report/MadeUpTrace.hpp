@@ -44,7 +44,7 @@ public:
         firing.stage = Stage::Done;
         firing.wasQueued = true;
         firing.due = due * ms;
-        firing.dispatched = firing.taken = firing.passedOn = firing.due;
+        firing.dispatched = firing.taken = firing.due;
         firing.started = started * ms;
         firing.ended = ended * ms;
         firing.run = run;

@@ -78,9 +78,9 @@ TEST(TraceContentsTest, OtherDispatchesThatCameFirstAreFoundHoweverLongBefore)
 {
     MadeUpTrace made;
     Firing slow = made.run(2, 1, 0, 300, 301);
-    slow.passedOn = 120 * ms;
+    slow.taken = 120 * ms;
     Firing poll = made.run(1, 1, 100, 130, 131);
-    poll.dispatched = poll.taken = poll.passedOn = 120 * ms;
+    poll.dispatched = poll.taken = 120 * ms;
     for (int i = 0; i < 50; ++i) {
         made.addDispatch(made.run(2, 2, 20 + i, 300, 301));
     }
