@@ -86,6 +86,9 @@ struct TimerEvent {
     TimerDescription description;
 };
 
+/// The name of the program.
+std::optional<std::string> readHeader(std::string_view line);
+
 std::optional<TimerEvent> readTimer(std::string_view line);
 std::optional<Firing> readFiring(std::string_view line);
 std::optional<DispatchEvent> readDispatch(std::string_view line);

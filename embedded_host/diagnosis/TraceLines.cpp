@@ -115,6 +115,7 @@ std::string TraceLines::timer(const TimerTable::Identity& identity, const TimerD
         .number("number", description.number)
         .raw("name", toJson(description.name))
         .raw("settings", toJson(description.settings))
+        .number("period", description.period)
         .raw("places", places + ']')
         .end();
 }

@@ -136,6 +136,12 @@ bool toKind(std::int64_t value, tovrintimer::WorkKind& into)
 
 } // namespace
 
+std::optional<std::string> readHeader(std::string_view line)
+{
+    Arguments arguments;
+    return arguments.read(line) ? std::optional(arguments.name) : std::nullopt;
+}
+
 std::optional<TimerEvent> readTimer(std::string_view line)
 {
     Arguments arguments;
@@ -147,6 +153,7 @@ std::optional<TimerEvent> readTimer(std::string_view line)
     event.description.name = arguments.name;
     event.description.settings = arguments.settings;
     event.description.places = arguments.places;
+    event.description.period = arguments.number("period");
     return event;
 }
 

@@ -1,84 +1,18 @@
 #include "embedded_host/diagnosis/TraceReader.hpp"
 
 #include "embedded_host/diagnosis/TraceEvents.hpp"
+#include "embedded_host/diagnosis/TraceInput.hpp"
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
-#include <fstream>
 #include <limits>
-#include <stdexcept>
 #include <string_view>
-#include <system_error>
 
 namespace tovrinhost {
 
 namespace {
 
-constexpr std::size_t longestLine = 64 * 1024;
-constexpr std::size_t mostPieces = 2'000'000;
-
-/// The lines of a trace, one after the other, without the comma that separates them.
-class Lines {
-public:
-    explicit Lines(const std::string& path)
-        : m_path(path)
-        , m_file(path, std::ios::binary)
-    {
-        if (!m_file) {
-            throw std::runtime_error(
-                "cannot open the trace \"" + path + "\": " + std::generic_category().message(errno));
-        }
-        if (!next() || m_line != trace::firstLine || !next() || !is(trace::header)) {
-            throw std::runtime_error("\"" + path
-                + "\" is no trace of tovrin: it does not begin like one that tovrin run --trace has written");
-        }
-    }
-
-    /// \returns whether there is one more
-    bool next()
-    {
-        ++m_number;
-        m_file.getline(m_buffer.data(), static_cast<std::streamsize>(m_buffer.size()));
-        m_line = m_buffer.data();
-        if (m_file.bad()) {
-            fail("it cannot be read: " + std::generic_category().message(errno));
-        }
-        if (m_file.fail() && !m_file.eof()) {
-            fail("line " + std::to_string(m_number) + " is longer than any that tovrin writes");
-        }
-        if (m_line.ends_with(',')) {
-            m_line.remove_suffix(1);
-        }
-        return !m_file.fail();
-    }
-
-    bool is(std::string_view kind) const { return m_line.starts_with(kind); }
-    std::string_view line() const { return m_line; }
-
-    /// What the line says.
-    /// \returns nothing for the last one, which may have been cut short
-    template <typename Event> std::optional<Event> read(std::optional<Event> (*reader)(std::string_view line))
-    {
-        auto event = reader(m_line);
-        if (!event && m_file.peek() != std::ifstream::traits_type::eof()) {
-            fail("line " + std::to_string(m_number) + " is damaged");
-        }
-        return event;
-    }
-
-private:
-    [[noreturn]] void fail(const std::string& why) const
-    {
-        throw std::runtime_error("the trace \"" + m_path + "\": " + why);
-    }
-
-    const std::string m_path;
-    std::ifstream m_file;
-    std::vector<char> m_buffer = std::vector<char>(longestLine);
-    std::string_view m_line;
-    std::size_t m_number = 0;
-};
+constexpr std::size_t mostPieces = 2'000'000; // of circumstances, in all
 
 /// From when to when an event goes, in microseconds, as it stands behind the beginning of its line.
 struct Span {
@@ -114,7 +48,7 @@ TraceReader::TraceReader(const TraceQuestion& question)
 
 void TraceReader::readFirings(const TraceQuestion& question)
 {
-    Lines lines(question.file);
+    TraceInput lines(question.file);
     while (lines.next()) {
         if (lines.is(trace::timer)) {
             if (auto event = lines.read(readTimer)) {
@@ -163,7 +97,7 @@ void TraceReader::readCircumstances(const TraceQuestion& question)
         const auto [from, to] = spanOf(line, kind);
         return from <= span.to && to >= span.from;
     };
-    Lines lines(question.file);
+    TraceInput lines(question.file);
     while (lines.next() && m_pieces < mostPieces) {
         if (lines.is(trace::dispatch) && isWithin(lines.line(), trace::dispatch)) {
             if (const auto event = lines.read(readDispatch)) {

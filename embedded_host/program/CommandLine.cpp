@@ -123,6 +123,34 @@ CLI::App* addExplain(CLI::App& app, ExplainCommand& command)
     return explain;
 }
 
+CLI::App* addReport(CLI::App& app, ReportCommand& command)
+{
+    constexpr double nanosecondsPerSecond = 1e9;
+    CLI::App* report = app.add_subcommand(
+        "report", "Make a page of a trace of run --trace: what fired when, and why it was late");
+    report->add_option("FILE", command.trace, "The trace")->required();
+    report->add_option("-o,--output", command.page, "The page, in HTML; it needs no other file")
+        ->required()
+        ->type_name("FILE.html");
+    report
+        ->add_option_function<std::string>(
+            "--from",
+            [&](const std::string& text) {
+                command.window.from = static_cast<Nanoseconds>(toSeconds("--from", text) * nanosecondsPerSecond);
+            },
+            "What happened from here on, in seconds since the program began")
+        ->type_name("SECONDS");
+    report
+        ->add_option_function<std::string>(
+            "--to",
+            [&](const std::string& text) {
+                command.window.to = static_cast<Nanoseconds>(toSeconds("--to", text) * nanosecondsPerSecond);
+            },
+            "What happened until then")
+        ->type_name("SECONDS");
+    return report;
+}
+
 void addLogMask(RunCommand& command, const std::string& text)
 {
     const auto [channel, digits] = split("--log", text, "CHANNEL=MASK");
@@ -134,10 +162,11 @@ void addLogMask(RunCommand& command, const std::string& text)
 
 } // namespace
 
-std::variant<RunCommand, ExplainCommand, Leave> parseCommandLine(int argc, const char* const* argv)
+std::variant<RunCommand, ExplainCommand, ReportCommand, Leave> parseCommandLine(int argc, const char* const* argv)
 {
     RunCommand command;
     ExplainCommand explainCommand;
+    ReportCommand reportCommand;
     std::string logFile;
 
     CLI::App app("Runs scripts whose timers are driven by the timer engine.", "tovrin");
@@ -185,6 +214,7 @@ std::variant<RunCommand, ExplainCommand, Leave> parseCommandLine(int argc, const
         ->default_str(std::to_string(command.maxBacklog))
         ->type_name("N");
     CLI::App* const explain = addExplain(app, explainCommand);
+    CLI::App* const report = addReport(app, reportCommand);
     run->footer(
         "SIGUSR1, or Ctrl-Break on Windows, has a table of all timers and the ten latest callbacks written to "
         "standard error.\n\n"
@@ -193,7 +223,9 @@ std::variant<RunCommand, ExplainCommand, Leave> parseCommandLine(int argc, const
         "usage.");
 
     try {
-        if (argc > 1 && *argv[1] != '-' && argv[1] != run->get_name() && argv[1] != explain->get_name()) {
+        const auto commands = app.get_subcommands({});
+        const auto isNamed = [argv](const CLI::App* one) { return one->get_name() == argv[1]; };
+        if (argc > 1 && *argv[1] != '-' && std::none_of(commands.begin(), commands.end(), isNamed)) {
             const std::string word = escape(argv[1]);
             throw CLI::ParseError("there is no command \"" + word + "\"; did you mean tovrin run " + word + "?",
                 CLI::ExitCodes::ExtrasError);
@@ -202,12 +234,16 @@ std::variant<RunCommand, ExplainCommand, Leave> parseCommandLine(int argc, const
     } catch (const CLI::Success& help) {
         return Leave { app.exit(help) };
     } catch (const CLI::ParseError& error) {
-        const std::string tried = explain->parsed() ? explain->get_name() : run->get_name();
+        const std::string tried
+            = app.get_subcommands().empty() ? run->get_name() : app.get_subcommands()[0]->get_name();
         std::cerr << "tovrin: " << error.what() << "\nTry 'tovrin " << tried << " --help'.\n";
         return Leave { wrongUsage };
     }
     if (explain->parsed()) {
         return explainCommand;
+    }
+    if (report->parsed()) {
+        return reportCommand;
     }
     if (!logFile.empty()) {
         command.logFile = logFile;

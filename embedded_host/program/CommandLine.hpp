@@ -1,6 +1,7 @@
 #pragma once
 
 #include "embedded_host/diagnosis/TraceReader.hpp"
+#include "embedded_host/report/TraceContents.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -29,12 +30,19 @@ struct ExplainCommand {
     TraceQuestion question;
 };
 
+/// `tovrin report`: what it is to write.
+struct ReportCommand {
+    std::string trace;
+    std::string page;
+    TraceWindow window;
+};
+
 /// The program ends here, with this status: help was shown, or the usage was wrong.
 struct Leave {
     int status;
 };
 
 /// Reads the command line. Tells the user what is wrong with it, or the help that was asked for.
-std::variant<RunCommand, ExplainCommand, Leave> parseCommandLine(int argc, const char* const* argv);
+std::variant<RunCommand, ExplainCommand, ReportCommand, Leave> parseCommandLine(int argc, const char* const* argv);
 
 } // namespace tovrinhost

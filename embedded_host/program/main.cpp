@@ -5,6 +5,7 @@
 #include "embedded_host/program/Explain.hpp"
 #include "embedded_host/program/Watching.hpp"
 #include "embedded_host/program/platform/Platform.hpp"
+#include "embedded_host/report/Report.hpp"
 #include "embedded_host/services/Features.hpp"
 #include "embedded_host/timers/ScriptRunner.hpp"
 
@@ -74,6 +75,10 @@ int runProgram(int argc, const char* const* argv)
     if (const auto* explain = std::get_if<ExplainCommand>(&command)) {
         explainTrace(explain->question);
         return endOutput() ? EXIT_SUCCESS : EXIT_FAILURE;
+    }
+    if (const auto* report = std::get_if<ReportCommand>(&command)) {
+        writeReport(report->trace, report->window, report->page);
+        return EXIT_SUCCESS;
     }
     configure(std::get<RunCommand>(command));
     const int status = run(std::get<RunCommand>(command));
