@@ -123,6 +123,36 @@ CLI::App* addExplain(CLI::App& app, ExplainCommand& command)
     return explain;
 }
 
+void addProcess(CLI::App& app, std::optional<std::int64_t>& process)
+{
+    constexpr std::size_t most = std::numeric_limits<std::int32_t>::max();
+    app.add_option_function<std::string>(
+           "PID",
+           [&process](
+               const std::string& text) { process = static_cast<std::int64_t>(toCount("PID", text, most)); },
+           "The program's process; it may be left out where only one serves its status")
+        ->type_name("");
+}
+
+CLI::App* addTimers(CLI::App& app, TimersCommand& command)
+{
+    CLI::App* timers = app.add_subcommand("timers",
+        "Print how the timers of a program are doing that was started with run --status; not on Windows");
+    addProcess(*timers, command.process);
+    timers->add_flag("--json", command.asJson, "Print a JSON document, with all times in seconds");
+    return timers;
+}
+
+CLI::App* addTop(CLI::App& app, TopCommand& command)
+{
+    CLI::App* top = app.add_subcommand("top",
+        "Show how the timers of a program are doing that was started with run --status, anew each second, until q "
+        "is "
+        "pressed; not on Windows");
+    addProcess(*top, command.process);
+    return top;
+}
+
 void addLogMask(RunCommand& command, const std::string& text)
 {
     const auto [channel, digits] = split("--log", text, "CHANNEL=MASK");
@@ -134,10 +164,13 @@ void addLogMask(RunCommand& command, const std::string& text)
 
 } // namespace
 
-std::variant<RunCommand, ExplainCommand, Leave> parseCommandLine(int argc, const char* const* argv)
+std::variant<RunCommand, ExplainCommand, TimersCommand, TopCommand, Leave> parseCommandLine(
+    int argc, const char* const* argv)
 {
     RunCommand command;
     ExplainCommand explainCommand;
+    TimersCommand timersCommand;
+    TopCommand topCommand;
     std::string logFile;
 
     CLI::App app("Runs scripts whose timers are driven by the timer engine.", "tovrin");
@@ -179,12 +212,16 @@ std::variant<RunCommand, ExplainCommand, Leave> parseCommandLine(int argc, const
            "--late-above", [&](const std::string& text) { command.lateAbove = toSeconds("--late-above", text); },
            "Tell on standard error why a callback began later than this after it was due; at most one in a second")
         ->type_name("SECONDS");
+    run->add_flag("--status", command.servesStatus,
+        "Tell tovrin timers and tovrin top of the same user how the timers are doing; not on Windows");
     run->add_option_function<std::string>(
            "--max-backlog", [&](const std::string& text) { command.maxBacklog = toCount("--max-backlog", text); },
            "How many callbacks of one timer may wait to be run; one more is an error of the timer")
         ->default_str(std::to_string(command.maxBacklog))
         ->type_name("N");
     CLI::App* const explain = addExplain(app, explainCommand);
+    CLI::App* const timers = addTimers(app, timersCommand);
+    CLI::App* const top = addTop(app, topCommand);
     run->footer(
         "SIGUSR1, or Ctrl-Break on Windows, has a table of all timers and the ten latest callbacks written to "
         "standard error.\n\n"
@@ -193,7 +230,8 @@ std::variant<RunCommand, ExplainCommand, Leave> parseCommandLine(int argc, const
         "usage.");
 
     try {
-        if (argc > 1 && *argv[1] != '-' && argv[1] != run->get_name() && argv[1] != explain->get_name()) {
+        const auto isNamed = [&](const CLI::App* known) { return known->get_name() == argv[1]; };
+        if (argc > 1 && *argv[1] != '-' && app.get_subcommands(isNamed).empty()) {
             const std::string word = escape(argv[1]);
             throw CLI::ParseError("there is no command \"" + word + "\"; did you mean tovrin run " + word + "?",
                 CLI::ExitCodes::ExtrasError);
@@ -202,12 +240,19 @@ std::variant<RunCommand, ExplainCommand, Leave> parseCommandLine(int argc, const
     } catch (const CLI::Success& help) {
         return Leave { app.exit(help) };
     } catch (const CLI::ParseError& error) {
-        const std::string tried = explain->parsed() ? explain->get_name() : run->get_name();
+        const auto parsed = app.get_subcommands();
+        const std::string tried = parsed.empty() ? run->get_name() : parsed.front()->get_name();
         std::cerr << "tovrin: " << error.what() << "\nTry 'tovrin " << tried << " --help'.\n";
         return Leave { wrongUsage };
     }
     if (explain->parsed()) {
         return explainCommand;
+    }
+    if (timers->parsed()) {
+        return timersCommand;
+    }
+    if (top->parsed()) {
+        return topCommand;
     }
     if (!logFile.empty()) {
         command.logFile = logFile;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "embedded_host/diagnosis/TraceReader.hpp"
+#include "embedded_host/program/Timers.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -21,6 +22,7 @@ struct RunCommand {
     std::optional<std::string> logFile;
     std::optional<std::string> traceFile;
     std::optional<double> lateAbove; ///< seconds
+    bool servesStatus = false; ///< to `tovrin timers` and `tovrin top`
     std::size_t maxBacklog = 10'000; ///< how many callbacks of one timer may wait
 };
 
@@ -29,12 +31,18 @@ struct ExplainCommand {
     TraceQuestion question;
 };
 
+/// `tovrin top`: what it is to show.
+struct TopCommand {
+    std::optional<std::int64_t> process; ///< none: the only one that serves its status
+};
+
 /// The program ends here, with this status: help was shown, or the usage was wrong.
 struct Leave {
     int status;
 };
 
 /// Reads the command line. Tells the user what is wrong with it, or the help that was asked for.
-std::variant<RunCommand, ExplainCommand, Leave> parseCommandLine(int argc, const char* const* argv);
+std::variant<RunCommand, ExplainCommand, TimersCommand, TopCommand, Leave> parseCommandLine(
+    int argc, const char* const* argv);
 
 } // namespace tovrinhost

@@ -160,7 +160,7 @@ void ScriptRun::noteBeginning(bool isTimerFcn, std::uint64_t number)
     const auto& beginning = m_surroundings.diagnosis.callbackBegins(
         number, isTimerFcn ? m_timerFcns : 0, m_settings.periodNanoseconds());
     if (isTimerFcn && m_owner != nullptr) {
-        m_owner->statistics().timerFcnBegins(beginning.lateness(), beginning.missed);
+        m_owner->statistics().timerFcnBegins(beginning.started, beginning.lateness(), beginning.missed);
     }
 }
 

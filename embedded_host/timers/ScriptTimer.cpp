@@ -40,6 +40,8 @@ void ScriptTimer::describe() const
 {
     TimerDescription description = m_settings.describe();
     description.number = m_number;
+    description.made = m_made;
+    description.statistics = m_statistics;
     m_surroundings.diagnosis.timers().putLive(std::move(description));
 }
 
