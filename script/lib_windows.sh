@@ -6,7 +6,7 @@ dependencies=$buildDir/windows-dependencies
 crossCompiler=x86_64-w64-mingw32-g++-posix
 
 windowsPackages=(g++-mingw-w64-x86-64-posix wine wine64 cmake ninja-build pkg-config libboost-tools-dev dpkg-dev
-  xz-utils googletest libcli11-dev lld)
+  xz-utils googletest libcli11-dev nlohmann-json3-dev lld)
 
 # fetch_source PACKAGE FOLDER: unpacks the newest source of a package of this Debian, with an index of our own: the
 # system's lists may name no sources, and are none of our business.
@@ -75,9 +75,10 @@ build_googletest() {
 }
 
 # Headers only.
-copy_cli11() {
+copy_headers() {
   mkdir -p "$dependencies/include" "$dependencies/share/cmake" \
-    && cp -r /usr/include/CLI "$dependencies/include/" && cp -r /usr/share/cmake/CLI11 "$dependencies/share/cmake/"
+    && cp -r /usr/include/CLI /usr/include/nlohmann "$dependencies/include/" \
+    && cp -r /usr/share/cmake/CLI11 /usr/share/cmake/nlohmann_json "$dependencies/share/cmake/"
 }
 
 # The compiler's own DLLs, beside the others.
@@ -101,7 +102,7 @@ build_dependency() {
 
 build_dependencies() {
   local name
-  for name in copy_runtime build_boost build_lua build_googletest copy_cli11; do
+  for name in copy_runtime build_boost build_lua build_googletest copy_headers; do
     build_dependency "$name"
   done
 }

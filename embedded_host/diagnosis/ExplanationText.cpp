@@ -65,7 +65,7 @@ const char* textOf(DropReason why)
 
 std::string missedText(const Firing& firing, std::uint64_t lastRun)
 {
-    return (lastRun == 0 ? "the run before" : "run " + std::to_string(lastRun)) + " was still running; "
+    return (lastRun == 0 ? "the run before" : "run " + std::to_string(lastRun)) + " had not ended; "
         + std::to_string(firing.missed) + (firing.missed == 1 ? " firing" : " firings in a row") + " missed";
 }
 

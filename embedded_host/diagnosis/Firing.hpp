@@ -33,9 +33,8 @@ constexpr bool isOver(Stage stage)
 ///
 /// In busy mode `Drop`, a firing that is dropped and the attempts that make up for it are one.
 ///
-///     due         dispatched        taken            passedOn
-///      |--wake-up------|--dispatching--|---............----|
-///                                      |---the host's queue----| started ------ | ended
+///     due           dispatched         taken               started       ended
+///      |-- wake-up ------|-- dispatching --|-- host's queue ---|-- running --|
 struct Firing {
     std::uint64_t number = 0; ///< of the latest attempt, as the library counts
     foundation::msg_svc::exchange::IDType timer { 0, 0 }; ///< the library's timer, one for each run of a script's
@@ -48,7 +47,6 @@ struct Firing {
     Nanoseconds firstDue = 0; ///< of the first that was dropped; 0 if none was
     Nanoseconds dispatched = 0;
     Nanoseconds taken = 0; ///< the host had it
-    Nanoseconds passedOn = 0; ///< the scheduler was done with it
     Nanoseconds started = 0;
     Nanoseconds ended = 0;
 

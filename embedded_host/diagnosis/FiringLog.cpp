@@ -10,8 +10,13 @@ using tovrintimer::ObservedWork;
 
 namespace {
 
-/// The work that is being dispatched on this thread, until the library is done with it. 0: none.
-thread_local std::uint64_t dispatchedHere = 0;
+/// What is being dispatched on this thread, until the library is done with it.
+struct Dispatch {
+    std::uint64_t number = 0; ///< 0: nothing
+    FiringSlot* slot = nullptr;
+};
+
+thread_local Dispatch dispatchedHere;
 
 Nanoseconds dueOf(const ObservedWork& work)
 {
@@ -60,21 +65,17 @@ void FiringLog::dispatched(const ObservedWork& work) noexcept
     }
     slot->set(FiringSlot::Due, dueOf(work)); // it may have been hastened
     slot->set(FiringSlot::Dispatched, m_clock());
-    slot->setStage(Stage::Dispatched);
-    dispatchedHere = work.number;
+    dispatchedHere = { work.number, slot };
 }
 
-void FiringLog::handedOver(const ObservedWork& work) noexcept
+void FiringLog::handedOver(const ObservedWork& /*work*/) noexcept
 {
-    dispatchedHere = 0;
-    if (FiringSlot* const slot = slotOf(work.number)) {
-        slot->set(FiringSlot::PassedOn, m_clock());
-    }
+    dispatchedHere = {};
 }
 
 void FiringLog::dropped(const ObservedWork& work, DropReason why) noexcept
 {
-    dispatchedHere = 0;
+    dispatchedHere = {};
     FiringSlot* slot = slotOf(work.number);
     if (slot == nullptr) {
         slot = slotOfChain(work);
@@ -82,42 +83,40 @@ void FiringLog::dropped(const ObservedWork& work, DropReason why) noexcept
     if (slot == nullptr) {
         slot = &newSlot(work, false);
     }
-    const Nanoseconds now = m_clock();
-    slot->set(FiringSlot::PassedOn, now);
     if (why != DropReason::BusyModeDrop) {
-        slot->set(FiringSlot::Ended, now);
-        slot->setStage(Stage::Refused, why);
+        slot->set(FiringSlot::Ended, m_clock());
+        slot->setOutcome(Stage::Refused, why);
         return;
     }
     if (slot->get(FiringSlot::FirstDue) == 0) {
         slot->set(FiringSlot::FirstDue, dueOf(work));
     }
-    slot->setStage(Stage::Dropped);
+    slot->set(FiringSlot::Dispatched, 0);
 }
 
 // ---- The host
 
 std::uint64_t FiringLog::hostHasIt() noexcept
 {
-    if (FiringSlot* const slot = slotOf(dispatchedHere)) {
+    const auto [number, slot] = dispatchedHere;
+    if (number != 0) {
         slot->set(FiringSlot::Taken, m_clock());
-        slot->setStage(Stage::Waiting);
     }
-    return dispatchedHere;
+    return number;
 }
 
 void FiringLog::discarded(std::uint64_t number) noexcept
 {
     if (FiringSlot* const slot = slotOf(number)) {
         slot->set(FiringSlot::Ended, m_clock());
-        slot->setStage(Stage::Discarded);
+        slot->setOutcome(Stage::Discarded);
     }
 }
 
 FiringLog::Beginning FiringLog::callbackBegins(
     std::uint64_t number, std::uint64_t run, Nanoseconds period) noexcept
 {
-    Beginning beginning { 0, m_clock(), 0 };
+    Beginning beginning { number, 0, m_clock(), 0 };
     const InterpreterLog::State outer = m_interpreter.turnTo({ Doing::Callback, number }, beginning.started);
     FiringSlot* const slot = slotOf(number);
     if (slot == nullptr) {
@@ -131,7 +130,6 @@ FiringLog::Beginning FiringLog::callbackBegins(
     slot->set(FiringSlot::Started, beginning.started);
     slot->set(FiringSlot::Run, static_cast<std::int64_t>(run));
     slot->set(FiringSlot::Within, static_cast<std::int64_t>(outer.number));
-    slot->setStage(Stage::Running);
     return beginning;
 }
 
@@ -142,7 +140,7 @@ Nanoseconds FiringLog::callbackEnds(std::uint64_t number, bool hasFailed) noexce
     std::uint64_t within = 0;
     if (FiringSlot* const slot = slotOf(number)) {
         slot->set(FiringSlot::Ended, now);
-        slot->setStage(hasFailed ? Stage::Failed : Stage::Done);
+        slot->setOutcome(hasFailed ? Stage::Failed : Stage::Done);
         took = now - slot->get(FiringSlot::Started);
         within = static_cast<std::uint64_t>(slot->get(FiringSlot::Within));
     }

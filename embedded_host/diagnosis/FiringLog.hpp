@@ -55,6 +55,7 @@ public:
 
     /// What there is to know as a callback begins.
     struct Beginning {
+        std::uint64_t number = 0;
         Nanoseconds due = 0; ///< 0 if the log does not hold its firing
         Nanoseconds started = 0;
         std::uint64_t missed = 0;

@@ -11,28 +11,28 @@
 
 namespace tovrinhost {
 
-/// Where the log keeps one firing.
+/// Where the log keeps one firing: the words that a dispatch writes in one cache line, those that its callback
+/// writes in another. What it is at, its words tell together.
 ///
 /// Threading: the threads that a firing passes through write one after the other, or each to words of its own.
 /// Anybody may read at any time: what has been given to another firing meanwhile is noticed. A release store is
 /// not moved before what stands in front of it, and an acquiring load not behind what follows: on x86 they are
 /// plain.
-class FiringSlot {
+class alignas(64) FiringSlot {
 public:
     enum Word : std::size_t {
         Place, ///< which firing of all it is, counted from 1; 0 for none
         Number,
         TimerFirst,
         TimerSecond,
-        Kind,
-        StageAndReason,
+        Kind, ///< and whether it was queued
         Due,
-        FirstDue,
-        Dispatched,
+        Dispatched, ///< 0 again once it has been dropped for another attempt
         Taken,
-        PassedOn,
+        FirstDue,
         Started,
         Ended,
+        Outcome, ///< the stage at which it ended, and why
         Run,
         Missed,
         Within,
@@ -44,12 +44,10 @@ public:
     }
     std::int64_t get(Word word) const { return std::atomic_ref(m_words[word]).load(std::memory_order_acquire); }
 
-    void setStage(Stage stage, tovrintimer::DropReason reason = tovrintimer::DropReason::BusyModeDrop)
+    void setOutcome(Stage stage, tovrintimer::DropReason reason = tovrintimer::DropReason::BusyModeDrop)
     {
-        set(StageAndReason, static_cast<int>(stage) + (static_cast<int>(reason) * reasonUnit));
+        set(Outcome, static_cast<int>(stage) + (static_cast<int>(reason) * reasonUnit));
     }
-
-    Stage stage() const { return static_cast<Stage>(get(StageAndReason) % reasonUnit); }
 
     /// Gives it to a firing.
     /// \param place which one of all; never 0
@@ -60,11 +58,16 @@ public:
         set(TimerFirst, work.timer.first);
         set(TimerSecond, work.timer.second);
         set(Kind, static_cast<int>(work.kind) + (isQueued ? queuedUnit : 0));
-        setStage(Stage::Queued);
         set(Due, due);
-        for (std::size_t word = FirstDue; word <= Within; ++word) {
-            set(static_cast<Word>(word), 0);
-        }
+        set(Dispatched, 0);
+        set(Taken, 0);
+        set(FirstDue, 0);
+        set(Started, 0);
+        set(Ended, 0);
+        set(Outcome, 0);
+        set(Run, 0);
+        set(Missed, 0);
+        set(Within, 0);
         set(Place, static_cast<std::int64_t>(place));
     }
 
@@ -77,20 +80,19 @@ public:
             return std::nullopt;
         }
         Firing firing;
+        const std::int64_t outcome = get(Outcome); // the latest first, so that what led to it is there
+        firing.ended = outcome == 0 ? 0 : get(Ended);
+        firing.started = get(Started);
+        firing.taken = get(Taken);
+        firing.dispatched = get(Dispatched);
+        firing.firstDue = get(FirstDue);
+        firing.stage = outcome != 0 ? static_cast<Stage>(outcome % reasonUnit) : stageOf(firing);
+        firing.reason = static_cast<tovrintimer::DropReason>(outcome / reasonUnit);
         firing.number = static_cast<std::uint64_t>(get(Number));
         firing.timer = { get(TimerFirst), get(TimerSecond) };
         firing.kind = static_cast<tovrintimer::WorkKind>(get(Kind) % queuedUnit);
         firing.wasQueued = get(Kind) >= queuedUnit;
-        const std::int64_t stageAndReason = get(StageAndReason); // before what led to it
-        firing.stage = static_cast<Stage>(stageAndReason % reasonUnit);
-        firing.reason = static_cast<tovrintimer::DropReason>(stageAndReason / reasonUnit);
         firing.due = get(Due);
-        firing.firstDue = get(FirstDue);
-        firing.dispatched = get(Dispatched);
-        firing.taken = get(Taken);
-        firing.passedOn = get(PassedOn);
-        firing.started = get(Started);
-        firing.ended = get(Ended);
         firing.run = static_cast<std::uint64_t>(get(Run));
         firing.missed = static_cast<std::uint64_t>(get(Missed));
         firing.within = static_cast<std::uint64_t>(get(Within));
@@ -98,6 +100,21 @@ public:
     }
 
 private:
+    /// Of one that is not over.
+    static Stage stageOf(const Firing& firing)
+    {
+        if (firing.started != 0) {
+            return Stage::Running;
+        }
+        if (firing.taken != 0) {
+            return Stage::Waiting;
+        }
+        if (firing.dispatched != 0) {
+            return Stage::Dispatched;
+        }
+        return firing.firstDue != 0 ? Stage::Dropped : Stage::Queued;
+    }
+
     static constexpr int reasonUnit = 256;
     static constexpr int queuedUnit = 16;
 

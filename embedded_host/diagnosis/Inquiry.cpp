@@ -41,8 +41,8 @@ Explanation Inquiry::explain(const Firing& firing) const
     Circumstances circumstances;
     visitAll([&](const Firing& other) {
         const bool isOther = other.number != firing.number && other.wasQueued && other.dispatched != 0;
-        if (isOther && other.dispatched < firing.dispatched && other.passedOn > firing.due) {
-            circumstances.dispatches.push_back({ other.dispatched, other.passedOn });
+        if (isOther && other.dispatched < firing.dispatched && other.taken > firing.due) {
+            circumstances.dispatches.push_back({ other.dispatched, other.taken });
         }
         return true;
     });

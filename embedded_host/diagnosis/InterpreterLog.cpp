@@ -6,13 +6,6 @@ namespace tovrinhost {
 
 namespace {
 
-constexpr std::int64_t lineUnit = 16;
-
-void put(std::int64_t& word, std::int64_t value)
-{
-    std::atomic_ref(word).store(value, std::memory_order_release);
-}
-
 std::int64_t get(std::int64_t& word)
 {
     return std::atomic_ref(word).load(std::memory_order_acquire);
@@ -23,17 +16,6 @@ std::int64_t get(std::int64_t& word)
 InterpreterLog::InterpreterLog()
     : m_moments(makeZeroed<Moment>(capacity))
 {
-}
-
-InterpreterLog::State InterpreterLog::turnTo(State next, Nanoseconds at, int line) noexcept
-{
-    const std::uint64_t count = m_count.load(std::memory_order_relaxed);
-    auto& words = m_moments[count % capacity].words;
-    put(words[At], at);
-    put(words[DoingAndLine], static_cast<int>(next.doing) + (lineUnit * line));
-    put(words[Number], static_cast<std::int64_t>(next.number));
-    m_count.store(count + 1, std::memory_order_release);
-    return std::exchange(m_state, next);
 }
 
 /// From that moment to the one after it, which there has to be.

@@ -32,7 +32,16 @@ public:
 
     /// \param line of what it turns away from; 0 where nobody knows
     /// \returns what it was at, for the turn back
-    State turnTo(State next, Nanoseconds at, int line = 0) noexcept;
+    State turnTo(State next, Nanoseconds at, int line = 0) noexcept
+    {
+        const std::uint64_t count = m_count.load(std::memory_order_relaxed);
+        auto& words = m_moments[count % capacity].words;
+        put(words[At], at);
+        put(words[DoingAndLine], static_cast<int>(next.doing) + (lineUnit * line));
+        put(words[Number], static_cast<std::int64_t>(next.number));
+        m_count.store(count + 1, std::memory_order_release);
+        return std::exchange(m_state, next);
+    }
 
     /// What it was at from `from` on until now, without a gap, the oldest first. What the log does not hold any
     /// more is `Unknown`. Of callbacks only the number is told.
@@ -50,6 +59,13 @@ private:
     struct Moment {
         mutable std::array<std::int64_t, Number + 1> words; // used as atomics
     };
+
+    static constexpr std::int64_t lineUnit = 16;
+
+    static void put(std::int64_t& word, std::int64_t value)
+    {
+        std::atomic_ref(word).store(value, std::memory_order_release);
+    }
 
     Activity beginningAt(std::uint64_t moment) const;
     bool isHeld(std::uint64_t moment) const { return moment + capacity > count(); }

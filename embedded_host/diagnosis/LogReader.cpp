@@ -40,11 +40,11 @@ bool LogReader::isDone(Open& open)
     }
     open.isQueued = firing->stage == Stage::Queued || firing->stage == Stage::Dropped;
     m_news.waiting += firing->stage == Stage::Waiting ? 1 : 0;
-    if (!open.isHandedOver && firing->taken != 0 && firing->passedOn != 0) {
+    if (!open.isHandedOver && firing->taken != 0) {
         open.isHandedOver = true;
         m_news.handedOver.push_back(*firing);
     }
-    const bool isOver = tovrinhost::isOver(firing->stage) && firing->passedOn != 0;
+    const bool isOver = tovrinhost::isOver(firing->stage);
     if (isOver && !isForNobody(*firing)) {
         m_news.over.push_back(*firing);
     }

@@ -153,7 +153,7 @@ std::string TraceLines::firing(const Firing& firing, int track, const std::strin
     event.number("reason", static_cast<int>(firing.reason)).number("queued", firing.wasQueued ? 1 : 0);
     event.number("due", sinceBeginning(firing.due)).moment("firstDue", firing.firstDue);
     event.moment("dispatched", firing.dispatched).moment("taken", firing.taken);
-    event.moment("passedOn", firing.passedOn).moment("started", firing.started).moment("ended", firing.ended);
+    event.moment("started", firing.started).moment("ended", firing.ended);
     event.number("run", firing.run).number("missed", firing.missed).number("within", firing.within);
     text += event.end();
     if (hasRun && firing.dispatched != 0) {
@@ -171,14 +171,14 @@ std::string TraceLines::dispatch(const Firing& firing, const std::string& timer)
 {
     return Event(*this, trace::dispatch)
         .at(firing.dispatched)
-        .until(firing.dispatched, firing.passedOn)
+        .until(firing.dispatched, firing.taken)
         .on(firing.wasQueued ? trace::Scheduler : trace::Interpreter)
         .name("dispatch " + timer)
         .arguments()
         .number("number", firing.number)
         .number("queued", firing.wasQueued ? 1 : 0)
         .number("from", sinceBeginning(firing.dispatched))
-        .number("to", sinceBeginning(firing.passedOn))
+        .number("to", sinceBeginning(firing.taken))
         .end();
 }
 

@@ -168,7 +168,6 @@ std::optional<Firing> readFiring(std::string_view line)
     firing.firstDue = arguments.number("firstDue");
     firing.dispatched = arguments.number("dispatched");
     firing.taken = arguments.number("taken");
-    firing.passedOn = arguments.number("passedOn");
     firing.started = arguments.number("started");
     firing.ended = arguments.number("ended");
     firing.run = static_cast<std::uint64_t>(arguments.number("run"));

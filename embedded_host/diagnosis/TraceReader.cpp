@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <charconv>
 #include <fstream>
+#include <limits>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
@@ -79,12 +80,24 @@ private:
     std::size_t m_number = 0;
 };
 
-/// The moment at which an event begins, which stands behind the beginning of its line, in microseconds.
-double beginningOf(std::string_view line, std::string_view kind)
+/// From when to when an event goes, in microseconds, as it stands behind the beginning of its line.
+struct Span {
+    double from = 0;
+    double to = 0;
+};
+
+Span spanOf(std::string_view line, std::string_view kind)
 {
-    double microseconds = 0;
-    std::from_chars(line.data() + kind.size(), line.data() + line.size(), microseconds);
-    return microseconds;
+    constexpr std::string_view duration = ",\"dur\":";
+    Span span;
+    const char* const end = line.data() + line.size();
+    const char* const next = std::from_chars(line.data() + kind.size(), end, span.from).ptr;
+    double length = 0;
+    if (line.substr(static_cast<std::size_t>(next - line.data())).starts_with(duration)) {
+        std::from_chars(next + duration.size(), end, length);
+    }
+    span.to = span.from + length;
+    return span;
 }
 
 } // namespace
@@ -140,17 +153,23 @@ void TraceReader::take(const Firing& firing, std::size_t most)
 
 void TraceReader::readCircumstances(const TraceQuestion& question)
 {
-    double last = 0; // nobody wants to know of what began later
+    // Nobody wants to know of what was over before the first of them was due, or began after the last had started.
+    Span span { std::numeric_limits<double>::max(), 0 };
     for (const Wanted& wanted : m_wanted) {
-        last = std::max(last, static_cast<double>(wanted.firing.started) / 1e3);
+        span.from = std::min(span.from, static_cast<double>(wanted.firing.due) / 1e3);
+        span.to = std::max(span.to, static_cast<double>(wanted.firing.started) / 1e3);
     }
+    const auto isWithin = [&span](std::string_view line, std::string_view kind) {
+        const auto [from, to] = spanOf(line, kind);
+        return from <= span.to && to >= span.from;
+    };
     Lines lines(question.file);
     while (lines.next() && m_pieces < mostPieces) {
-        if (lines.is(trace::dispatch) && beginningOf(lines.line(), trace::dispatch) <= last) {
+        if (lines.is(trace::dispatch) && isWithin(lines.line(), trace::dispatch)) {
             if (const auto event = lines.read(readDispatch)) {
                 addDispatch(*event);
             }
-        } else if (lines.is(trace::activity) && beginningOf(lines.line(), trace::activity) <= last) {
+        } else if (lines.is(trace::activity) && isWithin(lines.line(), trace::activity)) {
             if (const auto activity = lines.read(readActivity)) {
                 addActivity(*activity);
             }

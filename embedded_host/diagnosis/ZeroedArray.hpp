@@ -8,23 +8,30 @@
 
 namespace tovrinhost {
 
-struct FreeMemory {
-    void operator()(void* memory) const { std::free(memory); }
+/// Gives a block of memory back, wherever in it the elements begin.
+struct FreeBlock {
+    void* block = nullptr;
+
+    void operator()(const void* /*elements*/) const { std::free(block); }
 };
 
-template <typename Element> using ZeroedArray = std::unique_ptr<Element[], FreeMemory>; // NOLINT(*-avoid-c-arrays)
+template <typename Element> using ZeroedArray = std::unique_ptr<Element[], FreeBlock>; // NOLINT(*-avoid-c-arrays)
 
-/// Elements of zeros. The system gives the memory as it is used, page by page.
+/// Elements of zeros, in cache lines of their own. The system gives the memory as it is used, page by page.
 /// \throws std::bad_alloc
 template <typename Element> ZeroedArray<Element> makeZeroed(std::size_t count)
 {
     static_assert(std::is_trivially_default_constructible_v<Element>);
     static_assert(std::is_trivially_destructible_v<Element>);
-    auto* const elements = static_cast<Element*>(std::calloc(count, sizeof(Element)));
-    if (elements == nullptr) {
+    constexpr std::size_t line = 64;
+    std::size_t size = (count * sizeof(Element)) + line;
+    void* const block = std::calloc(size, 1);
+    if (block == nullptr) {
         throw std::bad_alloc();
     }
-    return ZeroedArray<Element>(elements);
+    void* elements = block;
+    std::align(line, count * sizeof(Element), elements, size);
+    return ZeroedArray<Element>(static_cast<Element*>(elements), FreeBlock { block });
 }
 
 } // namespace tovrinhost

@@ -39,7 +39,7 @@ template <typename PushOne> void pushElements(lua_State* state, std::size_t coun
 void pushRecord(lua_State* state, const detail::StructElements& records, std::size_t index)
 {
     // With room for what the host adds to an event.
-    lua_createtable(state, 0, static_cast<int>(records.fieldNames.size()) + 4);
+    lua_createtable(state, 0, static_cast<int>(records.fieldNames.size()) + 2);
     auto value = records.values.begin() + static_cast<std::ptrdiff_t>(index * records.fieldNames.size());
     for (const std::string& field : records.fieldNames) {
         pushText(state, field);

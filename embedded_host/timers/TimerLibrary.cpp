@@ -2,6 +2,7 @@
 
 #include "embedded_host/engine/LuaArrays.hpp"
 #include "embedded_host/engine/LuaFunction.hpp"
+#include "embedded_host/timers/EventObject.hpp"
 #include "embedded_host/timers/TimerObject.hpp"
 #include "embedded_host/timers/TimerProperties.hpp"
 
@@ -28,27 +29,13 @@ return function(object, callback, _, event)
 end
 )lua";
 
-double toSeconds(Nanoseconds span)
-{
-    return static_cast<double>(span) / 1e9;
-}
-
-/// prepare(timer, callback, event): event.Time is seconds since 1970, with their fraction; event.Due is one of
-/// `now`'s seconds, event.Lateness seconds since then, and event.Missed a number of firings. Gives the function.
+/// prepare(timer, callback, event): event.Time is seconds since 1970, with their fraction; gives the function.
 int prepareCallback(lua_State* state)
 {
     const auto time = std::chrono::system_clock::now().time_since_epoch();
     lua_pushnumber(state, std::chrono::duration<double>(time).count());
     lua_setfield(state, 3, "Time");
-    Diagnosis& diagnosis = timersOf(state).diagnosis();
-    if (const FiringLog::Beginning& beginning = diagnosis.latest(); beginning.due != 0) {
-        lua_pushnumber(state, toSeconds(beginning.due - diagnosis.log().beginning()));
-        lua_setfield(state, 3, "Due");
-        lua_pushnumber(state, toSeconds(beginning.lateness()));
-        lua_setfield(state, 3, "Lateness");
-        lua_pushinteger(state, static_cast<lua_Integer>(beginning.missed));
-        lua_setfield(state, 3, "Missed");
-    }
+    joinToFiring(state, 3, timersOf(state).diagnosis().latest().number);
     return pushCallback(state);
 }
 
@@ -80,7 +67,7 @@ int monotonicSeconds(lua_State* state)
 {
     // Counted from the beginning of the script, so that the seconds have many digits behind the point.
     const FiringLog& log = timersOf(state).diagnosis().log();
-    lua_pushnumber(state, toSeconds(log.now() - log.beginning()));
+    lua_pushnumber(state, static_cast<double>(log.now() - log.beginning()) / 1e9);
     return 1;
 }
 
@@ -119,6 +106,7 @@ void openTimerLibrary(Interpreter& interpreter, TimerSet& timers, int& exitCode)
 {
     interpreter.protect([&](lua_State* state) {
         openTimerObjects(state, timers);
+        openEvents(state);
         timers.engine().loop().setObserver(&timers.diagnosis().follower());
         lua_register(state, "timer", luaFunction<newTimerObject>);
         lua_register(state, "timers", luaFunction<liveTimers>);

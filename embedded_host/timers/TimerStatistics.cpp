@@ -10,7 +10,7 @@ void setCount(lua_State* state, const char* name, std::uint64_t count)
     lua_setfield(state, -2, name);
 }
 
-void setSeconds(lua_State* state, const char* name, Nanoseconds span)
+void setSecondsField(lua_State* state, const char* name, Nanoseconds span)
 {
     lua_pushnumber(state, static_cast<double>(span) / 1e9);
     lua_setfield(state, -2, name);
@@ -31,10 +31,10 @@ void pushStatistics(lua_State* state, const ScriptTimer& timer, Diagnosis& diagn
     lua_setfield(state, -2, "Busy");
 
     lua_createtable(state, 0, 4);
-    setSeconds(state, "Last", firings.lastLateness);
-    setSeconds(state, "Median", percentile(latenesses, 50));
-    setSeconds(state, "P99", percentile(latenesses, 99));
-    setSeconds(state, "Max", firings.mostLateness);
+    setSecondsField(state, "Last", firings.lastLateness);
+    setSecondsField(state, "Median", percentile(latenesses, 50));
+    setSecondsField(state, "P99", percentile(latenesses, 99));
+    setSecondsField(state, "Max", firings.mostLateness);
     lua_setfield(state, -2, "Lateness");
 }
 

@@ -68,7 +68,7 @@ TEST_F(ExplanationTextTest, AFiringThatMakesUpForDroppedOnesTellsOfThem)
 
     EXPECT_EQ(m_words.of(explain(firing, {})),
         "poll run 17 (FixedRate, Drop, 0.1 s) due 1.700 started 1.701 late 1.0 ms, and failed\n"
-        "    instead of the firing due 1.400, which was dropped: run 16 was still running; 3 firings in a row "
+        "    instead of the firing due 1.400, which was dropped: run 16 had not ended; 3 firings in a row "
         "missed\n"
         "        1.000 ms 100.0 %  the interpreter, on its way from one callback to the next\n");
 }
@@ -127,7 +127,7 @@ TEST_F(ExplanationTextTest, AFiringThatHasNotStartedTellsWhatItWaitsFor)
 
     firing.stage = Stage::Dropped;
     firing.missed = 1;
-    EXPECT_EQ(waitsFor(standing), "run 16 was still running; 1 firing missed so far\n");
+    EXPECT_EQ(waitsFor(standing), "run 16 had not ended; 1 firing missed so far\n");
 
     firing.stage = Stage::Waiting;
     standing.activity.doing = Doing::Script;

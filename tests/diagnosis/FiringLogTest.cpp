@@ -58,7 +58,6 @@ TEST_F(FiringLogTest, AFiringIsFollowedFromTheQueueToTheEndOfItsCallback)
     EXPECT_EQ(firing->due, 100 * ms);
     EXPECT_EQ(firing->dispatched, 101 * ms);
     EXPECT_EQ(firing->taken, 102 * ms);
-    EXPECT_EQ(firing->passedOn, 103 * ms);
     EXPECT_EQ(firing->started, 110 * ms);
     EXPECT_EQ(firing->ended, 115 * ms);
     EXPECT_EQ(firing->run, 17U);
@@ -172,6 +171,7 @@ TEST_F(FiringLogTest, TheOldestFallOutAndOneThatWaitedForSoLongGetsANewPlace)
     EXPECT_FALSE(m_log.at(1));
     EXPECT_EQ(m_log.at(2)->number, 2U);
 
+    at(1);
     m_log.dispatched(work(1, 1, 100));
 
     EXPECT_EQ(m_log.find(1)->stage, Stage::Dispatched);

@@ -78,6 +78,7 @@ TEST_F(InquiryTest, AFiringThatTheSchedulerCameToLateWasBehindTheOthers)
     m_log.queued(work(4, 1, 10));
     m_log.dispatched(work(3, 1, 10));
     at(15);
+    m_log.hostHasIt();
     m_log.handedOver(work(3, 1, 10));
     m_log.dispatched(work(4, 1, 10));
     m_log.hostHasIt();
@@ -93,6 +94,7 @@ TEST_F(InquiryTest, AFiringThatTheSchedulerCameToLateWasBehindTheOthers)
 TEST_F(InquiryTest, WhatWaitsForAScriptThatDoesNotPauseIsToldSo)
 {
     m_log.interpreter().turnTo({ Doing::Script, 0 }, 0);
+    at(1);
     hand(work(1, 1, 0));
     hand(work(2, 1, 0));
     at(700);
@@ -113,7 +115,7 @@ TEST_F(InquiryTest, AFiringThatIsBeingDroppedTellsHowManyAreMissed)
     at(310);
 
     EXPECT_EQ(latestText(1),
-        "poll next run (FixedRate, Drop, 0.1 s) due 0.101 has not started: run 4 was still running; 3 firings in "
+        "poll next run (FixedRate, Drop, 0.1 s) due 0.101 has not started: run 4 had not ended; 3 firings in "
         "a "
         "row missed so far\n");
 }

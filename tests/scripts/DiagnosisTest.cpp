@@ -118,7 +118,7 @@ print(delayed:explain())
     const auto all = lines(withoutNumbers(outcome.out));
     EXPECT_THAT(all,
         ElementsAre("delayed next run (SingleShot) due N has not started: start delay until N",
-            "dropping next run (FixedRate, Drop, N s) due N has not started: run 1 was still running; 3 firings "
+            "dropping next run (FixedRate, Drop, N s) due N has not started: run 1 had not ended; 3 firings "
             "in a "
             "row missed so far",
             "delayed next run (SingleShot) due N never ran: its timer was stopped, or had an error"));

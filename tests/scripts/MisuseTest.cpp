@@ -32,7 +32,7 @@ const std::string settable
       "TimerFcn, StartFcn, StopFcn, ErrorFcn";
 const std::string readable = settable
     + ", Running, TasksExecuted, InstantPeriod, AveragePeriod, LastError; the methods are start, stop, wait, "
-      "delete";
+      "delete, explain, statistics";
 
 TEST_F(MisuseTest, AnUnknownPropertyIsNamedWithThoseThatThereAre)
 {
