@@ -14,7 +14,7 @@ namespace {
 using Line = TopView::Line;
 
 /// Wide enough for what usually stands there; what is wider is cut off.
-constexpr std::array<std::size_t, columnCount> columnWidths { 16, 7, 24, 9, 8, 9, 8, 10, 8, 8, 6, 7, 7 };
+constexpr std::array<std::size_t, columnCount> columnWidths { 16, 7, 24, 9, 8, 9, 8, 11, 8, 8, 7, 8, 8 };
 
 const char* const helpText = R"(left, right  sort by the column before, or after
 r            reverse the order
@@ -49,12 +49,28 @@ void addWrapped(std::vector<Line>& lines, const std::string& text, std::size_t w
     }
 }
 
-/// A row of the table, each cell in its place. What does not fit into the width is left out.
-Line rowLine(const std::array<std::string, columnCount>& cells, Line::Style style, std::size_t width)
+/// Where the columns after the timer's name begin, so that one of them is seen in this width.
+std::size_t firstColumnFor(std::size_t seen, std::size_t width)
+{
+    std::size_t end = columnWidths.front(); // of the one to be seen
+    for (std::size_t column = 1; column <= seen; ++column) {
+        end += columnWidths.at(column) + 1;
+    }
+    std::size_t first = 1;
+    for (; first < seen && end > width; ++first) {
+        end -= columnWidths.at(first) + 1;
+    }
+    return first;
+}
+
+/// A row of the table, each cell in its place: the timer's name, and the columns from the first one on as far as
+/// they fit into the width.
+Line rowLine(
+    const std::array<std::string, columnCount>& cells, Line::Style style, std::size_t first, std::size_t width)
 {
     Line line { style, {} };
     std::size_t begin = 0;
-    for (std::size_t column = 0; column < columnCount && begin < width; ++column) {
+    for (std::size_t column = 0; column < columnCount && begin < width; column = std::max(column + 1, first)) {
         const std::size_t room = std::min(columnWidths.at(column), width - begin);
         const std::string text = firstCharacters(cells.at(column), room);
         const std::size_t indent = columnHeads.at(column).isText ? 0 : room - characterCount(text);
@@ -223,7 +239,8 @@ void TopView::drawTable(std::vector<Line>& lines, std::size_t width, std::size_t
         cells.at(column)
             = (isSorted ? (m_isReversed ? "v" : "^") : "") + std::string(columnHeads.at(column).title);
     }
-    lines.push_back(rowLine(cells, Line::Head, width));
+    const std::size_t first = firstColumnFor(static_cast<std::size_t>(m_sortedBy), width);
+    lines.push_back(rowLine(cells, Line::Head, first, width));
     m_rows = height > others ? height - others : 1;
     const auto selected = static_cast<std::size_t>(m_selectedPlace);
     m_firstRow = std::clamp(m_firstRow, selected < m_rows ? 0 : selected - m_rows + 1, selected);
@@ -235,7 +252,7 @@ void TopView::drawTable(std::vector<Line>& lines, std::size_t width, std::size_t
         for (std::size_t column = 0; column < columnCount; ++column) {
             cells.at(column) = cellOf(m_shown[row], static_cast<Column>(column), m_status.now);
         }
-        lines.push_back(rowLine(cells, row == selected ? Line::Selected : Line::Plain, width));
+        lines.push_back(rowLine(cells, row == selected ? Line::Selected : Line::Plain, first, width));
     }
     lines.push_back(plainLine(firstCharacters(lastLine(), width)));
 }

@@ -32,8 +32,8 @@ constexpr std::size_t mostClients = 8;
 constexpr int mostThatWait = 8;
 constexpr std::chrono::seconds longestStay { 2 };
 constexpr int restForWork = 19; // so many times as long
-constexpr std::chrono::nanoseconds longestRest = milliseconds(500);
-constexpr milliseconds restWithoutDescriptors { 100 };
+constexpr std::chrono::nanoseconds longestRest = milliseconds(950);
+constexpr milliseconds restForLack { 100 };
 
 /// What this thread has worked so far.
 std::chrono::nanoseconds workedSoFar()
@@ -118,16 +118,21 @@ private:
         setCurrentThreadName("status");
         while (!mayEnd(m_rest)) {
             const auto before = workedSoFar();
-            std::chrono::nanoseconds atLeast {};
-            try {
-                atLeast = serve();
-            } catch (...) {
-                // No memory, as a rule: nobody is owed an answer.
-                m_clients.clear();
-            }
+            const auto atLeast = serveOrGiveUp();
             m_rest = std::clamp((workedSoFar() - before) * restForWork, atLeast, longestRest);
         }
         m_clients.clear();
+    }
+
+    std::chrono::nanoseconds serveOrGiveUp() noexcept
+    {
+        try {
+            return serve();
+        } catch (...) {
+            // No memory, as a rule: nobody is owed an answer.
+            m_clients.clear();
+            return restForLack;
+        }
     }
 
     /// \returns whether it is to end; after that rest, if not
@@ -159,6 +164,7 @@ private:
         const int limit = m_clients.empty() ? -1 : static_cast<int>(std::max<std::int64_t>(0, left.count()));
         poll(awaited.data(), awaited.size(), limit);
         const auto now = Clock::now();
+        m_hasAnswered = false;
         std::size_t place = 0;
         std::erase_if(m_clients, [&](Client& client) {
             const bool hasNews = awaited[++place].revents != 0;
@@ -173,7 +179,7 @@ private:
             Descriptor connection(accept4(*m_listener, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
             if (!connection) {
                 const bool isNobodyThere = errno == EAGAIN || errno == ECONNABORTED || errno == EINTR;
-                return isNobodyThere ? milliseconds::zero() : restWithoutDescriptors;
+                return isNobodyThere ? milliseconds::zero() : restForLack;
             }
             if (platform::isOfThisUser(connection)) {
                 m_clients.push_back({ std::move(connection), now + longestStay, {}, {}, 0 });
@@ -185,7 +191,11 @@ private:
     /// Goes on with a client as far as can be without waiting.
     bool isDoneWith(Client& client)
     {
-        return client.isAnswered() ? hasSaidAll(client) : hasHungUpOrTalksTooMuch(client) || hasSaidAll(client);
+        if (client.isAnswered()) {
+            return hasSaidAll(client);
+        }
+        // One answer at a time, with a rest after it: so none can be late by more than the others' rests.
+        return !m_hasAnswered && hasHungUpOrTalksTooMuch(client);
     }
 
     bool hasHungUpOrTalksTooMuch(Client& client)
@@ -198,6 +208,7 @@ private:
         client.request.append(piece.data(), static_cast<std::size_t>(now));
         const std::size_t end = client.request.find('\n');
         if (end < protocol::longestRequest) {
+            m_hasAnswered = true;
             client.answer = m_answer(std::string_view(client.request).substr(0, end));
             return false;
         }
@@ -206,9 +217,6 @@ private:
 
     static bool hasSaidAll(Client& client)
     {
-        if (client.answer.empty()) {
-            return false;
-        }
         const ssize_t now = send(*client.connection, client.answer.data() + client.said,
             client.answer.size() - client.said, MSG_NOSIGNAL | MSG_DONTWAIT);
         if (now < 0) {
@@ -223,6 +231,7 @@ private:
     const Descriptor m_listener;
     const Descriptor m_ends;
     std::vector<Client> m_clients; // only for the thread, like the next
+    bool m_hasAnswered = false; // in this round
     std::chrono::nanoseconds m_rest {};
     std::thread m_thread;
 };
