@@ -3,6 +3,8 @@
 #include "bench/peers/UvLoop.hpp"
 #include "bench/scenarios/Firings.hpp"
 #include "bench/scenarios/Scenarios.hpp"
+#include "timer_src/main/TimerObserver.hpp"
+#include "timer_src/main/TimerScheduler.hpp"
 
 #include <boost/asio/steady_timer.hpp>
 
@@ -69,6 +71,24 @@ Values libraryCost(const Load& load, milliseconds time, Engines engines = Engine
         start(timers.back());
     }
     return observe(scheduler.thread(), taken, load, first, time);
+}
+
+/// Takes note of nothing.
+class EmptyObserver final : public tovrintimer::TimerObserver {
+public:
+    void queued(const tovrintimer::ObservedWork& /*work*/) noexcept override { }
+    void dispatched(const tovrintimer::ObservedWork& /*work*/) noexcept override { }
+    void handedOver(const tovrintimer::ObservedWork& /*work*/) noexcept override { }
+    void dropped(const tovrintimer::ObservedWork& /*work*/, tovrintimer::DropReason /*why*/) noexcept override { }
+};
+
+Values observedCost(const Load& load, milliseconds time)
+{
+    static EmptyObserver observer; // a thread may be about to tell it something, whenever it is taken away
+    tovrintimer::TimerScheduler::setObserver(&observer);
+    const Values values = libraryCost(load, time);
+    tovrintimer::TimerScheduler::setObserver(nullptr);
+    return values;
 }
 
 /// A timer that is due again a period after it was due.
@@ -143,6 +163,13 @@ Measurement costOfScale(const Load& load, milliseconds time)
             { "Asio", [=] { return asioCost(load, time); } } } };
 }
 
+Measurement costOfObserver(const Load& load, milliseconds time)
+{
+    return { load.name(), { { "per firing", "us", { { 1.03, "unobserved" } } }, { "dispatched of due", "%" } },
+        { { "observed", [=] { return observedCost(load, time); } },
+            { "unobserved", [=] { return libraryCost(load, time); } } } };
+}
+
 } // namespace
 
 std::vector<Measurement> costPerFiring(const Pace& pace)
@@ -168,6 +195,17 @@ std::vector<Measurement> scale(const Pace& pace)
         { usual.name() + ", an engine each", figuresWithoutLimits,
             { { "library", [=] { return libraryCost(usual, time, Engines::OneEach); } },
                 { "one engine", [=] { return libraryCost(usual, time); } } } },
+    };
+}
+
+std::vector<Measurement> observed(const Pace& pace)
+{
+    const auto time = pace.time(1000ms);
+    return {
+        costOfObserver({ 1, 10ms }, time),
+        costOfObserver({ 10, 10ms }, time),
+        costOfObserver({ 100, 10ms }, time),
+        costOfObserver({ 1000, 10ms }, time),
     };
 }
 

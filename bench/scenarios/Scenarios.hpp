@@ -24,9 +24,10 @@ struct Scenario {
 
 const std::vector<Scenario>& scenarios();
 
-// One file each; the first two share theirs.
+// One file each; the first three share theirs.
 std::vector<Measurement> costPerFiring(const Pace& pace);
 std::vector<Measurement> scale(const Pace& pace);
+std::vector<Measurement> observed(const Pace& pace);
 std::vector<Measurement> stopAndStart(const Pace& pace);
 std::vector<Measurement> lateness(const Pace& pace);
 std::vector<Measurement> drop(const Pace& pace);

@@ -1,5 +1,6 @@
 #include "embedded_host/diagnosis/FiringLog.hpp"
 
+#include <algorithm>
 #include <chrono>
 #include <limits>
 
@@ -13,7 +14,7 @@ namespace {
 /// What is being dispatched on this thread, until the library is done with it.
 struct Dispatch {
     std::uint64_t number = 0; ///< 0: nothing
-    FiringSlot* slot = nullptr;
+    DispatchSlot* slot = nullptr;
 };
 
 thread_local Dispatch dispatchedHere;
@@ -36,7 +37,8 @@ Nanoseconds FiringLog::steadyClock() noexcept
 FiringLog::FiringLog(Clock clock)
     : m_clock(clock)
     , m_beginning(clock())
-    , m_slots(makeZeroed<FiringSlot>(capacity))
+    , m_dispatches(makeZeroed<DispatchSlot>(capacity))
+    , m_callbacks(makeZeroed<CallbackSlot>(capacity))
     , m_places(makeZeroed<std::uint64_t>(capacity))
 {
 }
@@ -47,8 +49,8 @@ FiringLog::~FiringLog() = default;
 
 void FiringLog::queued(const ObservedWork& work) noexcept
 {
-    if (FiringSlot* const slot = slotOfChain(work)) {
-        slot->set(FiringSlot::Due, dueOf(work));
+    if (DispatchSlot* const slot = slotOfChain(work)) {
+        slot->set(DispatchSlot::Due, dueOf(work));
     } else {
         newSlot(work, true);
     }
@@ -56,16 +58,10 @@ void FiringLog::queued(const ObservedWork& work) noexcept
 
 void FiringLog::dispatched(const ObservedWork& work) noexcept
 {
-    FiringSlot* slot = slotOf(work.number);
-    if (slot == nullptr) {
-        slot = slotOfChain(work);
-    }
-    if (slot == nullptr) {
-        slot = &newSlot(work, false);
-    }
-    slot->set(FiringSlot::Due, dueOf(work)); // it may have been hastened
-    slot->set(FiringSlot::Dispatched, m_clock());
-    dispatchedHere = { work.number, slot };
+    DispatchSlot& slot = slotFor(work);
+    slot.set(DispatchSlot::Due, dueOf(work)); // it may have been hastened
+    slot.set(DispatchSlot::Dispatched, m_clock());
+    dispatchedHere = { work.number, &slot };
 }
 
 void FiringLog::handedOver(const ObservedWork& /*work*/) noexcept
@@ -76,73 +72,67 @@ void FiringLog::handedOver(const ObservedWork& /*work*/) noexcept
 void FiringLog::dropped(const ObservedWork& work, DropReason why) noexcept
 {
     dispatchedHere = {};
-    FiringSlot* slot = slotOf(work.number);
-    if (slot == nullptr) {
-        slot = slotOfChain(work);
-    }
-    if (slot == nullptr) {
-        slot = &newSlot(work, false);
-    }
+    DispatchSlot& slot = slotFor(work);
     if (why != DropReason::BusyModeDrop) {
-        slot->set(FiringSlot::Ended, m_clock());
-        slot->setOutcome(Stage::Refused, why);
+        const auto place = static_cast<std::uint64_t>(slot.get(DispatchSlot::Place));
+        callbackAt(place).begin(place, 0, 0, 0, 0);
+        callbackAt(place).end(m_clock(), Stage::Refused, why);
         return;
     }
-    if (slot->get(FiringSlot::FirstDue) == 0) {
-        slot->set(FiringSlot::FirstDue, dueOf(work));
+    if (slot.get(DispatchSlot::FirstDue) == 0) {
+        slot.set(DispatchSlot::FirstDue, dueOf(work));
     }
-    slot->set(FiringSlot::Dispatched, 0);
+    slot.set(DispatchSlot::Dispatched, 0);
 }
 
 // ---- The host
 
-std::uint64_t FiringLog::hostHasIt() noexcept
+void FiringLog::hostHasIt(TaskNote& note) noexcept
 {
     const auto [number, slot] = dispatchedHere;
-    if (number != 0) {
-        slot->set(FiringSlot::Taken, m_clock());
+    if (number == 0) {
+        return;
     }
-    return number;
+    note.number = number;
+    note.place = static_cast<std::uint64_t>(slot->get(DispatchSlot::Place));
+    note.due = slot->get(DispatchSlot::Due);
+    if (const Nanoseconds firstDue = slot->get(DispatchSlot::FirstDue); firstDue != 0) {
+        note.sinceDrop = std::max<Nanoseconds>(1, slot->get(DispatchSlot::Dispatched) - firstDue);
+    }
+    slot->set(DispatchSlot::Taken, m_clock());
 }
 
-void FiringLog::discarded(std::uint64_t number) noexcept
+void FiringLog::discarded(const TaskNote& note) noexcept
 {
-    if (FiringSlot* const slot = slotOf(number)) {
-        slot->set(FiringSlot::Ended, m_clock());
-        slot->setOutcome(Stage::Discarded);
+    if (note.place != 0) {
+        callbackAt(note.place).begin(note.place, 0, 0, 0, 0);
+        callbackAt(note.place).end(m_clock(), Stage::Discarded);
     }
 }
 
 FiringLog::Beginning FiringLog::callbackBegins(
-    std::uint64_t number, std::uint64_t run, Nanoseconds period) noexcept
+    const TaskNote& note, std::uint64_t run, Nanoseconds period) noexcept
 {
-    Beginning beginning { number, 0, m_clock(), 0 };
-    const InterpreterLog::State outer = m_interpreter.turnTo({ Doing::Callback, number }, beginning.started);
-    FiringSlot* const slot = slotOf(number);
-    if (slot == nullptr) {
-        return beginning;
+    Beginning beginning { note.number, note.due, m_clock(), 0 };
+    const InterpreterLog::State outer = m_interpreter.turnTo({ Doing::Callback, note.number }, beginning.started);
+    if (note.sinceDrop != 0) {
+        beginning.missed = missedFirings(note.sinceDrop, period);
     }
-    beginning.due = slot->get(FiringSlot::Due);
-    if (const Nanoseconds firstDue = slot->get(FiringSlot::FirstDue); firstDue != 0) {
-        beginning.missed = missedFirings(firstDue, slot->get(FiringSlot::Dispatched), period);
-        slot->set(FiringSlot::Missed, static_cast<std::int64_t>(beginning.missed));
+    if (note.place != 0) {
+        callbackAt(note.place).begin(note.place, beginning.started, run, beginning.missed, outer.number);
     }
-    slot->set(FiringSlot::Started, beginning.started);
-    slot->set(FiringSlot::Run, static_cast<std::int64_t>(run));
-    slot->set(FiringSlot::Within, static_cast<std::int64_t>(outer.number));
     return beginning;
 }
 
-Nanoseconds FiringLog::callbackEnds(std::uint64_t number, bool hasFailed) noexcept
+Nanoseconds FiringLog::callbackEnds(const TaskNote& note, bool hasFailed) noexcept
 {
     const Nanoseconds now = m_clock();
     Nanoseconds took = 0;
     std::uint64_t within = 0;
-    if (FiringSlot* const slot = slotOf(number)) {
-        slot->set(FiringSlot::Ended, now);
-        slot->setOutcome(hasFailed ? Stage::Failed : Stage::Done);
-        took = now - slot->get(FiringSlot::Started);
-        within = static_cast<std::uint64_t>(slot->get(FiringSlot::Within));
+    if (CallbackSlot& slot = callbackAt(note.place); note.place != 0 && slot.isAt(note.place)) {
+        slot.end(now, hasFailed ? Stage::Failed : Stage::Done);
+        took = now - slot.get(CallbackSlot::Started);
+        within = static_cast<std::uint64_t>(slot.get(CallbackSlot::Within));
     }
     m_interpreter.turnTo({ Doing::Host, within }, now);
     return took;
@@ -150,47 +140,71 @@ Nanoseconds FiringLog::callbackEnds(std::uint64_t number, bool hasFailed) noexce
 
 // ---- Whoever wants to know
 
+std::optional<Firing> FiringLog::at(std::uint64_t place) const
+{
+    const DispatchSlot& dispatch = dispatchAt(place);
+    if (place == 0 || !dispatch.isAt(place)) {
+        return std::nullopt;
+    }
+    Firing firing;
+    dispatch.readInto(firing);
+    if (const CallbackSlot& callback = callbackAt(place); callback.isAt(place)) {
+        const Firing waiting = firing;
+        callback.readInto(firing);
+        if (!callback.isAt(place)) {
+            firing = waiting;
+        }
+    }
+    return dispatch.isAt(place) ? std::optional(firing) : std::nullopt;
+}
+
 std::optional<Firing> FiringLog::find(std::uint64_t number) const
 {
-    const std::uint64_t place = std::atomic_ref(m_places[number % capacity]).load(std::memory_order_acquire);
-    const auto firing = place == 0 ? std::nullopt : at(place);
+    const auto firing = at(std::atomic_ref(m_places[number % capacity]).load(std::memory_order_acquire));
     return firing && firing->number == number ? firing : std::nullopt;
 }
 
-FiringSlot* FiringLog::slotOf(std::uint64_t number) const noexcept
+/// \returns null for number 0, and where the log does not hold it
+DispatchSlot* FiringLog::slotOf(std::uint64_t number) const noexcept
 {
     const std::uint64_t place = std::atomic_ref(m_places[number % capacity]).load(std::memory_order_acquire);
-    FiringSlot& slot = slotAt(place);
-    const bool isIt
-        = number != 0 && slot.isAt(place) && slot.get(FiringSlot::Number) == static_cast<std::int64_t>(number);
-    return isIt ? &slot : nullptr;
+    DispatchSlot& slot = dispatchAt(place);
+    return number != 0 && slot.isAt(place) && slot.number() == number ? &slot : nullptr;
 }
 
-FiringSlot& FiringLog::newSlot(const ObservedWork& work, bool isQueued) noexcept
+DispatchSlot& FiringLog::newSlot(const ObservedWork& work, bool isQueued) noexcept
 {
     const std::uint64_t place = m_count.fetch_add(1, std::memory_order_acq_rel) + 1;
-    FiringSlot& slot = slotAt(place);
+    DispatchSlot& slot = dispatchAt(place);
     slot.begin(place, work, dueOf(work), isQueued);
     std::atomic_ref(m_places[work.number % capacity]).store(place, std::memory_order_release);
     return slot;
 }
 
 /// That of the dropped firing that this one makes up for: it goes on there.
-FiringSlot* FiringLog::slotOfChain(const ObservedWork& work) noexcept
+DispatchSlot* FiringLog::slotOfChain(const ObservedWork& work) noexcept
 {
-    FiringSlot* const slot = slotOf(work.insteadOf);
+    DispatchSlot* const slot = slotOf(work.insteadOf);
     if (slot != nullptr) {
-        const auto place = static_cast<std::uint64_t>(slot->get(FiringSlot::Place));
-        slot->set(FiringSlot::Number, static_cast<std::int64_t>(work.number));
+        const auto place = static_cast<std::uint64_t>(slot->get(DispatchSlot::Place));
+        slot->setNumber(work.number);
         std::atomic_ref(m_places[work.number % capacity]).store(place, std::memory_order_release);
     }
     return slot;
 }
 
-std::uint64_t missedFirings(Nanoseconds firstDue, Nanoseconds now, Nanoseconds period)
+DispatchSlot& FiringLog::slotFor(const ObservedWork& work) noexcept
 {
-    const Nanoseconds since = now - firstDue;
-    return since < 0 || period <= 0 ? 1 : static_cast<std::uint64_t>(since / period) + 1;
+    if (DispatchSlot* const slot = slotOf(work.number)) {
+        return *slot;
+    }
+    DispatchSlot* const slot = slotOfChain(work);
+    return slot != nullptr ? *slot : newSlot(work, false);
+}
+
+std::uint64_t missedFirings(Nanoseconds sinceDrop, Nanoseconds period)
+{
+    return sinceDrop < 0 || period <= 0 ? 1 : static_cast<std::uint64_t>(sinceDrop / period) + 1;
 }
 
 } // namespace tovrinhost

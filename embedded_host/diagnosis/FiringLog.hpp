@@ -1,9 +1,10 @@
 #pragma once
 
 #include "embedded_host/diagnosis/Firing.hpp"
-#include "embedded_host/diagnosis/FiringSlot.hpp"
+#include "embedded_host/diagnosis/FiringSlots.hpp"
 #include "embedded_host/diagnosis/InterpreterLog.hpp"
 #include "embedded_host/diagnosis/ZeroedArray.hpp"
+#include "embedded_host/engine/TaskOwner.hpp"
 #include "timer_src/main/TimerObserver.hpp"
 
 #include <atomic>
@@ -22,9 +23,9 @@ namespace tovrinhost {
 ///                         -->  handedOver                  or discarded
 ///     dropped
 ///
-/// A firing's events come one after the other, but for `handedOver`, which its callback may overtake; each has
-/// words of its own to write. A firing that waits for so long that its place has been given to another gets a new
-/// one as it is dispatched.
+/// A firing's events come one after the other, but for `handedOver`, which its callback may overtake. What the
+/// interpreter thread has to know travels with the task. A firing that waits for so long that its place has been
+/// given to another gets a new one as it is dispatched.
 ///
 /// Threading: as said, and any thread reads.
 /// Lifetime: to be forgotten by the library before it goes.
@@ -47,16 +48,16 @@ public:
     // ---- The host
 
     /// The host is given the task of what was dispatched last on this thread.
-    /// \returns its number; 0 if nobody has told of it
-    std::uint64_t hostHasIt() noexcept;
+    /// \param note all but its mark is set
+    void hostHasIt(TaskNote& note) noexcept;
 
     /// The host has thrown the task away.
-    void discarded(std::uint64_t number) noexcept;
+    void discarded(const TaskNote& note) noexcept;
 
     /// What there is to know as a callback begins.
     struct Beginning {
         std::uint64_t number = 0;
-        Nanoseconds due = 0; ///< 0 if the log does not hold its firing
+        Nanoseconds due = 0; ///< 0 if nobody has told of its firing
         Nanoseconds started = 0;
         std::uint64_t missed = 0;
 
@@ -65,10 +66,10 @@ public:
 
     /// \param run of a TimerFcn, the how-manieth since the timer's start; else 0
     /// \param period what lies between two firings of its timer, for the number of those that were dropped
-    Beginning callbackBegins(std::uint64_t number, std::uint64_t run, Nanoseconds period) noexcept;
+    Beginning callbackBegins(const TaskNote& note, std::uint64_t run, Nanoseconds period) noexcept;
 
     /// \returns how long it took; 0 if the log does not hold it any more
-    Nanoseconds callbackEnds(std::uint64_t number, bool hasFailed) noexcept;
+    Nanoseconds callbackEnds(const TaskNote& note, bool hasFailed) noexcept;
 
     InterpreterLog& interpreter() { return m_interpreter; }
     const InterpreterLog& interpreter() const { return m_interpreter; }
@@ -82,26 +83,29 @@ public:
 
     /// How many firings there have been. They stand at the places from 1 on to this one; the oldest have gone.
     std::uint64_t count() const { return m_count.load(std::memory_order_acquire); }
-    std::optional<Firing> at(std::uint64_t place) const { return slotAt(place).read(place); }
+    std::optional<Firing> at(std::uint64_t place) const;
 
     std::optional<Firing> find(std::uint64_t number) const;
 
 private:
-    FiringSlot& slotAt(std::uint64_t place) const { return m_slots[place % capacity]; }
-    FiringSlot* slotOf(std::uint64_t number) const noexcept;
-    FiringSlot& newSlot(const tovrintimer::ObservedWork& work, bool isQueued) noexcept;
-    FiringSlot* slotOfChain(const tovrintimer::ObservedWork& work) noexcept;
+    DispatchSlot& dispatchAt(std::uint64_t place) const { return m_dispatches[place % capacity]; }
+    CallbackSlot& callbackAt(std::uint64_t place) const { return m_callbacks[place % capacity]; }
+    DispatchSlot* slotOf(std::uint64_t number) const noexcept;
+    DispatchSlot& newSlot(const tovrintimer::ObservedWork& work, bool isQueued) noexcept;
+    DispatchSlot* slotOfChain(const tovrintimer::ObservedWork& work) noexcept;
+    DispatchSlot& slotFor(const tovrintimer::ObservedWork& work) noexcept;
 
     const Clock m_clock;
     std::atomic<Nanoseconds> m_beginning;
-    const ZeroedArray<FiringSlot> m_slots;
+    const ZeroedArray<DispatchSlot> m_dispatches;
+    const ZeroedArray<CallbackSlot> m_callbacks; // apart, so that the interpreter's memory is its own
     const ZeroedArray<std::uint64_t> m_places; // by number, the latest of those that share one; used as atomics
     std::atomic<std::uint64_t> m_count { 0 };
     InterpreterLog m_interpreter;
 };
 
-/// How many firings a timer has missed in busy mode `Drop` where the first was due then, and the one that makes up
-/// for them is dispatched now: those whose moments have passed meanwhile.
-std::uint64_t missedFirings(Nanoseconds firstDue, Nanoseconds now, Nanoseconds period);
+/// How many firings a timer has missed in busy mode `Drop` where so much time has passed from when the first was
+/// due to the dispatch of the one that makes up for them: those whose moments have passed meanwhile.
+std::uint64_t missedFirings(Nanoseconds sinceDrop, Nanoseconds period);
 
 } // namespace tovrinhost

@@ -87,7 +87,7 @@ std::string Inquiry::text(const Firing& firing) const
     });
     Firing pending = firing;
     if (const auto description = m_timers.find(firing.timer); description && firing.firstDue != 0) {
-        pending.missed = missedFirings(firing.firstDue, standing.now, description->period);
+        pending.missed = missedFirings(standing.now - firing.firstDue, description->period);
     }
     return m_words.ofPending(pending, standing);
 }

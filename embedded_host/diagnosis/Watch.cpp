@@ -3,6 +3,7 @@
 #include "host/setCurrentThreadName.hpp"
 
 #include <chrono>
+#include <exception>
 #include <utility>
 
 namespace tovrinhost {
@@ -33,7 +34,11 @@ void Watch::run()
             std::unique_lock lock(m_mutex);
             ends = m_changed.wait_for(lock, pause, [this] { return m_ends; });
         }
-        m_tell(m_reader.read());
+        try {
+            m_tell(m_reader.read());
+        } catch (const std::exception&) {
+            // There is no memory for it: what is new goes untold, and the script runs on.
+        }
     }
 }
 

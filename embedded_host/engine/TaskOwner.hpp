@@ -11,7 +11,12 @@ namespace tovrinhost {
 /// What the owner of a task noted as it was submitted: for the owner alone, who is told of it again.
 struct TaskNote {
     int mark = 0;
-    std::uint64_t number = 0;
+
+    // By the log of firings.
+    std::uint64_t number = 0; ///< of the firing that the task belongs to; 0 if nobody has told of it
+    std::uint64_t place = 0; ///< where the log keeps it; 0: nowhere
+    std::int64_t due = 0; ///< nanoseconds of the steady clock
+    std::int64_t sinceDrop = 0; ///< from when the first that it makes up for was due to its dispatch; 0: for none
 };
 
 /// On whose behalf callback tasks are queued. Two tasks of one owner never run nested in each other, unless

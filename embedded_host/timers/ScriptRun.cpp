@@ -36,8 +36,8 @@ void ScriptRun::begin()
     m_timer->setNumOfTasksToExecute(m_settings.taskCount());
     m_timer->setBusyMode(static_cast<std::size_t>(m_settings.busyMode));
     applySettings();
-    describe();
     try {
+        describe();
         TimerScheduler::getPerTOVRINProcessInstance()->createAndStartWork(m_timer);
     } catch (...) {
         m_engine->close(0);
@@ -103,13 +103,15 @@ void ScriptRun::describe() const
 TaskNote ScriptRun::taskComes()
 {
     // In this order: what is counted has to stand before the log has it.
-    const TaskMark mark = markOfNextTask();
-    return { static_cast<int>(mark), m_surroundings.diagnosis.log().hostHasIt() };
+    TaskNote note;
+    note.mark = static_cast<int>(markOfNextTask());
+    m_surroundings.diagnosis.log().hostHasIt(note);
+    return note;
 }
 
 void ScriptRun::taskIsDropped(const TaskNote& note) noexcept
 {
-    m_surroundings.diagnosis.log().discarded(note.number);
+    m_surroundings.diagnosis.log().discarded(note);
 }
 
 TaskMark ScriptRun::markOfNextTask()
@@ -133,7 +135,7 @@ TaskMark ScriptRun::markOfNextTask()
 void ScriptRun::callbackBegins(const std::string& callback, const TaskNote& note)
 {
     auto mark = static_cast<TaskMark>(note.mark);
-    noteBeginning(callback == "TimerFcn", note.number);
+    noteBeginning(callback == "TimerFcn", note);
     if (callback == "StartFcn" && m_state == State::Starting) {
         m_state = State::Running;
     } else if (callback == "TimerFcn") {
@@ -154,24 +156,24 @@ void ScriptRun::callbackBegins(const std::string& callback, const TaskNote& note
     }
 }
 
-void ScriptRun::noteBeginning(bool isTimerFcn, std::uint64_t number)
+void ScriptRun::noteBeginning(bool isTimerFcn, const TaskNote& note)
 {
     m_timerFcns += isTimerFcn ? 1 : 0;
     const auto& beginning = m_surroundings.diagnosis.callbackBegins(
-        number, isTimerFcn ? m_timerFcns : 0, m_settings.periodNanoseconds());
+        note, isTimerFcn ? m_timerFcns : 0, m_settings.periodNanoseconds());
     if (isTimerFcn && m_owner != nullptr) {
         m_owner->statistics().timerFcnBegins(beginning.started, beginning.lateness(), beginning.missed);
     }
 }
 
-void ScriptRun::noteEnd(const std::string& callback, std::uint64_t number, bool hasFailed)
+void ScriptRun::noteEnd(const std::string& callback, const TaskNote& note, bool hasFailed)
 {
     FiringLog& log = m_surroundings.diagnosis.log();
     if (callback.empty()) {
-        log.discarded(number); // its timer has gone
+        log.discarded(note); // its timer has gone
         return;
     }
-    const Nanoseconds took = log.callbackEnds(number, hasFailed);
+    const Nanoseconds took = log.callbackEnds(note, hasFailed);
     if (m_owner != nullptr) {
         m_owner->statistics().callbackEnds(took, hasFailed);
     }
@@ -180,7 +182,7 @@ void ScriptRun::noteEnd(const std::string& callback, std::uint64_t number, bool 
 void ScriptRun::taskEnds(
     const std::string& callback, const TaskNote& note, const std::exception_ptr& error) noexcept
 {
-    noteEnd(callback, note.number, error != nullptr);
+    noteEnd(callback, note, error != nullptr);
     try {
         if (error) {
             callbackFailed(callback, error);

@@ -118,8 +118,8 @@ private:
     void applySettings();
     void describe() const;
     TaskMark markOfNextTask();
-    void noteBeginning(bool isTimerFcn, std::uint64_t number);
-    void noteEnd(const std::string& callback, std::uint64_t number, bool hasFailed);
+    void noteBeginning(bool isTimerFcn, const TaskNote& note);
+    void noteEnd(const std::string& callback, const TaskNote& note, bool hasFailed);
     void timerFcnsAreOver();
     void noteOverrun();
     void callbackFailed(const std::string& callback, const std::exception_ptr& error);

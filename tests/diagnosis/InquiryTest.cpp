@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <map>
+
 namespace tovrinhost {
 
 namespace {
@@ -26,7 +28,7 @@ protected:
     {
         m_log.queued(handed);
         m_log.dispatched(handed);
-        m_log.hostHasIt();
+        hostHasIt();
         m_log.handedOver(handed);
     }
 
@@ -37,11 +39,20 @@ protected:
     {
         hand(fired);
         at(from);
-        m_log.callbackBegins(fired.number, run, 100 * ms);
+        m_log.callbackBegins(m_notes[fired.number], run, 100 * ms);
         at(to);
-        m_log.callbackEnds(fired.number, false);
+        m_log.callbackEnds(m_notes[fired.number], false);
     }
 
+    /// \returns the number of the firing
+    std::uint64_t hostHasIt()
+    {
+        const TaskNote note = noteOf(m_log);
+        m_notes[note.number] = note;
+        return note.number;
+    }
+
+    std::map<std::uint64_t, TaskNote> m_notes; // by number
     FiringLog m_log { (madeUpNow = 0, madeUpClock) };
     TimerTable m_timers;
     Inquiry m_inquiry { m_log, m_timers };
@@ -54,13 +65,13 @@ TEST_F(InquiryTest, AFiringBehindAnotherTimersCallbackNamesItAndItsPlace)
     at(100);
     hand(work(1, 2, 100));
     at(101);
-    m_log.callbackBegins(1, 3, 100 * ms);
+    m_log.callbackBegins(m_notes[1], 3, 100 * ms);
     at(150);
     hand(work(2, 1, 150));
     at(250);
-    m_log.callbackEnds(1, false);
+    m_log.callbackEnds(m_notes[1], false);
     at(251);
-    m_log.callbackBegins(2, 17, 100 * ms);
+    m_log.callbackBegins(m_notes[2], 17, 100 * ms);
 
     EXPECT_EQ(latestText(1),
         "poll run 17 (FixedRate, Drop, 0.1 s) due 0.150 started 0.251 late 101.0 ms\n"
@@ -78,12 +89,12 @@ TEST_F(InquiryTest, AFiringThatTheSchedulerCameToLateWasBehindTheOthers)
     m_log.queued(work(4, 1, 10));
     m_log.dispatched(work(3, 1, 10));
     at(15);
-    m_log.hostHasIt();
+    hostHasIt();
     m_log.handedOver(work(3, 1, 10));
     m_log.dispatched(work(4, 1, 10));
-    m_log.hostHasIt();
+    hostHasIt();
     m_log.handedOver(work(4, 1, 10));
-    m_log.callbackBegins(4, 2, ms);
+    m_log.callbackBegins(m_notes[4], 2, ms);
 
     EXPECT_EQ(latestText(1),
         "poll run 2 (FixedRate, Drop, 0.1 s) due 0.010 started 0.015 late 5.0 ms\n"

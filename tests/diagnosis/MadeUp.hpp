@@ -30,6 +30,14 @@ inline tovrintimer::ObservedWork work(std::uint64_t number, std::int64_t timer, 
     return { number, insteadOf, timerNumber(timer), kind, due };
 }
 
+/// What the host notes of the task that it has been given.
+inline TaskNote noteOf(FiringLog& log)
+{
+    TaskNote note;
+    log.hostHasIt(note);
+    return note;
+}
+
 /// "poll" is timer 1, "hog" timer 2.
 inline TimerTable::Description describe(const TimerTable::Identity& timer)
 {

@@ -9,10 +9,10 @@ const char* whyNoControlC()
     return "a Ctrl-C comes from a console, and the tests' processes have none that they share";
 }
 
-// A Ctrl-C cannot be meant for one process; the program takes both for the same.
+// It cannot be meant for one process, and so is not sent: see above.
 void pressControlC(int process)
 {
-    GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, static_cast<DWORD>(process));
+    GenerateConsoleCtrlEvent(CTRL_C_EVENT, static_cast<DWORD>(process));
 }
 
 // The permissions that the tests take away are not those that this system asks.
