@@ -24,8 +24,8 @@ if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
     -fstack-protector-strong -fstack-clash-protection
     $<$<STREQUAL:${CMAKE_SYSTEM_PROCESSOR},x86_64>:-fcf-protection>)
   target_link_options(tovrintimer_settings INTERFACE LINKER:-z,relro,-z,now,-z,noexecstack)
-  # A library's calls of its own functions are no calls through tables: nobody is meant to put others in their place.
-  target_compile_options(tovrintimer_settings INTERFACE $<$<CXX_COMPILER_ID:GNU>:-fno-semantic-interposition>)
+  # Nobody puts functions of his own in place of a library's: its calls of itself go straight to their aims.
+  target_compile_options(tovrintimer_settings INTERFACE -fno-semantic-interposition -fno-plt)
   target_link_options(tovrintimer_settings INTERFACE LINKER:-Bsymbolic-functions)
 endif()
 

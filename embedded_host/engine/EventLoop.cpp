@@ -14,7 +14,7 @@ void EventLoop::post(When when, Work request)
     if (m_stopped) {
         return;
     }
-    m_queue.push_back({ when, std::move(request), nullptr, {}, m_arrivals++ });
+    m_arrived.push_back({ when, std::move(request), nullptr, {}, m_arrivals++ });
     raiseAttention(std::move(lock));
 }
 
@@ -24,7 +24,8 @@ void EventLoop::postUrgent(Work request)
     if (m_stopped) {
         return;
     }
-    m_queue.push_front({ When::AtEventLoop, std::move(request), nullptr, {}, m_arrivals++ });
+    m_urgent.push_back({ When::AtEventLoop, std::move(request), nullptr, {}, m_arrivals++ });
+    m_isUrgent = true;
     raiseAttention(std::move(lock));
 }
 
@@ -38,7 +39,7 @@ bool EventLoop::submit(
         owner->taskIsDropped(note);
         return false;
     }
-    m_queue.push_back({ When::AtEventLoop, std::move(task), owner, note, m_arrivals++ });
+    m_arrived.push_back({ When::AtEventLoop, std::move(task), owner, note, m_arrivals++ });
     const bool exceeds = ++owner->m_pending > limit && isOther;
     owner->m_closed = owner->m_closed || exceeds;
     if (wakes) {
@@ -52,17 +53,47 @@ void EventLoop::wake()
     raiseAttention(std::unique_lock(m_mutex));
 }
 
+/// Takes over what has arrived.
+/// \returns whether anything had
+bool EventLoop::collect()
+{
+    const std::lock_guard lock(m_mutex);
+    return collectUnderLock();
+}
+
+/// The caller holds m_mutex.
+bool EventLoop::collectUnderLock()
+{
+    if (m_arrived.empty() && m_urgent.empty()) {
+        return false;
+    }
+    if (m_waiting.empty()) {
+        m_waiting.swap(m_arrived);
+    }
+    for (; !m_arrived.empty(); m_arrived.pop_front()) {
+        m_waiting.push_back(std::move(m_arrived.front()));
+    }
+    for (; !m_urgent.empty(); m_urgent.pop_front()) {
+        m_waiting.push_front(std::move(m_urgent.front()));
+    }
+    m_isUrgent = false;
+    return true;
+}
+
 void EventLoop::close(TaskOwner& owner, std::size_t keep)
 {
-    std::vector<Entry> dropped; // destroyed after the lock is released
-    std::unique_lock lock(m_mutex);
-    owner.m_closed = true;
+    {
+        const std::lock_guard lock(m_mutex);
+        owner.m_closed = true;
+        collectUnderLock();
+    }
     if (owner.m_pending <= keep) {
         return; // else many timers that are stopped one after the other would each look at all that waits
     }
+    std::vector<Entry> dropped; // destroyed once the queue is whole again
     dropped.reserve(owner.m_pending - keep); // so that nothing fails on the way
-    auto place = m_queue.begin();
-    for (Entry& entry : m_queue) {
+    auto place = m_waiting.begin();
+    for (Entry& entry : m_waiting) {
         const bool isOfOwner = entry.owner.get() == &owner;
         if (isOfOwner && keep == 0) {
             dropped.push_back(std::move(entry));
@@ -74,43 +105,43 @@ void EventLoop::close(TaskOwner& owner, std::size_t keep)
         }
         ++place;
     }
-    m_queue.erase(place, m_queue.end());
+    m_waiting.erase(place, m_waiting.end());
     owner.m_pending -= dropped.size();
-    lock.unlock();
     for (const Entry& entry : dropped) {
         owner.taskIsDropped(entry.note);
     }
 }
 
-std::size_t EventLoop::pending(const TaskOwner& owner) const
+std::size_t EventLoop::pending(const TaskOwner& owner)
 {
-    const std::lock_guard lock(m_mutex);
     return owner.m_pending;
 }
 
 void EventLoop::runPending(const std::shared_ptr<TaskOwner>& owner)
 {
-    const auto takeNext = [&]() -> std::optional<Entry> {
-        const std::lock_guard lock(m_mutex);
-        const auto next = std::find_if(
-            m_queue.begin(), m_queue.end(), [&](const Entry& entry) { return entry.owner == owner; });
-        if (next == m_queue.end()) {
-            return std::nullopt;
-        }
-        return take(next);
-    };
-    while (const auto entry = takeNext()) {
+    const auto isOfOwner = [&](const Entry& entry) { return entry.owner == owner; };
+    while (const auto entry = takeFirst(isOfOwner)) {
         runTask(*entry);
     }
 }
 
-/// The caller holds m_mutex.
-EventLoop::Entry EventLoop::take(const std::deque<Entry>::iterator& entry)
+/// Takes the first entry that fits off the queue.
+template <typename Fits> std::optional<EventLoop::Entry> EventLoop::takeFirst(const Fits& fits)
 {
-    Entry taken = std::move(*entry);
-    m_queue.erase(entry);
-    if (taken.owner) {
-        --taken.owner->m_pending;
+    if (m_isUrgent) {
+        collect();
+    }
+    auto first = std::find_if(m_waiting.begin(), m_waiting.end(), fits);
+    if (first == m_waiting.end() && collect()) {
+        first = std::find_if(m_waiting.begin(), m_waiting.end(), fits);
+    }
+    if (first == m_waiting.end() || m_stopped) {
+        return std::nullopt;
+    }
+    std::optional<Entry> taken(std::move(*first));
+    m_waiting.erase(first);
+    if (taken->owner) {
+        --taken->owner->m_pending;
     }
     return taken;
 }
@@ -159,29 +190,31 @@ bool EventLoop::runUntil(State state, const std::function<bool()>& done, const D
 
 void EventLoop::runUntilStopped()
 {
-    const auto stopped = [this] {
-        const std::lock_guard lock(m_mutex);
-        return m_stopped;
-    };
-    while (!stopped()) {
+    while (!m_stopped) {
         if (!runNext(State::Idle)) {
             waitForAttention(std::nullopt);
         }
     }
+    drop(std::exchange(m_waiting, {}));
 }
 
 void EventLoop::stop()
 {
-    std::deque<Entry> dropped; // destroyed after the lock is released
     std::unique_lock lock(m_mutex);
     m_stopped = true;
-    dropped.swap(m_queue);
-    for (const Entry& entry : dropped) {
+    const auto arrived = std::exchange(m_arrived, {});
+    const auto urgent = std::exchange(m_urgent, {});
+    raiseAttention(std::move(lock));
+    drop(arrived);
+}
+
+void EventLoop::drop(const std::deque<Entry>& entries)
+{
+    for (const Entry& entry : entries) {
         if (entry.owner) {
             --entry.owner->m_pending;
         }
     }
-    raiseAttention(std::move(lock));
 }
 
 void EventLoop::interrupt(Interruption why)
@@ -192,24 +225,18 @@ void EventLoop::interrupt(Interruption why)
 
 bool EventLoop::runNext(State state, std::uint64_t arrivedBefore)
 {
-    Entry entry;
-    {
-        const std::lock_guard lock(m_mutex);
-        const auto fits = [&](const Entry& candidate) {
-            const bool waitsForItsOwner = candidate.owner && candidate.owner->isInTask();
-            return !waitsForItsOwner && candidate.arrival < arrivedBefore
-                && (state == State::Idle || candidate.when == When::AtEventLoop);
-        };
-        const auto next = std::find_if(m_queue.begin(), m_queue.end(), fits);
-        if (next == m_queue.end()) {
-            return false;
-        }
-        entry = take(next);
+    const auto entry = takeFirst([&](const Entry& candidate) {
+        const bool waitsForItsOwner = candidate.owner && candidate.owner->isInTask();
+        return !waitsForItsOwner && candidate.arrival < arrivedBefore
+            && (state == State::Idle || candidate.when == When::AtEventLoop);
+    });
+    if (!entry) {
+        return false;
     }
-    if (entry.owner) {
-        runTask(entry);
+    if (entry->owner) {
+        runTask(*entry);
     } else {
-        entry.work();
+        entry->work();
     }
     return true;
 }

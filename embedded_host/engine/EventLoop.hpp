@@ -21,6 +21,13 @@ namespace tovrinhost {
 
 /// The interpreter thread's queue: requests, and callback tasks of timers, in the order in which they came.
 ///
+///     any thread                     interpreter thread
+///     post, submit --> m_arrived --> m_waiting --> run
+///                      (locked)      (its own)
+///
+/// The interpreter collects what has arrived in one go, once nothing is left of what it has that may run: so the
+/// lock is taken once for many entries. Only what is urgent is collected at once, and goes in front.
+///
 /// Threading: `post`, `submit`, `wake`, `interrupt`: any thread. Everything else: the interpreter thread.
 /// Ownership: owns what is queued; an entry is destroyed without the lock held.
 /// Ordering: arrival order. While the interpreter is not idle but pumps, requests that want it idle stay behind,
@@ -57,7 +64,8 @@ public:
     /// Drops the owner's waiting tasks but for the first `keep`, and from now on whatever other threads submit.
     void close(TaskOwner& owner, std::size_t keep);
 
-    std::size_t pending(const TaskOwner& owner) const;
+    /// How many of the owner's tasks wait.
+    static std::size_t pending(const TaskOwner& owner);
 
     /// Runs the owner's waiting tasks at once, out of turn.
     void runPending(const std::shared_ptr<TaskOwner>& owner);
@@ -96,18 +104,28 @@ private:
 
     bool runNext(State state, std::uint64_t arrivedBefore = anyArrival);
     static void runTask(const Entry& entry);
-    Entry take(const std::deque<Entry>::iterator& entry);
+    static void drop(const std::deque<Entry>& entries);
+    template <typename Fits> std::optional<Entry> takeFirst(const Fits& fits);
+    bool collect();
+    bool collectUnderLock();
     std::uint64_t arrivals() const;
     void waitForAttention(const Deadline& deadline);
     void raiseAttention(std::unique_lock<std::mutex> lock);
 
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::deque<Entry> m_queue; // guarded by m_mutex, like the next four
+    std::deque<Entry> m_arrived; // guarded by m_mutex, like the next four
+    std::deque<Entry> m_urgent;
     std::uint64_t m_arrivals = 0;
     bool m_attention = false; // there is something to look at
     bool m_sleeps = false; // the interpreter, and nobody has woken it yet
-    bool m_stopped = false;
+
+    // Written under m_mutex, read without.
+    std::atomic<bool> m_isUrgent { false }; // something is in m_urgent
+    std::atomic<bool> m_stopped { false };
+
+    // Only for the interpreter thread: what it has collected and not run yet.
+    std::deque<Entry> m_waiting;
 
     InterpreterObserver* m_observer = nullptr; // only for the interpreter thread
 

@@ -19,9 +19,6 @@ namespace {
 
 constexpr int mostNested = 150;
 
-/// Its address is the registry key of the host's functions.
-const char functionsKey = 0;
-
 /// The stack is at the end what it was at the beginning.
 class RestoredStack {
 public:
@@ -76,18 +73,6 @@ void load(lua_State* state, const std::string& statements, const std::string& ch
     checkLoaded(state, luaL_loadbufferx(state, statements.data(), statements.size(), chunkName.c_str(), "t"));
 }
 
-/// The host's function of this name, or the global of this name, or nil.
-void pushFunction(lua_State* state, const std::string& name)
-{
-    lua_rawgetp(state, LUA_REGISTRYINDEX, &functionsKey);
-    pushText(state, name);
-    if (lua_rawget(state, -2) == LUA_TNIL) {
-        lua_pushglobaltable(state);
-        pushText(state, name);
-        lua_gettable(state, -2);
-    }
-}
-
 /// The line of the script at which a function of the host's is called; 0 if it is called by another.
 int lineOfCaller(lua_State* running)
 {
@@ -133,8 +118,6 @@ Interpreter::Interpreter(EventLoop& loop)
         luaL_openlibs(state);
         openLuaObjects(state);
         RunningCode::watchCoroutines(state);
-        lua_newtable(state);
-        lua_rawsetp(state, LUA_REGISTRYINDEX, &functionsKey);
         return 0;
     });
 }
@@ -152,8 +135,6 @@ Interpreter& Interpreter::of(lua_State* state)
 void Interpreter::define(const std::string& name, const std::string& source, lua_CFunction helper)
 {
     protect([&](lua_State* state) {
-        lua_rawgetp(state, LUA_REGISTRYINDEX, &functionsKey);
-        pushText(state, name);
         load(state, source, "=" + name);
         if (helper != nullptr) {
             lua_pushcfunction(state, helper);
@@ -161,9 +142,22 @@ void Interpreter::define(const std::string& name, const std::string& source, lua
             lua_pushnil(state);
         }
         lua_call(state, 1, 1);
-        lua_rawset(state, -3);
+        m_functions[name] = luaL_ref(state, LUA_REGISTRYINDEX);
         return 0;
     });
+}
+
+/// The host's function of this name, or the global of this name, or nil.
+void Interpreter::pushFunction(lua_State* state, const std::string& name) const
+{
+    const auto found = m_functions.find(name);
+    if (found != m_functions.end()) {
+        lua_rawgeti(state, LUA_REGISTRYINDEX, found->second);
+        return;
+    }
+    lua_pushglobaltable(state);
+    pushText(state, name);
+    lua_gettable(state, -2);
 }
 
 std::vector<foundation::tovrindata::Array> Interpreter::call(
@@ -171,14 +165,15 @@ std::vector<foundation::tovrindata::Array> Interpreter::call(
 {
     const RestoredStack stack(state());
     const int handler = pushHandler();
-    protectAbove(handler, [&](lua_State* state) {
+    const auto pushCall = [&](lua_State* state) {
         reserveStack(state, arguments.size() + 3);
         pushFunction(state, function);
         for (const auto& argument : arguments) {
             pushArray(state, argument);
         }
         return static_cast<int>(arguments.size()) + 1;
-    });
+    };
+    protectAbove(handler, std::cref(pushCall)); // a copy of it would be one on the heap
     reserveStack(state(), outputs + 1);
     callAbove(handler, static_cast<int>(arguments.size()), static_cast<int>(outputs));
     std::vector<foundation::tovrindata::Array> results;

@@ -7,6 +7,7 @@
 #include <lua.h>
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -76,6 +77,7 @@ private:
         void operator()(lua_State* state) const { lua_close(state); }
     };
 
+    void pushFunction(lua_State* state, const std::string& name) const;
     static int describeError(lua_State* state);
     int pushHandler();
     void protectAbove(int handler, const std::function<int(lua_State*)>& work);
@@ -84,6 +86,7 @@ private:
     EventLoop& m_loop;
     std::unique_ptr<lua_State, Close> m_main; // before what is initialised from it
     RunningCode m_code;
+    std::map<std::string, int> m_functions; // those of the host, by name: references in the registry
     std::string* m_traceback = nullptr; // of the innermost protected call
     int m_nested = 0;
 };

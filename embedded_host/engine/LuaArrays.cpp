@@ -22,6 +22,10 @@ namespace detail = foundation::tovrindata::detail;
 /// Its address is the registry key of the objects by number.
 const char objectsKey = 0;
 
+/// What a table, its key, and a value in it that is no table itself take of the stack.
+constexpr int room = 4;
+constexpr const char* tooDeep = "too deep a value";
+
 /// Pushes what `pushOne(index)` pushes for a single element, or a sequence of them.
 template <typename PushOne> void pushElements(lua_State* state, std::size_t count, PushOne pushOne)
 {
@@ -29,6 +33,7 @@ template <typename PushOne> void pushElements(lua_State* state, std::size_t coun
         pushOne(0);
         return;
     }
+    luaL_checkstack(state, room, tooDeep);
     lua_createtable(state, static_cast<int>(count), 0);
     for (std::size_t i = 0; i < count; ++i) {
         pushOne(i);
@@ -38,6 +43,7 @@ template <typename PushOne> void pushElements(lua_State* state, std::size_t coun
 
 void pushRecord(lua_State* state, const detail::StructElements& records, std::size_t index)
 {
+    luaL_checkstack(state, room, tooDeep);
     // With room for what the host adds to an event.
     lua_createtable(state, 0, static_cast<int>(records.fieldNames.size()) + 2);
     auto value = records.values.begin() + static_cast<std::ptrdiff_t>(index * records.fieldNames.size());
@@ -102,7 +108,6 @@ void pushText(lua_State* state, const std::string& text)
 
 void pushArray(lua_State* state, const Array& array)
 {
-    luaL_checkstack(state, 4, "too deep a value");
     if (const auto& storage = array.storage()) {
         std::visit(Push { state, array.getNumberOfElements() }, storage->elements);
     } else {

@@ -1,6 +1,7 @@
 #include "embedded_host/engine/ScriptMemory.hpp"
 
 #include "embedded_host/engine/ScriptError.hpp"
+#include "embedded_host/engine/SpareBlocks.hpp"
 
 #include <atomic>
 #include <cstddef>
@@ -39,14 +40,21 @@ bool isReserveWhole()
 }
 
 /// Lua's lua_Alloc. What shrinks must not fail.
-void* allocate(void* /*unused*/, void* block, std::size_t sizeBefore, std::size_t size)
+void* allocate(void* spareBlocks, void* block, std::size_t sizeBefore, std::size_t size)
 {
+    auto& spare = *static_cast<SpareBlocks*>(spareBlocks);
     if (size == 0) {
-        std::free(block);
+        if (!spare.keep(block, sizeBefore)) {
+            std::free(block);
+        }
         return nullptr;
     }
     const bool shrinks = block != nullptr && size <= sizeBefore;
-    return shrinks || isReserveWhole() ? std::realloc(block, size) : nullptr;
+    if (!shrinks && !isReserveWhole()) {
+        return nullptr;
+    }
+    void* const known = block == nullptr ? spare.take(size) : nullptr;
+    return known != nullptr ? known : std::realloc(block, size);
 }
 
 // NOLINTEND(cppcoreguidelines-no-malloc)
@@ -64,7 +72,8 @@ void keepReserveFrom(lua_State* state)
 {
     std::set_new_handler(giveReserveUp);
     // The blocks so far are of the C library's heap, too.
-    lua_setallocf(state, allocate, nullptr);
+    thread_local SpareBlocks spareBlocks;
+    lua_setallocf(state, allocate, &spareBlocks);
     lua_atpanic(state, throwError);
 }
 

@@ -11,7 +11,8 @@ namespace tovrinhost {
 ///
 /// A script gets more memory only while the reserve is whole. Where the host itself finds none (any thread's
 /// `operator new`), the reserve is given up to it, and restored before the script gets any.
-/// Threading: the interpreter thread, before any code runs. The reserve is the process's.
+/// Threading: the interpreter thread, before any code runs; the state is closed there, too. The reserve is the
+/// process's.
 TOVRINHOST_API void keepReserveFrom(lua_State* state);
 
 } // namespace tovrinhost

@@ -2,6 +2,7 @@
 
 #include "host/Export.hpp"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
@@ -41,8 +42,8 @@ public:
 private:
     friend class EventLoop;
 
-    // Guarded by the event loop's mutex.
-    std::size_t m_pending = 0;
+    // Grows under the event loop's mutex, which guards the next, too; the interpreter thread lowers it without.
+    std::atomic<std::size_t> m_pending { 0 };
     bool m_closed = false;
 
     int m_depth = 0; // only for the interpreter thread

@@ -4,9 +4,42 @@
 #include "embedded_host/engine/InterpreterThread.hpp"
 #include "embedded_host/values/ArrayStorage.hpp"
 
+#include <string_view>
 #include <utility>
 
 namespace tovrinhost {
+
+namespace {
+
+Callback callbackNamed(std::string_view name)
+{
+    for (const Callback callback :
+        { Callback::TimerFcn, Callback::StartFcn, Callback::StopFcn, Callback::ErrorFcn }) {
+        if (name == nameOf(callback)) {
+            return callback;
+        }
+    }
+    return Callback::None;
+}
+
+} // namespace
+
+const char* nameOf(Callback callback)
+{
+    switch (callback) {
+    case Callback::None:
+        return "";
+    case Callback::StartFcn:
+        return "StartFcn";
+    case Callback::TimerFcn:
+        return "TimerFcn";
+    case Callback::StopFcn:
+        return "StopFcn";
+    case Callback::ErrorFcn:
+        return "ErrorFcn";
+    }
+    return "";
+}
 
 TimerTaskListener::~TimerTaskListener() = default;
 
@@ -25,7 +58,7 @@ foundation::concurrent::future<std::vector<foundation::tovrindata::Array>> Timer
     cmddistributor::RunOptions options, bool reserved, foundation::msg_svc::exchange::IDType requestId)
 {
     // Tasks run on the interpreter thread, and so does this.
-    const std::string& callback = foundation::tovrindata::detail::charactersOf(arguments.at(1));
+    const Callback callback = callbackNamed(foundation::tovrindata::detail::charactersOf(arguments.at(1)));
     if (m_listenerOfTask) {
         m_listenerOfTask->callbackBegins(callback, m_note);
     }
@@ -92,14 +125,14 @@ void TimerEngine::taskBegins(const TaskNote& note) noexcept
 {
     m_listenerOfTask = m_listener.lock();
     m_note = note;
-    m_callback.clear();
+    m_callback = Callback::None;
 }
 
 void TimerEngine::taskEnds(const TaskNote& note, const std::exception_ptr& error) noexcept
 {
     const auto listener = isInTask() ? m_listenerOfTask : std::exchange(m_listenerOfTask, nullptr);
     if (listener) {
-        listener->taskEnds(std::exchange(m_callback, {}), note, error);
+        listener->taskEnds(std::exchange(m_callback, Callback::None), note, error);
     }
 }
 

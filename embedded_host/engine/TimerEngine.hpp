@@ -16,6 +16,12 @@ class Engine;
 /// What the listener noted of a task as it was handed over.
 enum class TaskMark { None, Expected, Last };
 
+/// A timer's callbacks, by the property that holds them.
+enum class Callback { None, StartFcn, TimerFcn, StopFcn, ErrorFcn };
+
+/// As in "TimerFcn"; empty for none.
+TOVRINHOST_API const char* nameOf(Callback callback);
+
 /// What becomes of the callbacks of one run of a timer. All notifications come on the interpreter thread, but for
 /// those that say otherwise.
 class TOVRINHOST_API TimerTaskListener {
@@ -26,14 +32,13 @@ public:
     /// \returns what the notifications of this task are to tell; the mark is a TaskMark
     virtual TaskNote taskComes() = 0;
 
-    /// A callback of this name is about to be evaluated.
-    virtual void callbackBegins(const std::string& callback, const TaskNote& note) = 0;
+    /// This callback is about to be evaluated.
+    virtual void callbackBegins(Callback callback, const TaskNote& note) = 0;
 
     /// A callback task has ended.
-    /// \param callback the latest callback that it began, empty if it began none
+    /// \param callback the latest callback that it began
     /// \param error what left the task, null if nothing did
-    virtual void taskEnds(
-        const std::string& callback, const TaskNote& note, const std::exception_ptr& error) noexcept = 0;
+    virtual void taskEnds(Callback callback, const TaskNote& note, const std::exception_ptr& error) noexcept = 0;
 
     /// A task that has come will not be run. Any thread.
     virtual void taskIsDropped(const TaskNote& note) noexcept = 0;
@@ -96,7 +101,7 @@ private:
     // Only for the interpreter thread.
     std::shared_ptr<TimerTaskListener> m_listenerOfTask; // set while a task is running
     TaskNote m_note;
-    std::string m_callback;
+    Callback m_callback = Callback::None;
 };
 
 } // namespace tovrinhost

@@ -12,7 +12,7 @@ namespace tovrinhost {
 namespace {
 
 struct Switch {
-    const char* name;
+    std::string_view name;
     std::atomic<bool> on;
 };
 

@@ -124,28 +124,34 @@ TaskMark ScriptRun::markOfNextTask()
         return TaskMark::None;
     }
     // The library asks for the busy mode twice, and loses a callback where it becomes Queue in between: not here.
-    m_timer->setBusyMode(static_cast<std::size_t>(m_busyModeWanted.load()));
+    // What has not changed is not written again, since the other threads would have to fetch it again.
+    const auto busyMode = static_cast<std::size_t>(m_busyModeWanted.load());
+    if (m_timer->getBusyMode() != busyMode) {
+        m_timer->setBusyMode(busyMode);
+    }
     // The library counts as soon as this task has been handed over, on this thread, and by the same number.
     const std::uint64_t wanted = m_tasksWanted;
-    m_timer->setNumOfTasksToExecute(wanted);
+    if (m_timer->getNumOfTasksToExecute() != wanted) {
+        m_timer->setNumOfTasksToExecute(wanted);
+    }
     m_count.count(wanted);
     return m_count.left() == 0 ? TaskMark::Last : TaskMark::Expected;
 }
 
-void ScriptRun::callbackBegins(const std::string& callback, const TaskNote& note)
+void ScriptRun::callbackBegins(Callback callback, const TaskNote& note)
 {
     auto mark = static_cast<TaskMark>(note.mark);
-    noteBeginning(callback == "TimerFcn", note);
-    if (callback == "StartFcn" && m_state == State::Starting) {
+    noteBeginning(callback == Callback::TimerFcn, note);
+    if (callback == Callback::StartFcn && m_state == State::Starting) {
         m_state = State::Running;
-    } else if (callback == "TimerFcn") {
+    } else if (callback == Callback::TimerFcn) {
         if (m_mode == ExecutionMode::FixedDelay) {
             const std::lock_guard lock(m_countMutex);
             m_count.count(m_tasksWanted); // as the library has just done
             mark = m_count.left() == 0 ? TaskMark::Last : TaskMark::Expected;
         }
         m_isLastTimerFcn = mark == TaskMark::Last;
-    } else if (callback == "StopFcn") {
+    } else if (callback == Callback::StopFcn) {
         m_stopFcnHasBegun = true;
         if (isUnderWay()) {
             m_state = State::Ending;
@@ -166,10 +172,10 @@ void ScriptRun::noteBeginning(bool isTimerFcn, const TaskNote& note)
     }
 }
 
-void ScriptRun::noteEnd(const std::string& callback, const TaskNote& note, bool hasFailed)
+void ScriptRun::noteEnd(Callback callback, const TaskNote& note, bool hasFailed)
 {
     FiringLog& log = m_surroundings.diagnosis.log();
-    if (callback.empty()) {
+    if (callback == Callback::None) {
         log.discarded(note); // its timer has gone
         return;
     }
@@ -179,14 +185,13 @@ void ScriptRun::noteEnd(const std::string& callback, const TaskNote& note, bool 
     }
 }
 
-void ScriptRun::taskEnds(
-    const std::string& callback, const TaskNote& note, const std::exception_ptr& error) noexcept
+void ScriptRun::taskEnds(Callback callback, const TaskNote& note, const std::exception_ptr& error) noexcept
 {
     noteEnd(callback, note, error != nullptr);
     try {
         if (error) {
             callbackFailed(callback, error);
-        } else if (callback == "TimerFcn" && m_isLastTimerFcn) {
+        } else if (callback == Callback::TimerFcn && m_isLastTimerFcn) {
             timerFcnsAreOver();
         }
         goOn();
@@ -234,13 +239,13 @@ void ScriptRun::goOn()
     }
 }
 
-void ScriptRun::callbackFailed(const std::string& callback, const std::exception_ptr& error)
+void ScriptRun::callbackFailed(Callback callback, const std::exception_ptr& error)
 {
     if (m_surroundings.engine->loop().interruption() != Interruption::None) {
         return; // the callback was given up, and the timer is about to be stopped
     }
-    report(callback + " of " + label(), error);
-    if (callback != "ErrorFcn" && callback != "StopFcn") {
+    report(std::string(nameOf(callback)) + " of " + label(), error);
+    if (callback != Callback::ErrorFcn && callback != Callback::StopFcn) {
         runFails();
     }
 }

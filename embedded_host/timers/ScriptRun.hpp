@@ -107,9 +107,8 @@ private:
     enum class State { Starting, Running, Ending, Ended };
 
     TaskNote taskComes() override;
-    void callbackBegins(const std::string& callback, const TaskNote& note) override;
-    void taskEnds(
-        const std::string& callback, const TaskNote& note, const std::exception_ptr& error) noexcept override;
+    void callbackBegins(Callback callback, const TaskNote& note) override;
+    void taskEnds(Callback callback, const TaskNote& note, const std::exception_ptr& error) noexcept override;
     void taskIsDropped(const TaskNote& note) noexcept override;
     void hasStopped() noexcept override;
     void backlogExceeded() noexcept override;
@@ -119,10 +118,10 @@ private:
     void describe() const;
     TaskMark markOfNextTask();
     void noteBeginning(bool isTimerFcn, const TaskNote& note);
-    void noteEnd(const std::string& callback, const TaskNote& note, bool hasFailed);
+    void noteEnd(Callback callback, const TaskNote& note, bool hasFailed);
     void timerFcnsAreOver();
     void noteOverrun();
-    void callbackFailed(const std::string& callback, const std::exception_ptr& error);
+    void callbackFailed(Callback callback, const std::exception_ptr& error);
     void runFails();
     template <typename Error> void report(const std::string& where, const Error& error);
     void askForErrorFcn(bool alsoStopFcn);

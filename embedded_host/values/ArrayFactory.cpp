@@ -1,9 +1,9 @@
 #include "host/foundation/tovrindata/ArrayFactory.hpp"
 
 #include "embedded_host/values/ArrayStorage.hpp"
+#include "timer_src/main/NeverDestroyed.hpp"
 
 #include <algorithm>
-#include <limits>
 #include <stdexcept>
 #include <utility>
 
@@ -49,6 +49,14 @@ std::size_t countCharacters(const std::string& utf8) noexcept
     return count;
 }
 
+constexpr std::size_t longestWord = 15; // so that what is kept is little
+
+CharArray makeCharArray(const std::string& utf8)
+{
+    const std::size_t rows = utf8.empty() ? 0 : 1;
+    return CharArray(detail::makeArray({ rows, countCharacters(utf8) }, detail::CharElements { utf8 }));
+}
+
 } // namespace
 
 ArrayFactory::ArrayFactory() = default;
@@ -56,8 +64,19 @@ ArrayFactory::~ArrayFactory() = default;
 
 CharArray ArrayFactory::createCharArray(const std::string& utf8)
 {
-    const std::size_t rows = utf8.empty() ? 0 : 1;
-    return CharArray(detail::makeArray({ rows, countCharacters(utf8) }, detail::CharElements { utf8 }));
+    // The same few words come again and again. Copies share what they hold until one of them is changed.
+    static const tovrintimer::NeverDestroyed<const CharArray> empty(makeCharArray(""));
+    if (utf8.empty()) {
+        return *empty;
+    }
+    if (utf8.size() > longestWord) {
+        return makeCharArray(utf8);
+    }
+    thread_local CharArray latestWord = *empty;
+    if (detail::charactersOf(latestWord) != utf8) {
+        latestWord = makeCharArray(utf8);
+    }
+    return latestWord;
 }
 
 TypedArray<double> ArrayFactory::createDoubleArray(const ArrayDimensions& dimensions, std::vector<double> values)
@@ -75,14 +94,16 @@ StructArray ArrayFactory::createStructArray(const ArrayDimensions& dimensions, s
     failIfTwoAreAlike(fieldNames);
     detail::Extents extents(dimensions);
     const std::size_t fields = fieldNames.size();
-    if (fields > 0 && extents.count() > std::numeric_limits<std::size_t>::max() / fields) {
+    if (detail::isTooLarge(extents.count(), fields)) {
         ArrayDimensions all = dimensions;
         all.push_back(fields);
         detail::countElements(all); // says so
     }
-    std::vector<Array> values(extents.count() * fields);
-    return StructArray(detail::makeArray(
-        std::move(extents), detail::StructElements { std::move(fieldNames), std::move(values) }));
+    const std::size_t values = extents.count() * fields;
+    const Array array
+        = detail::makeArray(std::move(extents), detail::StructElements { std::move(fieldNames), {} });
+    std::get<detail::StructElements>(array.storage()->elements).values.resize(values);
+    return StructArray(std::move(array));
 }
 
 namespace tovrin {

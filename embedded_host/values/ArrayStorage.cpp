@@ -23,20 +23,27 @@ const char* typeName(ArrayType type) noexcept
     return "unknown";
 }
 
+[[noreturn]] void failType(const Array& array, ArrayType needed, const char* className)
+{
+    throw std::invalid_argument(std::string(className) + " made from an array of type " + typeName(array.getType())
+        + ": the type must be " + typeName(needed));
+}
+
 } // namespace
 
 void requireType(const Array& array, ArrayType needed, const char* className)
 {
     if (array.getType() != needed) {
-        throw std::invalid_argument(std::string(className) + " made from an array of type "
-            + typeName(array.getType()) + ": the type must be " + typeName(needed));
+        failType(array, needed, className);
     }
 }
 
 const std::string& charactersOf(const Array& array)
 {
-    requireType(array, ArrayType::Char, "CharArray");
-    return elementsOf<CharElements>(array)->utf8;
+    if (const auto* const characters = elementsOf<CharElements>(array)) {
+        return characters->utf8;
+    }
+    failType(array, ArrayType::Char, "CharArray");
 }
 
 } // namespace foundation::tovrindata::detail

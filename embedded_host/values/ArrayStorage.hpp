@@ -3,6 +3,8 @@
 #include "embedded_host/values/Extents.hpp"
 #include "host/foundation/tovrindata/Array.hpp"
 
+#include <boost/container/small_vector.hpp>
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -21,8 +23,11 @@ struct DoubleElements {
 };
 
 struct StructElements {
+    /// A single small record, as an event is, takes no memory of its own.
+    using Values = boost::container::small_vector<Array, 2>;
+
     std::vector<std::string> fieldNames;
-    std::vector<Array> values; ///< record by record, each in the order of the field names
+    Values values; ///< record by record, each in the order of the field names
 };
 
 struct ObjectElement {

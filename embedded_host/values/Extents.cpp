@@ -23,6 +23,12 @@ ArrayDimensions Extents::toDimensions() const
     return m_all ? *m_all : ArrayDimensions { m_rows, m_columns };
 }
 
+bool isTooLarge(std::size_t count, std::size_t each) noexcept
+{
+    std::size_t product = 0;
+    return __builtin_mul_overflow(count, each, &product); // a division takes longer than all the rest
+}
+
 std::size_t countElements(const ArrayDimensions& dimensions)
 {
     // A zero anywhere makes it nothing, however large the others are.
@@ -31,7 +37,7 @@ std::size_t countElements(const ArrayDimensions& dimensions)
     }
     std::size_t count = 1;
     for (const std::size_t extent : dimensions) {
-        if (count > std::numeric_limits<std::size_t>::max() / extent) {
+        if (isTooLarge(count, extent)) {
             throw std::invalid_argument("an array of " + toText(dimensions)
                 + " is too large: its elements must number at most "
                 + std::to_string(std::numeric_limits<std::size_t>::max()));

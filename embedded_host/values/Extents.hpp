@@ -36,6 +36,9 @@ private:
     std::shared_ptr<const ArrayDimensions> m_all; // null where there are two
 };
 
+/// Whether the product is more than can be counted.
+bool isTooLarge(std::size_t count, std::size_t each) noexcept;
+
 /// The product of the dimensions.
 /// \throws std::invalid_argument if it is more than can be counted
 std::size_t countElements(const ArrayDimensions& dimensions);

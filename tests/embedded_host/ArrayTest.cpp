@@ -34,6 +34,18 @@ TEST(ArrayTest, AnArrayWithoutCopiesIsWrittenToInPlace)
     EXPECT_EQ(array.storage().get(), before);
 }
 
+TEST(ArrayTest, EachTextIsItsOwnWhateverWasMadeBefore)
+{
+    ArrayFactory factory;
+    for (const char* const text :
+        { "TimerFcn", "StartFcn", "TimerFcn", "", "TimerFcn", "fifteen letters", "sixteen letters!", "" }) {
+        const CharArray made = factory.createCharArray(text);
+
+        EXPECT_EQ(made.toUTF8(), text);
+        EXPECT_EQ(made.getNumberOfElements(), std::string(text).size());
+    }
+}
+
 TEST(ArrayTest, TextCountsItsCharactersAndNotItsBytes)
 {
     ArrayFactory factory;

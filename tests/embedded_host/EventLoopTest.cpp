@@ -155,6 +155,33 @@ TEST_F(EventLoopTest, AnUrgentRequestGoesBeforeWhatWaits)
     EXPECT_THAT(m_done, ElementsAre("urgent", "task"));
 }
 
+TEST_F(EventLoopTest, WhatComesWhileATaskRunsStaysBehindWhatWaitsUnlessItIsUrgent)
+{
+    m_loop.submit(
+        m_owner,
+        [this] {
+            m_done.emplace_back("1");
+            onOtherThread([this] { m_loop.submit(m_owner, note("3"), true); });
+            onOtherThread([this] { m_loop.postUrgent(note("urgent")); });
+        },
+        true);
+    m_loop.submit(m_owner, note("2"), true);
+
+    EXPECT_TRUE(m_loop.runUntil(State::Idle, [this] { return m_done.size() == 4; }));
+
+    EXPECT_THAT(m_done, ElementsAre("1", "urgent", "2", "3"));
+}
+
+TEST_F(EventLoopTest, OfSeveralUrgentRequestsTheLatestComesFirst)
+{
+    m_loop.postUrgent(note("1"));
+    m_loop.postUrgent(note("2"));
+
+    drain(State::Idle);
+
+    EXPECT_THAT(m_done, ElementsAre("2", "1"));
+}
+
 TEST_F(EventLoopTest, WhatLeavesATaskIsToldToItsOwner)
 {
     m_loop.submit(
@@ -205,6 +232,26 @@ TEST_F(EventLoopTest, ClosingSparesWhatOthersHaveWaitingAsManyAsMayBeKept)
     EXPECT_EQ(m_loop.pending(*m_owner), 1U);
     drain(State::Idle);
     EXPECT_THAT(m_done, ElementsAre("other 1", "1", "request"));
+}
+
+TEST_F(EventLoopTest, ClosingWithinATaskDropsWhatWaitedBeforeAndWhatHasComeSince)
+{
+    m_loop.submit(
+        m_other,
+        [this] {
+            onOtherThread([this] { m_loop.submit(m_owner, note("come since"), true); });
+            EXPECT_EQ(m_loop.pending(*m_owner), 3U);
+            m_loop.close(*m_owner, 1);
+            EXPECT_EQ(m_loop.pending(*m_owner), 1U);
+        },
+        true);
+    m_loop.submit(m_owner, note("kept"), true);
+    m_loop.submit(m_owner, note("waited before"), true);
+
+    drain(State::Idle);
+
+    EXPECT_THAT(m_done, ElementsAre("kept"));
+    EXPECT_EQ(m_loop.pending(*m_owner), 0U);
 }
 
 TEST_F(EventLoopTest, ClosedDoorsKeepOtherThreadsOut)
@@ -355,6 +402,24 @@ TEST_F(EventLoopTest, AnInterruptionEndsEveryWaitUntilItIsCleared)
 
     m_loop.clearInterruption();
     EXPECT_TRUE(m_loop.runUntil(State::Pumping, [] { return true; }));
+}
+
+TEST_F(EventLoopTest, ALoopThatIsStoppedWithinATaskRunsNothingMore)
+{
+    m_loop.submit(
+        m_other,
+        [this] {
+            onOtherThread([this] { m_loop.submit(m_owner, note("come since"), true); });
+            m_loop.stop();
+            m_loop.runPending(m_owner);
+        },
+        true);
+    m_loop.submit(m_owner, note("waited before"), true);
+
+    m_loop.runUntilStopped();
+
+    EXPECT_THAT(m_done, IsEmpty());
+    EXPECT_EQ(m_loop.pending(*m_owner), 0U);
 }
 
 TEST_F(EventLoopTest, AStoppedLoopDropsWhatWaitsAndWhatComes)

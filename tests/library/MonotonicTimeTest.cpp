@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <ctime>
 #include <iomanip>
 #include <limits>
 #include <regex>
@@ -133,6 +134,21 @@ TEST(MonotonicTimeTest, StreamsKeepTheirFillCharacter)
     stream << std::setw(3) << 1;
 
     EXPECT_EQ(stream.str(), "**1");
+}
+
+TEST(MonotonicTimeTest, CalendarTimesAreAsFarApartAsTheirMoments)
+{
+    const DueTime first = now();
+    const auto secondsAfterFirst = [first](DueTime moment) {
+        std::tm local = toCalendarTime(moment).local;
+        std::tm localOfFirst = toCalendarTime(first).local;
+        return std::difftime(std::mktime(&local), std::mktime(&localOfFirst));
+    };
+
+    for (const auto distance : { 0s, 1000s, 0s, -1000s }) {
+        // Each is cut off to the second.
+        EXPECT_NEAR(secondsAfterFirst(first + distance), static_cast<double>(distance.count()), 1.0);
+    }
 }
 
 TEST(MonotonicTimeTest, CalendarTimeOfTheEndsOfTheRangeDoesNotOverflow)

@@ -88,10 +88,10 @@ end
 -- The other one's callback acts between the error and the ErrorFcn.
 local function between(t, action)
   local done = false
-  local other = timer { TimerFcn = function() action(t) done = true end }
+  local other = timer { TimerFcn = function() done = true action(t) end }
   t.TimerFcn = function(t) error("boom", 0) end
   t:start()
-  busy(0.02)
+  busy(0.1) -- the scheduler hands it over meanwhile
   other:start()
   pause(0)
   while not done do pause(0.001) end

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <iomanip>
 #include <limits>
+#include <optional>
 #include <ostream>
 
 namespace tovrintimer {
@@ -61,6 +62,20 @@ std::int64_t saturatingSum(std::int64_t a, std::int64_t b)
     return a + b;
 }
 
+/// Many moments are of the second that was asked for last.
+std::tm localTime(std::time_t seconds)
+{
+    struct Answer {
+        std::time_t seconds;
+        std::tm local;
+    };
+    thread_local std::optional<Answer> last;
+    if (!last || last->seconds != seconds) {
+        last = { seconds, platform::localTime(seconds) };
+    }
+    return last->local;
+}
+
 } // namespace
 
 DueTime now()
@@ -87,8 +102,7 @@ CalendarTime toCalendarTime(DueTime moment)
     const nanoseconds distance(saturatingSum(sinceEpoch * nanosecondsPerMillisecond, -steadyNanoseconds()));
     const auto system = duration_cast<Ticks>(SystemClock::now().time_since_epoch());
     const auto calendar = duration_cast<seconds>(system + duration_cast<Ticks>(distance));
-    return { platform::localTime(static_cast<std::time_t>(calendar.count())),
-        static_cast<int>(sinceEpoch % 1000) };
+    return { localTime(static_cast<std::time_t>(calendar.count())), static_cast<int>(sinceEpoch % 1000) };
 }
 
 std::ostream& operator<<(std::ostream& stream, ToTheSecond time)

@@ -48,41 +48,35 @@ struct Constants {
     }
 };
 
-const Constants& constants()
-{
-    static const NeverDestroyed<const Constants> made;
-    return *made;
-}
-
 /// Year, month, day, hour, minute, and seconds with milliseconds: the seconds are the calendar's, and the
 /// milliseconds the steady clock's. The two do not begin their seconds together, so that the time can be off by up
 /// to a second, and that of a later event can be the earlier one.
-Array makeEventTime(ArrayFactory& factory)
+Array makeEventTime(const Constants& constants, ArrayFactory& factory)
 {
     const auto [local, millisecond] = toCalendarTime(now());
-    return factory.createDoubleArray(constants().rowOfSix,
+    return factory.createDoubleArray(constants.rowOfSix,
         { local.tm_year + 1900.0, local.tm_mon + 1.0, static_cast<double>(local.tm_mday),
             static_cast<double>(local.tm_hour), static_cast<double>(local.tm_min),
             local.tm_sec + millisecond / 1000.0 });
 }
 
-Array makeEvent(ArrayFactory& factory, const Array& callbackName)
+Array makeEvent(const Constants& constants, ArrayFactory& factory, const Array& callbackName)
 {
-    auto event = factory.createStructArray(constants().single, constants().eventFields);
-    event.setField(0, constants().type, callbackName);
-    event.setField(0, constants().data, makeEventTime(factory));
+    auto event = factory.createStructArray(constants.single, constants.eventFields);
+    event.setField(0, constants.type, callbackName);
+    event.setField(0, constants.data, makeEventTime(constants, factory));
     return event;
 }
 
-std::vector<Array> makeArguments(TimerInfo& timer, WorkKind kind)
+std::vector<Array> makeArguments(const Constants& constants, TimerInfo& timer, WorkKind kind)
 {
     foundation::tovrindata::tovrin::ServerArrayFactory factory;
     std::vector<Array> arguments;
     arguments.reserve(4);
     arguments.push_back(timer.getTOVRINSideOfTimerObj());
-    arguments.push_back(factory.createCharArray(constants().callbackName(kind)));
-    arguments.push_back(factory.createCharArray(constants().nothing));
-    arguments.push_back(makeEvent(factory, arguments[1]));
+    arguments.push_back(factory.createCharArray(constants.callbackName(kind)));
+    arguments.push_back(factory.createCharArray(constants.nothing));
+    arguments.push_back(makeEvent(constants, factory, arguments[1]));
     return arguments;
 }
 
@@ -90,10 +84,11 @@ std::vector<Array> makeArguments(TimerInfo& timer, WorkKind kind)
 
 void evaluateTimerCallback(TimerInfo& timer, vorn::VORN& engine, WorkKind kind)
 {
+    static const NeverDestroyed<const Constants> constants;
     const auto requestId = vorn::VORN::createRequestID();
     const cmddistributor::RunOptions options;
-    const std::vector<Array> arguments = makeArguments(timer, kind);
-    auto finished = engine.feval(constants().function, arguments, 0, options, false, requestId);
+    const std::vector<Array> arguments = makeArguments(*constants, timer, kind);
+    auto finished = engine.feval(constants->function, arguments, 0, options, false, requestId);
     finished.get();
 }
 
