@@ -5,6 +5,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <map>
+
 namespace tovrinhost {
 
 namespace {
@@ -42,13 +44,14 @@ protected:
         const auto handed = work(number, timer);
         m_diagnosis.log().queued(handed);
         m_diagnosis.log().dispatched(handed);
-        m_diagnosis.log().hostHasIt();
+        m_diagnosis.log().hostHasIt(m_notes[number]);
         m_diagnosis.log().handedOver(handed);
     }
 
     TimerStatus status(std::size_t place = 0) { return takeStatus(m_diagnosis, 1, "script.lua").timers.at(place); }
 
     Diagnosis m_diagnosis;
+    std::map<std::uint64_t, TaskNote> m_notes; // by number
 };
 
 TEST_F(ProgramStatusTest, ATimersStateFollowsItsFirings)
@@ -66,12 +69,12 @@ TEST_F(ProgramStatusTest, ATimersStateFollowsItsFirings)
     EXPECT_EQ(status().state, TimerState::Waits);
     EXPECT_EQ(status().backlog, 2U);
 
-    m_diagnosis.log().callbackBegins(2, 1, 0);
+    m_diagnosis.log().callbackBegins(m_notes[2], 1, 0);
     EXPECT_EQ(status().state, TimerState::Runs);
     EXPECT_EQ(status().backlog, 1U);
 
-    m_diagnosis.log().callbackEnds(2, false);
-    m_diagnosis.log().discarded(3);
+    m_diagnosis.log().callbackEnds(m_notes[2], false);
+    m_diagnosis.log().discarded(m_notes[3]);
     EXPECT_EQ(status().state, TimerState::Due);
     m_diagnosis.log().dropped(work(1, 1), tovrintimer::DropReason::RemovedByStop);
     EXPECT_EQ(status().state, TimerState::Stopped);
@@ -120,7 +123,7 @@ TEST_F(ProgramStatusTest, TheLatestFiringIsExplainedAndATimerThatHasGoneIsNot)
     makeTimer(1, "t");
     EXPECT_THAT(explainLatest(m_diagnosis, 1).value(), StartsWith("t: the log holds no firing of it"));
     hand(2, 1);
-    m_diagnosis.log().callbackBegins(2, 1, 0);
+    m_diagnosis.log().callbackBegins(m_notes[2], 1, 0);
     EXPECT_THAT(explainLatest(m_diagnosis, 1).value(), HasSubstr("t run 1 (FixedRate, Queue, 0.1 s) due"));
     m_diagnosis.timers().removeLive(1);
     EXPECT_EQ(explainLatest(m_diagnosis, 1), std::nullopt);
