@@ -19,10 +19,10 @@ double seconds(Nanoseconds span)
     return static_cast<double>(span) / 1e9;
 }
 
-TimerState stateOf(const Inquiry::Summary& summary, bool hasRun)
+TimerState stateOf(const Inquiry::Summary& summary, bool hasBeenStarted)
 {
     if (summary.newest.number == 0) {
-        return hasRun ? TimerState::Unknown : TimerState::New;
+        return hasBeenStarted ? TimerState::Unknown : TimerState::New;
     }
     if (summary.isInCallback) {
         return TimerState::Runs;
@@ -59,7 +59,7 @@ TimerStatus statusOf(const TimerDescription& timer, const Inquiry::Summary& summ
             status.mostLateness = seconds(all.mostLateness);
         }
     }
-    status.state = stateOf(summary, status.runs > 0);
+    status.state = stateOf(summary, timer.statistics && timer.statistics->hasBeenStarted);
     return status;
 }
 

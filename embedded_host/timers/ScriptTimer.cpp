@@ -84,6 +84,7 @@ void ScriptTimer::beginRun()
     --m_runsToCome;
     const bool isStopped = m_runsToCome > 0 || m_stopsTheLastToCome;
     m_lastError.reset();
+    m_statistics->hasBeenStarted = true;
     ScriptRun::Owner& owner = *this;
     m_run = std::make_shared<ScriptRun>(m_surroundings, owner, m_number, m_settings);
     m_run->begin();

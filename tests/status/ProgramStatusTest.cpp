@@ -102,7 +102,20 @@ TEST_F(ProgramStatusTest, CountsAreOfAllRunsAlsoOfThoseThatTheLogHasForgotten)
     EXPECT_DOUBLE_EQ(found.mostLateness.value(), 0.002);
     EXPECT_EQ(found.lateness99, std::nullopt);
     EXPECT_GT(found.busy, 0);
-    EXPECT_EQ(found.state, TimerState::Unknown);
+}
+
+TEST_F(ProgramStatusTest, ATimerWhoseLatestFiringHasFallenOutOfTheLogIsNotCalledNew)
+{
+    const auto statistics = makeTimer(1, "slow");
+    makeTimer(2, "fast");
+    statistics->hasBeenStarted = true;
+    m_diagnosis.log().queued(work(1, 1));
+    EXPECT_EQ(status().state, TimerState::Due);
+    for (std::uint64_t number = 2; number <= FiringLog::capacity + 2; ++number) {
+        m_diagnosis.log().queued(work(number, 2));
+    }
+    EXPECT_EQ(status().state, TimerState::Unknown);
+    EXPECT_EQ(status().due, std::nullopt);
 }
 
 TEST_F(ProgramStatusTest, NamesAreShortenedAndMadeValidAndTimersLeftOutAreCounted)
