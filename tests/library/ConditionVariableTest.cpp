@@ -53,6 +53,22 @@ TEST(ConditionVariableTest, AMomentThatIsLongPastIsNoOverflow)
     EXPECT_FALSE(condition.wait_until(lock, DueTime::min(), [] { return false; }));
 }
 
+TEST(ConditionVariableTest, AMomentToComeIsWaitedForRightAfterOneThatHasPassed)
+{
+    ConditionVariable condition;
+    Mutex mutex;
+    Lock lock(mutex);
+    for (int round = 0; round < 20; ++round) {
+        const auto passed = std::chrono::time_point_cast<std::chrono::milliseconds>(SteadyClock::now());
+        const DueTime due = passed + 1ms;
+
+        EXPECT_FALSE(condition.wait_until(lock, passed, [] { return false; }));
+        EXPECT_FALSE(condition.wait_until(lock, due, [] { return false; }));
+
+        EXPECT_GE(SteadyClock::now(), due);
+    }
+}
+
 TEST(ConditionVariableTest, ThePredicateIsAskedAtEachStopAndTheWaitEndsNotBeforeItsDeadline)
 {
     ConditionVariable condition(5ms);

@@ -1,11 +1,14 @@
 #include "tests/library/PeriodicTest.hpp"
 
+#include "embedded_host/services/ProcessScope.hpp"
+#include "tests/faults/Locks.hpp"
 #include "timer_src/main/TimerObserver.hpp"
 #include "timer_src/main/handlers/Dispatch.hpp"
 
 #include <map>
 #include <mutex>
 #include <stdexcept>
+#include <system_error>
 #include <thread>
 
 namespace tovrintimer {
@@ -39,7 +42,8 @@ const char* nameOf(DropReason why)
     return "?";
 }
 
-/// Writes down what it is told. Numbers are told as 1, 2, 3 in the order in which they come.
+/// Writes down what it is told, and where that is not as it should be: whoever tells holds no lock of the
+/// scheduler. Numbers are told as 1, 2, 3 in the order in which they come.
 class Listener final : public TimerObserver {
 public:
     void queued(const ObservedWork& work) noexcept override { note("queued", work); }
@@ -66,10 +70,21 @@ private:
                            : std::to_string(m_numbers.try_emplace(number, m_numbers.size() + 1).first->second);
     }
 
+    /// As another thread finds it.
+    static bool isSchedulerLocked()
+    {
+        bool isLocked = false;
+        std::thread([&isLocked] {
+            const Lock lock(
+                TimerSchedulerPeer::mutex(*TimerScheduler::getPerTOVRINProcessInstance()), std::try_to_lock);
+            isLocked = !lock.owns_lock();
+        }).join();
+        return isLocked;
+    }
+
     void note(const std::string& event, const ObservedWork& work)
     {
-        // Whoever tells holds no lock that a host's operation may want.
-        TimerScheduler::getPerTOVRINProcessInstance()->forceStopWorkAndScheduleStopFcn({});
+        const bool isLocked = isSchedulerLocked();
         const std::lock_guard lock(m_mutex);
         std::string text = numberOf(work.number) + " ";
         text += fl::i18n::to_string(kindName(work.kind).wide);
@@ -77,6 +92,7 @@ private:
         if (work.insteadOf != 0) {
             text += " instead of " + numberOf(work.insteadOf);
         }
+        text += isLocked ? " under the lock" : "";
         m_told.push_back(text);
         m_works.push_back(work);
     }
@@ -210,7 +226,7 @@ TEST_F(ObserverTest, WorkOfADestroyedTimerIsDroppedAsItIsDispatched)
 
     dispatchNext();
 
-    EXPECT_THAT(
+    ASSERT_THAT(
         m_observer.told(), ElementsAre("1 TimerFcn queued", "1 TimerFcn dispatched", "1 TimerFcn TimerGone"));
     EXPECT_FALSE(m_observer.works()[2].timer < id || id < m_observer.works()[2].timer);
 }
@@ -218,14 +234,50 @@ TEST_F(ObserverTest, WorkOfADestroyedTimerIsDroppedAsItIsDispatched)
 TEST_F(ObserverTest, TheShutdownDiscardsWhatIsQueuedTheSoonestFirst)
 {
     const auto timer = makeTimer();
-    scheduler().insertAscendingSorted(stopFcn(timer, farOff(1ms)));
-    scheduler().insertAscendingSorted(timerFcn(timer, farOff()));
+    const DueTime due = farOff();
+    scheduler().insertAscendingSorted(stopFcn(timer, due + 1ms));
+    scheduler().insertAscendingSorted(timerFcn(timer, due));
 
     scheduler().cleanup();
 
     EXPECT_THAT(m_observer.told(),
         ElementsAre("1 StopFcn queued", "2 TimerFcn queued", "2 TimerFcn DiscardedByShutdown",
             "1 StopFcn DiscardedByShutdown"));
+}
+
+TEST_F(ObserverTest, WhatComesAfterTheShutdownIsDiscardedAsTheSchedulerGoes)
+{
+    const auto timer = makeTimer();
+    journal().once("Successful thread join", [&] { scheduler().insertAscendingSorted(timerFcn(timer, past())); });
+
+    tovrinhost::destroyProcessScope();
+
+    EXPECT_THAT(m_observer.told(), ElementsAre("1 TimerFcn queued", "1 TimerFcn DiscardedByShutdown"));
+}
+
+TEST_F(ObserverTest, AStopTellsOfTheWorkOfItsOwnTimerAlone)
+{
+    const auto timer = makeTimer();
+    const auto other = makeTimer("B");
+    scheduler().insertAscendingSorted(timerFcn(other, farOff()));
+    scheduler().insertAscendingSorted(timerFcn(timer, farOff()));
+
+    TimerSchedulerPeer::remove(scheduler(), timer->getId());
+
+    EXPECT_THAT(
+        m_observer.told(), ElementsAre("1 TimerFcn queued", "2 TimerFcn queued", "2 TimerFcn RemovedByStop"));
+}
+
+TEST_F(ObserverTest, WorkThatTheQueueCannotTakeIsNotQueued)
+{
+    const auto timer = makeTimer();
+    {
+        const faults::FailingLock fault(TimerSchedulerPeer::mutex(scheduler()));
+        EXPECT_THROW(scheduler().insertAscendingSorted(timerFcn(timer, farOff())), std::system_error);
+    }
+
+    EXPECT_THAT(m_observer.told(), ElementsAre("1 TimerFcn queued", "1 TimerFcn NotQueued"));
+    EXPECT_THAT(queue(), IsEmpty());
 }
 
 TEST_F(ObserverTest, ATaskThatTheHostDoesNotTakeIsNotHandedOver)

@@ -107,7 +107,8 @@ TEST_F(CommandLineTest, HelpIsShownOnRequest)
 {
     const Outcome outcome = tovrin({ "run", "--help" });
 
-    for (const char* word : { "FILE", "--feature", "--log ", "--log-file", "--max-backlog", "Exit status" }) {
+    for (const char* word : { "FILE", "--feature", "--log ", "--log-file", "--max-backlog", "--trace",
+             "--late-above", "SIGUSR1", "Exit status" }) {
         EXPECT_THAT(outcome.out, HasSubstr(word));
     }
     EXPECT_EQ(outcome.err, "");

@@ -20,12 +20,11 @@ inline Atomic<TimerObserver*> observer { nullptr };
 
 inline TimerObserver* current() noexcept
 {
-    TimerObserver* const set = observer.load(std::memory_order_relaxed);
-    if (set != nullptr) [[unlikely]] {
-        // What was written before it was set is seen from here on.
-        std::atomic_thread_fence(std::memory_order_acquire);
+    if (observer.load(std::memory_order_relaxed) == nullptr) [[likely]] {
+        return nullptr;
     }
-    return set;
+    // What was written before it was set is seen from here on. It may have been taken away meanwhile.
+    return observer.load(std::memory_order_acquire);
 }
 
 /// A number that no other piece of work has.

@@ -5,8 +5,9 @@ namespace simulation {
 using tovrintimer::DropReason;
 using tovrintimer::ObservedWork;
 
-WorkEvents::WorkEvents(Model& model)
-    : m_model(model)
+WorkEvents::WorkEvents(const Kernel& kernel, Model& model)
+    : m_kernel(kernel)
+    , m_model(model)
 {
 }
 
@@ -75,6 +76,7 @@ void WorkEvents::noteAttempt(const ObservedWork& work)
 
 WorkEvents::Told& WorkEvents::at(const ObservedWork& work)
 {
+    expect(m_kernel.locksHeld() == 0, "told of with a lock held", work);
     expect(work.number != 0, "without a number", work);
     Told& told = m_told[work.number];
     if (told.state == State::New) {

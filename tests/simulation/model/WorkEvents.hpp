@@ -8,10 +8,11 @@
 namespace simulation {
 
 /// What the library tells its observer, held against what can be seen of it otherwise: each piece of work goes its
-/// way from the queue or the dispatch to one end, and as many are handed over as the host is given.
+/// way from the queue or the dispatch to one end, and as many are handed over as the host is given. It is told
+/// with no lock held.
 class WorkEvents final : public tovrintimer::TimerObserver {
 public:
-    explicit WorkEvents(Model& model);
+    WorkEvents(const Kernel& kernel, Model& model);
 
     void queued(const tovrintimer::ObservedWork& work) noexcept override;
     void dispatched(const tovrintimer::ObservedWork& work) noexcept override;
@@ -35,6 +36,7 @@ private:
     void expectSame(const Told& told, const tovrintimer::ObservedWork& work) const;
     void noteAttempt(const tovrintimer::ObservedWork& work);
 
+    const Kernel& m_kernel;
     Model& m_model;
     std::map<std::uint64_t, Told> m_told;
     int m_handedOver = 0;

@@ -72,7 +72,7 @@ public:
         : m_program(program)
         , m_kernel(kernelOptions(program, options))
         , m_model(m_kernel)
-        , m_workEvents(m_model)
+        , m_workEvents(m_kernel, m_model)
         , m_host(m_kernel, m_model, program.timerPpe)
         , m_stage(m_kernel, m_model, m_host, program.timers)
         , m_callbackSteps(program.timers.size())
