@@ -151,6 +151,8 @@ std::optional<Firing> FiringLog::at(std::uint64_t place) const
     if (const CallbackSlot& callback = callbackAt(place); callback.isAt(place)) {
         const Firing waiting = firing;
         callback.readInto(firing);
+        // Another firing may have taken the place meanwhile.
+        // cppcheck-suppress oppositeInnerCondition
         if (!callback.isAt(place)) {
             firing = waiting;
         }

@@ -3,6 +3,7 @@
 #include "embedded_host/diagnosis/Firing.hpp"
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -11,27 +12,37 @@ namespace tovrinhost {
 
 /// What has become of the firings of one timer, in all its runs.
 ///
-/// Threading: the interpreter thread.
+/// Threading: the interpreter thread writes; any thread reads, each of them for itself.
 struct FiringStatistics {
-    std::uint64_t runs = 0; ///< TimerFcns that have begun
-    std::uint64_t drops = 0; ///< firings that were dropped before one of them
-    std::uint64_t errors = 0; ///< callbacks of any kind that have failed
-    Nanoseconds lastLateness = 0;
-    Nanoseconds mostLateness = 0;
-    Nanoseconds busy = 0; ///< spent in callbacks of any kind, with what they waited for
+    std::atomic<bool> hasBeenStarted { false };
+    std::atomic<std::uint64_t> runs { 0 }; ///< TimerFcns that have begun
+    std::atomic<std::uint64_t> drops { 0 }; ///< firings that were dropped before one of them
+    std::atomic<std::uint64_t> errors { 0 }; ///< callbacks of any kind that have failed
+    std::atomic<Nanoseconds> lastStarted { 0 }; ///< the latest TimerFcn
+    std::atomic<Nanoseconds> lastLateness { 0 };
+    std::atomic<Nanoseconds> mostLateness { 0 };
+    std::atomic<Nanoseconds> busy { 0 }; ///< spent in callbacks of any kind, with what they waited for
 
-    void timerFcnBegins(Nanoseconds lateness, std::uint64_t missed)
+    void timerFcnBegins(Nanoseconds started, Nanoseconds lateness, std::uint64_t missed)
     {
-        ++runs;
-        drops += missed;
-        lastLateness = lateness;
-        mostLateness = std::max(mostLateness, lateness);
+        set(runs, runs + 1);
+        set(drops, drops + missed);
+        set(lastStarted, started);
+        set(lastLateness, lateness);
+        set(mostLateness, std::max<Nanoseconds>(mostLateness, lateness));
     }
 
     void callbackEnds(Nanoseconds took, bool hasFailed)
     {
-        busy += took;
-        errors += hasFailed ? 1 : 0;
+        set(busy, busy + took);
+        set(errors, errors + (hasFailed ? 1 : 0));
+    }
+
+private:
+    /// One thread writes: no other write can come in between.
+    template <typename Value> static void set(std::atomic<Value>& member, Value value)
+    {
+        member.store(value, std::memory_order_relaxed);
     }
 };
 

@@ -139,6 +139,11 @@ std::map<std::uint64_t, Inquiry::Summary> Inquiry::summaries() const
                 summary->latenesses.push_back(firing.lateness());
             }
             summary->missed += firing.missed;
+            summary->waiting += firing.stage == Stage::Waiting ? 1 : 0;
+            summary->isInCallback |= firing.stage == Stage::Running;
+            if (firing.stage == Stage::Queued && summary->nextDue == 0) {
+                summary->nextDue = firing.due;
+            }
             if (summary->newest.number == 0) {
                 summary->newest = firing;
             }

@@ -39,6 +39,9 @@ public:
     struct Summary {
         std::vector<Nanoseconds> latenesses; ///< of its TimerFcns, the latest first
         std::uint64_t missed = 0;
+        std::uint64_t waiting = 0; ///< callbacks in the host's queue
+        bool isInCallback = false;
+        Nanoseconds nextDue = 0; ///< 0: nothing of it waits for its due time
         Firing newest; ///< number 0: none
     };
     std::map<std::uint64_t, Summary> summaries() const;

@@ -1,5 +1,6 @@
 #include "embedded_host/diagnosis/TimerTable.hpp"
 
+#include <algorithm>
 #include <utility>
 
 namespace tovrinhost {
@@ -34,15 +35,28 @@ void TimerTable::removeLive(std::uint64_t number)
     m_live.erase(number);
 }
 
-std::vector<TimerTable::Description> TimerTable::live() const
+std::vector<TimerTable::Description> TimerTable::live(std::size_t most) const
 {
     const std::lock_guard lock(m_mutex);
     std::vector<Description> all;
-    all.reserve(m_live.size());
-    for (const auto& [number, description] : m_live) {
-        all.push_back(description);
+    all.reserve(std::min(most, m_live.size()));
+    for (auto place = m_live.begin(); place != m_live.end() && all.size() < most; ++place) {
+        all.push_back(place->second);
     }
     return all;
+}
+
+std::size_t TimerTable::liveCount() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_live.size();
+}
+
+TimerTable::Description TimerTable::findLive(std::uint64_t number) const
+{
+    const std::lock_guard lock(m_mutex);
+    const auto found = m_live.find(number);
+    return found == m_live.end() ? nullptr : found->second;
 }
 
 TimerTable::Description TimerTable::find(const Identity& timer) const

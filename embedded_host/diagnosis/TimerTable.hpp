@@ -1,11 +1,13 @@
 #pragma once
 
 #include "embedded_host/diagnosis/Firing.hpp"
+#include "embedded_host/diagnosis/FiringStatistics.hpp"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <limits>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -24,6 +26,10 @@ struct TimerDescription {
     /// Where the functions of its StartFcn, StopFcn, TimerFcn and ErrorFcn are defined: "script.lua:5"; empty
     /// where there is none.
     std::array<std::string, 4> places;
+
+    // Of one that a script has.
+    Nanoseconds made = 0;
+    std::shared_ptr<const FiringStatistics> statistics; ///< null of others
 
     static std::size_t indexOf(tovrintimer::WorkKind kind)
     {
@@ -49,8 +55,10 @@ public:
     void putLive(TimerDescription description);
     void removeLive(std::uint64_t number);
 
-    /// In the order of their numbers.
-    std::vector<Description> live() const;
+    /// In the order of their numbers; the first of them where there are more than `most`.
+    std::vector<Description> live(std::size_t most = std::numeric_limits<std::size_t>::max()) const;
+    std::size_t liveCount() const;
+    Description findLive(std::uint64_t number) const; ///< null if there is none
 
     /// \returns null where it has gone
     Description find(const Identity& timer) const;

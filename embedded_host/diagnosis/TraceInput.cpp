@@ -10,7 +10,7 @@ namespace tovrinhost {
 
 namespace {
 
-constexpr std::size_t longestLine = 64 * 1024;
+constexpr std::size_t longestLine = 65'536;
 
 } // namespace
 

@@ -79,7 +79,7 @@ public:
 
     bool number_integer(std::int64_t value) { return take(value); }
     bool number_unsigned(std::uint64_t value) { return take(static_cast<std::int64_t>(value)); }
-    bool number_float(double /*value*/, const std::string& /*text*/) { return m_depth == 1; }
+    bool number_float(double /*value*/, const std::string& /*text*/) const { return m_depth == 1; }
 
     bool string(std::string& text)
     {

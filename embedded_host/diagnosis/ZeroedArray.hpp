@@ -12,7 +12,10 @@ namespace tovrinhost {
 struct FreeBlock {
     void* block = nullptr;
 
-    void operator()(const void* /*elements*/) const { std::free(block); }
+    void operator()(const void* /*elements*/) const
+    {
+        std::free(block); // NOLINT(cppcoreguidelines-no-malloc): as below
+    }
 };
 
 template <typename Element> using ZeroedArray = std::unique_ptr<Element[], FreeBlock>; // NOLINT(*-avoid-c-arrays)
@@ -25,6 +28,7 @@ template <typename Element> ZeroedArray<Element> makeZeroed(std::size_t count)
     static_assert(std::is_trivially_destructible_v<Element>);
     constexpr std::size_t line = 64;
     std::size_t size = (count * sizeof(Element)) + line;
+    // Whoever else gives memory writes its zeros at once. NOLINTNEXTLINE(cppcoreguidelines-no-malloc)
     void* const block = std::calloc(size, 1);
     if (block == nullptr) {
         throw std::bad_alloc();

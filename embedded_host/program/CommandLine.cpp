@@ -151,6 +151,36 @@ CLI::App* addReport(CLI::App& app, ReportCommand& command)
     return report;
 }
 
+void addProcess(CLI::App& app, std::optional<std::int64_t>& process)
+{
+    constexpr std::size_t most = std::numeric_limits<std::int32_t>::max();
+    app.add_option_function<std::string>(
+           "PID",
+           [&process](
+               const std::string& text) { process = static_cast<std::int64_t>(toCount("PID", text, most)); },
+           "The program's process; it may be left out where only one serves its status")
+        ->type_name("");
+}
+
+CLI::App* addTimers(CLI::App& app, TimersCommand& command)
+{
+    CLI::App* timers = app.add_subcommand("timers",
+        "Print how the timers of a program are doing that was started with run --status; not on Windows");
+    addProcess(*timers, command.process);
+    timers->add_flag("--json", command.asJson, "Print a JSON document, with all times in seconds");
+    return timers;
+}
+
+CLI::App* addTop(CLI::App& app, TopCommand& command)
+{
+    CLI::App* top = app.add_subcommand("top",
+        "Show how the timers of a program are doing that was started with run --status, anew each second, until q "
+        "is "
+        "pressed; not on Windows");
+    addProcess(*top, command.process);
+    return top;
+}
+
 void addLogMask(RunCommand& command, const std::string& text)
 {
     const auto [channel, digits] = split("--log", text, "CHANNEL=MASK");
@@ -162,11 +192,14 @@ void addLogMask(RunCommand& command, const std::string& text)
 
 } // namespace
 
-std::variant<RunCommand, ExplainCommand, ReportCommand, Leave> parseCommandLine(int argc, const char* const* argv)
+std::variant<RunCommand, ExplainCommand, ReportCommand, TimersCommand, TopCommand, Leave> parseCommandLine(
+    int argc, const char* const* argv)
 {
     RunCommand command;
     ExplainCommand explainCommand;
     ReportCommand reportCommand;
+    TimersCommand timersCommand;
+    TopCommand topCommand;
     std::string logFile;
 
     CLI::App app("Runs scripts whose timers are driven by the timer engine.", "tovrin");
@@ -208,6 +241,8 @@ std::variant<RunCommand, ExplainCommand, ReportCommand, Leave> parseCommandLine(
            "--late-above", [&](const std::string& text) { command.lateAbove = toSeconds("--late-above", text); },
            "Tell on standard error why a callback began later than this after it was due; at most one in a second")
         ->type_name("SECONDS");
+    run->add_flag("--status", command.servesStatus,
+        "Tell tovrin timers and tovrin top of the same user how the timers are doing; not on Windows");
     run->add_option_function<std::string>(
            "--max-backlog", [&](const std::string& text) { command.maxBacklog = toCount("--max-backlog", text); },
            "How many callbacks of one timer may wait to be run; one more is an error of the timer")
@@ -215,6 +250,8 @@ std::variant<RunCommand, ExplainCommand, ReportCommand, Leave> parseCommandLine(
         ->type_name("N");
     CLI::App* const explain = addExplain(app, explainCommand);
     CLI::App* const report = addReport(app, reportCommand);
+    CLI::App* const timers = addTimers(app, timersCommand);
+    CLI::App* const top = addTop(app, topCommand);
     run->footer(
         "SIGUSR1, or Ctrl-Break on Windows, has a table of all timers and the ten latest callbacks written to "
         "standard error.\n\n"
@@ -223,9 +260,8 @@ std::variant<RunCommand, ExplainCommand, ReportCommand, Leave> parseCommandLine(
         "usage.");
 
     try {
-        const auto commands = app.get_subcommands({});
-        const auto isNamed = [argv](const CLI::App* one) { return one->get_name() == argv[1]; };
-        if (argc > 1 && *argv[1] != '-' && std::none_of(commands.begin(), commands.end(), isNamed)) {
+        const auto isNamed = [&](const CLI::App* known) { return known->get_name() == argv[1]; };
+        if (argc > 1 && *argv[1] != '-' && app.get_subcommands(isNamed).empty()) {
             const std::string word = escape(argv[1]);
             throw CLI::ParseError("there is no command \"" + word + "\"; did you mean tovrin run " + word + "?",
                 CLI::ExitCodes::ExtrasError);
@@ -234,8 +270,8 @@ std::variant<RunCommand, ExplainCommand, ReportCommand, Leave> parseCommandLine(
     } catch (const CLI::Success& help) {
         return Leave { app.exit(help) };
     } catch (const CLI::ParseError& error) {
-        const std::string tried
-            = app.get_subcommands().empty() ? run->get_name() : app.get_subcommands()[0]->get_name();
+        const auto parsed = app.get_subcommands();
+        const std::string tried = parsed.empty() ? run->get_name() : parsed.front()->get_name();
         std::cerr << "tovrin: " << error.what() << "\nTry 'tovrin " << tried << " --help'.\n";
         return Leave { wrongUsage };
     }
@@ -244,6 +280,12 @@ std::variant<RunCommand, ExplainCommand, ReportCommand, Leave> parseCommandLine(
     }
     if (report->parsed()) {
         return reportCommand;
+    }
+    if (timers->parsed()) {
+        return timersCommand;
+    }
+    if (top->parsed()) {
+        return topCommand;
     }
     if (!logFile.empty()) {
         command.logFile = logFile;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "embedded_host/diagnosis/TraceReader.hpp"
+#include "embedded_host/program/Timers.hpp"
 #include "embedded_host/report/TraceContents.hpp"
 
 #include <cstddef>
@@ -22,6 +23,7 @@ struct RunCommand {
     std::optional<std::string> logFile;
     std::optional<std::string> traceFile;
     std::optional<double> lateAbove; ///< seconds
+    bool servesStatus = false; ///< to `tovrin timers` and `tovrin top`
     std::size_t maxBacklog = 10'000; ///< how many callbacks of one timer may wait
 };
 
@@ -37,12 +39,18 @@ struct ReportCommand {
     TraceWindow window;
 };
 
+/// `tovrin top`: what it is to show.
+struct TopCommand {
+    std::optional<std::int64_t> process; ///< none: the only one that serves its status
+};
+
 /// The program ends here, with this status: help was shown, or the usage was wrong.
 struct Leave {
     int status;
 };
 
 /// Reads the command line. Tells the user what is wrong with it, or the help that was asked for.
-std::variant<RunCommand, ExplainCommand, ReportCommand, Leave> parseCommandLine(int argc, const char* const* argv);
+std::variant<RunCommand, ExplainCommand, ReportCommand, TimersCommand, TopCommand, Leave> parseCommandLine(
+    int argc, const char* const* argv);
 
 } // namespace tovrinhost

@@ -7,11 +7,16 @@
 #include "embedded_host/program/platform/Platform.hpp"
 #include "embedded_host/report/Report.hpp"
 #include "embedded_host/services/Features.hpp"
+#include "embedded_host/status/StatusProtocol.hpp"
+#include "embedded_host/status/StatusServer.hpp"
+#include "embedded_host/status/Top.hpp"
 #include "embedded_host/timers/ScriptRunner.hpp"
 
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <optional>
+#include <string_view>
 #include <system_error>
 
 namespace tovrinhost {
@@ -49,6 +54,12 @@ int run(const RunCommand& command)
     const auto onQuestion = [&runner] { std::cerr << statusTable(runner.diagnosis()); };
     const platform::SignalWatcher watcher(onSignal, onQuestion);
     Watching watching(command, runner.diagnosis());
+    std::optional<StatusServer> server;
+    if (command.servesStatus) {
+        server.emplace([&diagnosis = runner.diagnosis(), &command](std::string_view request) {
+            return protocol::answer(request, diagnosis, ownProcess(), command.file);
+        });
+    }
     const int status = runner.run(command.file, command.arguments);
     const bool isComplete = watching.end();
     return status == EXIT_SUCCESS && !isComplete ? EXIT_FAILURE : status;
@@ -72,16 +83,19 @@ int runProgram(int argc, const char* const* argv)
         return leave->status;
     }
     platform::setUpStandardOutput();
+    int status = EXIT_SUCCESS;
     if (const auto* explain = std::get_if<ExplainCommand>(&command)) {
         explainTrace(explain->question);
-        return endOutput() ? EXIT_SUCCESS : EXIT_FAILURE;
-    }
-    if (const auto* report = std::get_if<ReportCommand>(&command)) {
+    } else if (const auto* report = std::get_if<ReportCommand>(&command)) {
         writeReport(report->trace, report->window, report->page);
-        return EXIT_SUCCESS;
+    } else if (const auto* timers = std::get_if<TimersCommand>(&command)) {
+        printTimers(*timers);
+    } else if (const auto* top = std::get_if<TopCommand>(&command)) {
+        showTop(top->process);
+    } else {
+        configure(std::get<RunCommand>(command));
+        status = run(std::get<RunCommand>(command));
     }
-    configure(std::get<RunCommand>(command));
-    const int status = run(std::get<RunCommand>(command));
     const bool isComplete = endOutput();
     return status == EXIT_SUCCESS && !isComplete ? EXIT_FAILURE : status;
 }

@@ -15,13 +15,13 @@ namespace tovrinhost {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using OrderedJson = nlohmann::ordered_json;
 
 constexpr Nanoseconds microsecond = 1'000;
 
-Json moment(Nanoseconds at)
+OrderedJson moment(Nanoseconds at)
 {
-    return at == 0 ? Json() : Json(std::max<Nanoseconds>(0, at) / microsecond);
+    return at == 0 ? OrderedJson() : OrderedJson(std::max<Nanoseconds>(0, at) / microsecond);
 }
 
 const char* stateOf(const Firing& firing)
@@ -77,7 +77,7 @@ struct TimerRow {
         }
     }
 
-    Json json() const
+    OrderedJson json() const
     {
         return { { "name", name }, { "settings", settings }, { "period", period / microsecond }, { "runs", runs },
             { "missed", missed }, { "failed", failed }, { "busy", static_cast<double>(busy) / 1e9 },
@@ -85,9 +85,9 @@ struct TimerRow {
     }
 
 private:
-    static Json latenesses(const std::vector<Nanoseconds>& all)
+    static OrderedJson latenesses(const std::vector<Nanoseconds>& all)
     {
-        Json three = Json::array();
+        OrderedJson three = OrderedJson::array();
         for (const std::size_t percent : { 50U, 99U, 100U }) {
             three.push_back(percentile(all, percent) / microsecond);
         }
@@ -118,9 +118,9 @@ public:
         return known->second;
     }
 
-    Json json() const
+    OrderedJson json() const
     {
-        Json all = Json::array();
+        OrderedJson all = OrderedJson::array();
         for (const TimerRow& row : m_rows) {
             all.push_back(row.json());
         }
@@ -139,14 +139,15 @@ std::string reportData(const TraceContents& trace)
 {
     const ExplanationText words([&trace](const TimerTable::Identity& timer) { return trace.find(timer); }, 0);
     TimerRows rows(trace);
-    Json firings = Json::array();
+    OrderedJson firings = OrderedJson::array();
     for (const Firing& firing : trace.firings()) {
         firings.push_back({ rows.add(firing), ExplanationText::callbackName(firing.kind, firing.run),
             stateOf(firing), moment(firing.due), moment(firing.dispatched), moment(firing.started),
             moment(firing.ended), firing.missed, moment(firing.firstDue), words.of(trace.explain(firing)) });
     }
-    const Json all { { "program", escape(trace.program()) }, { "timers", rows.json() }, { "firings", firings } };
-    std::string text = all.dump(-1, ' ', true, Json::error_handler_t::replace);
+    const OrderedJson all { { "program", escape(trace.program()) }, { "timers", rows.json() },
+        { "firings", firings } };
+    std::string text = all.dump(-1, ' ', true, OrderedJson::error_handler_t::replace);
     // Else a name might end the element, or begin a comment in it.
     for (std::size_t at = text.find('<'); at != std::string::npos; at = text.find('<', at)) {
         text.replace(at, 1, "\\u003c");

@@ -10,12 +10,25 @@ namespace tovrinhost {
 namespace {
 
 /// What lies beside the firings: no trace of so many firings has more of it, unless its firings were lost.
-constexpr std::size_t mostPieces = 20 * TraceContents::mostFiringsOfAPage;
+constexpr std::size_t mostBesideFirings = 20 * TraceContents::mostFiringsOfAPage;
 
 bool isWithin(const Firing& firing, const TraceWindow& window)
 {
     const Nanoseconds first = firing.firstDue != 0 ? std::min(firing.firstDue, firing.due) : firing.due;
     return std::max(firing.due, firing.ended) >= window.from && first <= window.to;
+}
+
+/// \param reader of such lines
+template <typename Piece>
+void readPiece(TraceInput& lines, std::optional<Piece> (*reader)(std::string_view line), const TraceWindow& window,
+    std::vector<Piece>& into)
+{
+    if (into.size() >= mostBesideFirings) {
+        return;
+    }
+    if (const auto piece = lines.read(reader); piece && piece->from <= window.to) {
+        into.push_back(*piece);
+    }
 }
 
 template <typename Piece> bool beginsBefore(const Piece& piece, Nanoseconds moment)
@@ -69,16 +82,10 @@ void TraceContents::read(const std::string& file, const TraceWindow& window, std
             if (firing && isWithin(*firing, window) && !isForNobody(*firing) && ++within <= mostFirings) {
                 m_firings.push_back(*firing);
             }
-        } else if (m_dispatches.size() + m_activities.size() < mostPieces) {
-            if (lines.is(trace::dispatch)) {
-                if (const auto event = lines.read(readDispatch); event && event->from <= window.to) {
-                    m_dispatches.push_back(*event);
-                }
-            } else if (lines.is(trace::activity)) {
-                if (const auto activity = lines.read(readActivity); activity && activity->from <= window.to) {
-                    m_activities.push_back(*activity);
-                }
-            }
+        } else if (lines.is(trace::dispatch)) {
+            readPiece(lines, readDispatch, window, m_dispatches);
+        } else if (lines.is(trace::activity)) {
+            readPiece(lines, readActivity, window, m_activities);
         }
     }
     if (within > mostFirings) {

@@ -168,7 +168,7 @@ void ScriptRun::noteBeginning(bool isTimerFcn, const TaskNote& note)
     const auto& beginning = m_surroundings.diagnosis.callbackBegins(
         note, isTimerFcn ? m_timerFcns : 0, m_settings.periodNanoseconds());
     if (isTimerFcn && m_owner != nullptr) {
-        m_owner->statistics().timerFcnBegins(beginning.lateness(), beginning.missed);
+        m_owner->statistics().timerFcnBegins(beginning.started, beginning.lateness(), beginning.missed);
     }
 }
 

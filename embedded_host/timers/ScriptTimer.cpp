@@ -40,6 +40,8 @@ void ScriptTimer::describe() const
 {
     TimerDescription description = m_settings.describe();
     description.number = m_number;
+    description.made = m_made;
+    description.statistics = m_statistics;
     m_surroundings.diagnosis.timers().putLive(std::move(description));
 }
 
@@ -82,6 +84,7 @@ void ScriptTimer::beginRun()
     --m_runsToCome;
     const bool isStopped = m_runsToCome > 0 || m_stopsTheLastToCome;
     m_lastError.reset();
+    m_statistics->hasBeenStarted = true;
     ScriptRun::Owner& owner = *this;
     m_run = std::make_shared<ScriptRun>(m_surroundings, owner, m_number, m_settings);
     m_run->begin();

@@ -69,7 +69,7 @@ public:
     std::string explain(std::optional<std::uint64_t> run) const;
 
     /// Of all runs.
-    const FiringStatistics& firings() const { return m_statistics; }
+    const FiringStatistics& firings() const { return *m_statistics; }
 
     /// The moment at which it was made.
     Nanoseconds made() const { return m_made; }
@@ -78,7 +78,7 @@ private:
     enum class Life { Live, BeingDeleted, Deleted };
 
     void errorReported(const std::string& error) override { m_lastError = error; }
-    FiringStatistics& statistics() override { return m_statistics; }
+    FiringStatistics& statistics() override { return *m_statistics; }
     void runEnded() override;
     void describe() const;
     bool isStartAccepted() const { return m_runsToCome > 0 && !m_stopsTheLastToCome; }
@@ -92,7 +92,8 @@ private:
     Life m_life = Life::Live;
     std::shared_ptr<ScriptRun> m_run; // the latest; null before the first, and once deleted
     std::optional<std::string> m_lastError; // of the latest run
-    FiringStatistics m_statistics; // of all runs
+    // Of all runs; whoever was told of the timer may still look at it.
+    const std::shared_ptr<FiringStatistics> m_statistics = std::make_shared<FiringStatistics>();
 
     // Accepted, and not begun. All but the last have been stopped already.
     std::size_t m_runsToCome = 0;

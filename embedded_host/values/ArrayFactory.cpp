@@ -100,8 +100,7 @@ StructArray ArrayFactory::createStructArray(const ArrayDimensions& dimensions, s
         detail::countElements(all); // says so
     }
     const std::size_t values = extents.count() * fields;
-    const Array array
-        = detail::makeArray(std::move(extents), detail::StructElements { std::move(fieldNames), {} });
+    Array array = detail::makeArray(std::move(extents), detail::StructElements { std::move(fieldNames), {} });
     std::get<detail::StructElements>(array.storage()->elements).values.resize(values);
     return StructArray(std::move(array));
 }

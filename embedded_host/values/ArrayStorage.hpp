@@ -22,6 +22,8 @@ struct DoubleElements {
     std::vector<double> values; ///< column by column
 };
 
+// The moves of its members do not throw; what they are made of could.
+// NOLINTNEXTLINE(bugprone-exception-escape)
 struct StructElements {
     /// A single small record, as an event is, takes no memory of its own.
     using Values = boost::container::small_vector<Array, 2>;
