@@ -26,7 +26,7 @@ template <typename... Values> std::string format(const char* form, Values... val
     return text.data();
 }
 
-double milliseconds(Nanoseconds span)
+double toMilliseconds(Nanoseconds span)
 {
     return static_cast<double>(span) / 1e6;
 }
@@ -159,7 +159,7 @@ std::string ExplanationText::of(const Explanation& explanation) const
     }
     const Nanoseconds lateness = firing.lateness();
     std::string text = title(firing) + " started " + moment(firing.started)
-        + format(" late %.1f ms", milliseconds(lateness)) + (firing.stage == Stage::Failed ? ", and failed" : "")
+        + format(" late %.1f ms", toMilliseconds(lateness)) + (firing.stage == Stage::Failed ? ", and failed" : "")
         + "\n";
     if (firing.missed > 0) {
         text += "    instead of the firing due " + moment(firing.firstDue)
@@ -173,7 +173,7 @@ std::string ExplanationText::of(const Explanation& explanation) const
     std::sort(lengths.rbegin(), lengths.rend());
     const Nanoseconds shortest = lengths.size() > mostParts ? lengths[mostParts] + 1 : 0;
     const auto line = [&](Nanoseconds length, const std::string& cause) {
-        text += format("  %11.3f ms %5.1f %%  ", milliseconds(length),
+        text += format("  %11.3f ms %5.1f %%  ", toMilliseconds(length),
                     100.0 * static_cast<double>(length) / static_cast<double>(lateness))
             + cause + "\n";
     };

@@ -89,7 +89,7 @@ template <typename Read> auto readAnswer(const std::string& answer, const Read& 
     std::string error;
     try {
         const Json document = Json::parse(answer);
-        if (const auto spoken = document.at(versionMember); spoken != version) {
+        if (const auto& spoken = document.at(versionMember); spoken != version) {
             throw std::runtime_error("it speaks version " + spoken.dump() + ", not " + std::to_string(version));
         }
         if (!document.contains("error")) {
@@ -138,7 +138,7 @@ std::string answer(
         number = error == std::errc() && end == last ? number : 0;
     }
     if (number == 0) {
-        return errorAnswer("a request is \"timers\" or \"timer NUMBER\"");
+        return errorAnswer(R"(a request is "timers" or "timer NUMBER")");
     }
     const auto explanation = explainLatest(diagnosis, number);
     return explanation ? dumped({ { versionMember, version }, { "explanation", *explanation } })

@@ -7,8 +7,6 @@
 #include <string>
 #include <string_view>
 
-namespace tovrinhost {
-
 // What a program that serves its status and those who ask for it say to each other: one line is asked, one JSON
 // document answered, and a line break ends both. Then the server hangs up.
 //
@@ -19,7 +17,7 @@ namespace tovrinhost {
 // Times are seconds by the steady clock, moments since the program began. The number is that of the protocol: it
 // changes with what would be misunderstood.
 
-namespace protocol {
+namespace tovrinhost::protocol {
 
 constexpr int version = 1;
 constexpr std::size_t longestRequest = 200; ///< bytes, with the line break
@@ -40,6 +38,4 @@ std::string readExplanation(const std::string& answer);
 /// A status as JSON, in ASCII; the same document as the answer.
 std::string toJson(const ProgramStatus& status);
 
-} // namespace protocol
-
-} // namespace tovrinhost
+} // namespace tovrinhost::protocol

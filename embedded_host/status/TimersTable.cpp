@@ -20,13 +20,13 @@ std::string decimals(double value, int places)
     return text.data();
 }
 
-std::string inSeconds(const std::optional<double>& seconds)
+std::string secondsOf(const std::optional<double>& seconds)
 {
     // What is due in the millisecond in which the program began was so before it.
     return seconds ? decimals(std::max(0.0, *seconds), 3) : "-";
 }
 
-std::string inMilliseconds(const std::optional<double>& seconds)
+std::string millisecondsOf(const std::optional<double>& seconds)
 {
     return seconds ? decimals(*seconds * 1e3, 1) : "-";
 }
@@ -91,19 +91,19 @@ std::string cellOf(const TimerStatus& timer, Column column, double now)
     case Column::Settings:
         return escape(timer.settings);
     case Column::Due:
-        return inSeconds(timer.due);
+        return secondsOf(timer.due);
     case Column::Left:
         return timer.due ? decimals(*timer.due - now, 3) : "-";
     case Column::LastRun:
-        return inSeconds(timer.last);
+        return secondsOf(timer.last);
     case Column::Runs:
         return std::to_string(timer.runs);
     case Column::LateLast:
-        return inMilliseconds(timer.latenessOfLast);
+        return millisecondsOf(timer.latenessOfLast);
     case Column::Late99:
-        return inMilliseconds(timer.lateness99);
+        return millisecondsOf(timer.lateness99);
     case Column::LateMost:
-        return inMilliseconds(timer.mostLateness);
+        return millisecondsOf(timer.mostLateness);
     case Column::Busy:
         return decimals(timer.busy * 100, 1);
     case Column::Dropped:
@@ -131,7 +131,7 @@ std::string headOf(const ProgramStatus& status)
 {
     const std::size_t count = status.timers.size() + status.moreTimers;
     return "tovrin " + std::to_string(status.process) + ", " + escape(status.script) + ": " + std::to_string(count)
-        + (count == 1 ? " timer" : " timers") + " after " + inSeconds(status.now) + " s";
+        + (count == 1 ? " timer" : " timers") + " after " + secondsOf(status.now) + " s";
 }
 
 std::string timersTable(const ProgramStatus& status)

@@ -70,7 +70,8 @@ std::string shortened(std::string text, std::size_t most)
     while (end > 0 && isFollower(text[end])) {
         --end;
     }
-    return text.replace(end, std::string::npos, mark);
+    text.resize(end);
+    return text += mark;
 }
 
 std::size_t characterCount(std::string_view text)

@@ -51,6 +51,7 @@ Descriptor listenAt(const std::string& path)
     const sockaddr_un address = platform::addressOf(unfinished);
     unlink(unfinished.c_str()); // left by a process of the same number that was killed
     constexpr mode_t mode = 0600;
+    // Addresses of all kinds are handed over as one. NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast)
     const bool isDone = bind(*listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0
         && chmod(unfinished.c_str(), mode) == 0 && listen(*listener, mostThatWait) == 0
         && link(unfinished.c_str(), path.c_str()) == 0; // not over one that there is

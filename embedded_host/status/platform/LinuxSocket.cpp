@@ -126,6 +126,7 @@ std::pair<Descriptor, int> connectTo(const std::string& path)
 {
     Descriptor connection = makeSocket();
     const sockaddr_un address = addressOf(path);
+    // Addresses of all kinds are handed over as one. NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast)
     const int result = connect(*connection, reinterpret_cast<const sockaddr*>(&address), sizeof address);
     const int error = result == 0 ? 0 : errno;
     return { error == 0 ? std::move(connection) : Descriptor(), error };

@@ -13,7 +13,7 @@
 #include <stdexcept>
 
 #define NCURSES_NOMACROS
-#define NCURSES_WIDECHAR 1
+#define NCURSES_WIDECHAR 1 // NOLINT(cppcoreguidelines-macro-usage): the header asks for it
 #include <ncurses.h>
 #include <unistd.h>
 
@@ -58,7 +58,8 @@ public:
             = view.draw(static_cast<std::size_t>(getmaxx(stdscr)), static_cast<std::size_t>(getmaxy(stdscr)));
         for (std::size_t row = 0; row < lines.size(); ++row) {
             const bool isMarked = lines[row].style == TopView::Line::Selected;
-            attrset(isMarked ? A_REVERSE : lines[row].style == TopView::Line::Head ? A_BOLD : A_NORMAL);
+            const auto look = isMarked ? A_REVERSE : lines[row].style == TopView::Line::Head ? A_BOLD : A_NORMAL;
+            attrset(static_cast<int>(look));
             if (isMarked) {
                 mvhline(static_cast<int>(row), 0, ' ', getmaxx(stdscr));
             }
