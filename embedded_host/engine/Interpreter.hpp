@@ -1,6 +1,7 @@
 #pragma once
 
 #include "embedded_host/engine/RunningCode.hpp"
+#include "embedded_host/engine/SpareBlocks.hpp"
 #include "host/Export.hpp"
 #include "host/foundation/tovrindata/Array.hpp"
 
@@ -36,6 +37,9 @@ public:
 
     /// Where code runs: the main state, or the coroutine that pumps the event loop.
     lua_State* state() { return m_code.state(); }
+
+    /// For the state's memory.
+    SpareBlocks& spareBlocks() { return m_spareBlocks; }
 
     /// Makes a function of the host's known to `call`, under a name that scripts neither see nor take away.
     /// \param source statements that return the function; they are given `helper`, or nil
@@ -84,6 +88,7 @@ private:
     void callAbove(int handler, int arguments, int results);
 
     EventLoop& m_loop;
+    SpareBlocks m_spareBlocks; // before the state, whose blocks they are
     std::unique_ptr<lua_State, Close> m_main; // before what is initialised from it
     RunningCode m_code;
     std::map<std::string, int> m_functions; // those of the host, by name: references in the registry

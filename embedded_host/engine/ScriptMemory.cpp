@@ -68,11 +68,10 @@ int throwError(lua_State* state)
 
 } // namespace
 
-void keepReserveFrom(lua_State* state)
+void keepReserveFrom(lua_State* state, SpareBlocks& spareBlocks)
 {
     std::set_new_handler(giveReserveUp);
     // The blocks so far are of the C library's heap, too.
-    thread_local SpareBlocks spareBlocks;
     lua_setallocf(state, allocate, &spareBlocks);
     lua_atpanic(state, throwError);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "embedded_host/engine/SpareBlocks.hpp"
 #include "host/Export.hpp"
 
 #include <lua.h>
@@ -13,6 +14,7 @@ namespace tovrinhost {
 /// `operator new`), the reserve is given up to it, and restored before the script gets any.
 /// Threading: the interpreter thread, before any code runs; the state is closed there, too. The reserve is the
 /// process's.
-TOVRINHOST_API void keepReserveFrom(lua_State* state);
+/// \param spareBlocks outlives the state
+TOVRINHOST_API void keepReserveFrom(lua_State* state, SpareBlocks& spareBlocks);
 
 } // namespace tovrinhost

@@ -21,7 +21,7 @@ ScriptRunner::ScriptRunner(std::size_t maxBacklog)
     , m_timers(m_engine, m_errors, maxBacklog)
 {
     m_engine->run([this](Interpreter& interpreter) {
-        keepReserveFrom(interpreter.state());
+        keepReserveFrom(interpreter.state(), interpreter.spareBlocks());
         openTimerLibrary(interpreter, m_timers, m_exitCode);
         interpreter.protect([](lua_State* state) {
             openProcesses(state);

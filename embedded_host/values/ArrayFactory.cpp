@@ -4,6 +4,9 @@
 #include "timer_src/main/NeverDestroyed.hpp"
 
 #include <algorithm>
+#include <array>
+#include <atomic>
+#include <memory>
 #include <stdexcept>
 #include <utility>
 
@@ -57,6 +60,25 @@ CharArray makeCharArray(const std::string& utf8)
     return CharArray(detail::makeArray({ rows, countCharacters(utf8) }, detail::CharElements { utf8 }));
 }
 
+/// The first words that come are kept for ever, and found without a lock; no others are.
+CharArray wordOf(const std::string& utf8)
+{
+    static std::array<std::atomic<const CharArray*>, 16> kept {};
+    for (auto& place : kept) {
+        const CharArray* word = place.load(std::memory_order_acquire);
+        if (word == nullptr) {
+            auto made = std::make_unique<const CharArray>(makeCharArray(utf8));
+            if (place.compare_exchange_strong(word, made.get(), std::memory_order_acq_rel)) {
+                return *made.release();
+            }
+        }
+        if (detail::charactersOf(*word) == utf8) {
+            return *word;
+        }
+    }
+    return makeCharArray(utf8);
+}
+
 } // namespace
 
 ArrayFactory::ArrayFactory() = default;
@@ -72,11 +94,7 @@ CharArray ArrayFactory::createCharArray(const std::string& utf8)
     if (utf8.size() > longestWord) {
         return makeCharArray(utf8);
     }
-    thread_local CharArray latestWord = *empty;
-    if (detail::charactersOf(latestWord) != utf8) {
-        latestWord = makeCharArray(utf8);
-    }
-    return latestWord;
+    return wordOf(utf8);
 }
 
 TypedArray<double> ArrayFactory::createDoubleArray(const ArrayDimensions& dimensions, std::vector<double> values)
