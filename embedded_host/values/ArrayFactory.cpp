@@ -60,20 +60,30 @@ CharArray makeCharArray(const std::string& utf8)
     return CharArray(detail::makeArray({ rows, countCharacters(utf8) }, detail::CharElements { utf8 }));
 }
 
+using Place = std::atomic<const CharArray*>;
+
+/// What is kept at this place: the text itself, where there was nothing.
+const CharArray& keptAt(Place& place, const std::string& utf8)
+{
+    if (const CharArray* const word = place.load(std::memory_order_acquire)) {
+        return *word;
+    }
+    auto made = std::make_unique<const CharArray>(makeCharArray(utf8));
+    const CharArray* nothing = nullptr;
+    if (place.compare_exchange_strong(nothing, made.get(), std::memory_order_acq_rel)) {
+        return *made.release();
+    }
+    return *place.load(std::memory_order_acquire);
+}
+
 /// The first words that come are kept for ever, and found without a lock; no others are.
 CharArray wordOf(const std::string& utf8)
 {
-    static std::array<std::atomic<const CharArray*>, 16> kept {};
-    for (auto& place : kept) {
-        const CharArray* word = place.load(std::memory_order_acquire);
-        if (word == nullptr) {
-            auto made = std::make_unique<const CharArray>(makeCharArray(utf8));
-            if (place.compare_exchange_strong(word, made.get(), std::memory_order_acq_rel)) {
-                return *made.release();
-            }
-        }
-        if (detail::charactersOf(*word) == utf8) {
-            return *word;
+    static std::array<Place, 16> kept {};
+    for (Place& place : kept) {
+        const CharArray& word = keptAt(place, utf8);
+        if (detail::charactersOf(word) == utf8) {
+            return word;
         }
     }
     return makeCharArray(utf8);
