@@ -40,6 +40,9 @@ bool TraceInput::next()
     if (m_file.fail() && !m_file.eof()) {
         fail("line " + std::to_string(m_number) + " is longer than any that tovrin writes");
     }
+    if (m_line.ends_with('\r')) {
+        m_line.remove_suffix(1); // it has been through an editor's hands
+    }
     if (m_line.ends_with(',')) {
         m_line.remove_suffix(1);
     }

@@ -69,10 +69,12 @@ public:
 
     void addLine(const std::string& line) { m_text += ",\n" + line; }
 
+    std::string content() const { return m_text + "\n]\n"; }
+
     /// \returns the path of the trace
     std::string write() const
     {
-        std::ofstream(m_file.path(), std::ios::binary) << m_text << "\n]\n";
+        std::ofstream(m_file.path(), std::ios::binary) << content();
         return m_file.path();
     }
 

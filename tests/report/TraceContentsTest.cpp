@@ -110,6 +110,20 @@ TEST(TraceContentsTest, MoreFiringsThanAPageHoldsAreRefusedUnlessAWindowLeavesFe
     EXPECT_EQ(TraceContents(file, { 0, 59 * ms }, 5).firings().size(), 5U);
 }
 
+TEST(TraceContentsTest, LineEndsOfOtherSystemsDoNoHarm)
+{
+    MadeUpTrace made;
+    made.add(made.run(1, 1, 100, 110, 120));
+    std::string text = made.content();
+    for (std::size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n', at + 2)) {
+        text.insert(at, "\r");
+    }
+    const TemporaryFile carried;
+    std::ofstream(carried.path(), std::ios::binary) << text;
+
+    EXPECT_THAT(numbersOf(TraceContents(carried.path(), {})), ElementsAre(1));
+}
+
 TEST(TraceContentsTest, WhatIsNoTraceIsRefused)
 {
     EXPECT_EQ(thrownMessage<std::runtime_error>([] { TraceContents("/nowhere/trace.json", {}); }),
