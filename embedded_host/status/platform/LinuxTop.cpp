@@ -2,6 +2,7 @@
 #include "embedded_host/status/StatusProtocol.hpp"
 #include "embedded_host/status/Top.hpp"
 #include "embedded_host/status/TopView.hpp"
+#include "embedded_host/status/platform/LinuxTerminalType.hpp"
 #include "embedded_host/values/Utf8.hpp"
 
 #include <algorithm>
@@ -30,7 +31,9 @@ public:
     Terminal()
         : m_output(fdopen(dup(STDOUT_FILENO), "w"))
         , m_input(fdopen(dup(STDIN_FILENO), "r"))
-        , m_screen(m_output && m_input ? newterm(nullptr, m_output.get(), m_input.get()) : nullptr)
+        , m_screen(m_output && m_input && platform::isTerminalTypeKnown()
+                  ? newterm(nullptr, m_output.get(), m_input.get())
+                  : nullptr)
     {
         if (m_screen == nullptr) {
             const char* const type = std::getenv("TERM"); // NOLINT(concurrency-mt-unsafe)
