@@ -1,5 +1,6 @@
 #include "embedded_host/engine/Interpreter.hpp"
 
+#include "embedded_host/engine/EventLoop.hpp"
 #include "embedded_host/engine/LuaArrays.hpp"
 #include "embedded_host/engine/ScriptError.hpp"
 
