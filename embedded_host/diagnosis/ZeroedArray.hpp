@@ -14,11 +14,12 @@ struct FreeBlock {
 
     void operator()(const void* /*elements*/) const
     {
-        std::free(block); // NOLINT(cppcoreguidelines-no-malloc): as below
+        std::free(block); // NOLINT(cppcoreguidelines-no-malloc): it is calloc's
     }
 };
 
-template <typename Element> using ZeroedArray = std::unique_ptr<Element[], FreeBlock>; // NOLINT(*-avoid-c-arrays)
+// No container takes elements that are zeros already. NOLINTNEXTLINE(*-avoid-c-arrays)
+template <typename Element> using ZeroedArray = std::unique_ptr<Element[], FreeBlock>;
 
 /// Elements of zeros, in cache lines of their own. The system gives the memory as it is used, page by page.
 /// \throws std::bad_alloc

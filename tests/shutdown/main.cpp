@@ -17,7 +17,7 @@
 namespace {
 
 /// Destroyed after all that has come with the plugin, since it was there before: gives what goes on then the time
-/// to fail.
+/// to fail. Where nothing fails nothing happens, so there is no event to wait for.
 struct Afterwards {
     ~Afterwards() { std::this_thread::sleep_for(std::chrono::milliseconds(wait)); }
     int wait = 0;

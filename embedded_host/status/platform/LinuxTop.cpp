@@ -36,7 +36,8 @@ public:
                   : nullptr)
     {
         if (m_screen == nullptr) {
-            const char* const type = std::getenv("TERM"); // NOLINT(concurrency-mt-unsafe)
+            // Nobody in this process changes its environment. NOLINTNEXTLINE(concurrency-mt-unsafe)
+            const char* const type = std::getenv("TERM");
             throw std::runtime_error(std::string("the terminal type \"") + (type == nullptr ? "" : type)
                 + "\" (TERM) is not known here");
         }
@@ -173,7 +174,8 @@ void showTop(std::optional<std::int64_t> process)
     const std::int64_t program = chooseProgram(process);
     TopView view;
     fetch(view, program);
-    std::setlocale(LC_CTYPE, ""); // NOLINT(concurrency-mt-unsafe)
+    // There is no other thread: top runs no script. NOLINTNEXTLINE(concurrency-mt-unsafe)
+    std::setlocale(LC_CTYPE, "");
     const Terminal terminal;
     constexpr std::chrono::seconds interval { 1 };
     for (auto next = Clock::now() + interval;;) {

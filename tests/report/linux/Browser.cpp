@@ -72,7 +72,7 @@ Browser::~Browser()
     ::close(m_fromBrowser);
     ::kill(m_process, SIGKILL);
     ::waitpid(m_process, nullptr, 0);
-    // Its helpers may be writing yet.
+    // Its own child processes may be writing yet, and nothing tells when they have ended: they are not ours.
     for (int attempt = 0; attempt < 50; ++attempt) {
         std::error_code error;
         std::filesystem::remove_all(m_profile, error);
@@ -133,6 +133,7 @@ void Browser::open(const std::string& file)
 {
     call("Page.enable", json::object());
     call("Page.navigate", { { "url", "file://" + file } });
+    // The page is asked, in place of its events: there is one for each frame, and the first is of the empty page.
     while (evaluate("location.href !== 'about:blank' && document.readyState") != "complete") {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }

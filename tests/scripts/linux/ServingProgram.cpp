@@ -35,6 +35,7 @@ ServingProgram::ServingProgram(const std::string& folder, const std::string& run
         becomeProgram(folder, runtime, script);
     }
     m_socketPath = runtime + "/tovrin/" + name() + ".sock";
+    // The folder of the socket may not be there yet, so that it cannot be watched.
     siginfo_t ended {};
     while (!std::filesystem::exists(m_socketPath)
         && (waitid(P_PID, static_cast<id_t>(m_process), &ended, WEXITED | WNOHANG | WNOWAIT) == 0

@@ -236,6 +236,7 @@ print("runs " .. s.Runs) print("drops " .. s.Drops) print("p99 " .. s.Lateness.P
                     const int made = connect(program.socketPath());
                     if (made < 0) {
                         ++refused;
+                        // Else what is measured is how busy the flood itself keeps the processor.
                         std::this_thread::sleep_for(std::chrono::milliseconds(1));
                         continue;
                     }
