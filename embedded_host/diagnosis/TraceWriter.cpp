@@ -75,6 +75,7 @@ int TraceWriter::trackOf(const TimerTable::Identity& timer)
         }
         if (m_known.size() > TimerTable::capacity) {
             m_known.clear(); // they are told again as they come
+            m_namedTracks.clear();
         }
     }
     return track;

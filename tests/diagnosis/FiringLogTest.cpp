@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
-
 #include <thread>
 
 namespace tovrinhost {
@@ -13,32 +11,7 @@ namespace {
 
 using tovrintimer::DropReason;
 
-class FiringLogTest : public testing::Test {
-protected:
-    ~FiringLogTest() override { m_log.handedOver(work(0, 1, 0)); }
-
-    static void at(Nanoseconds milliseconds) { madeUpNow = milliseconds * ms; }
-
-    /// From the queue to the host.
-    void hand(const tovrintimer::ObservedWork& handed)
-    {
-        m_log.queued(handed);
-        m_log.dispatched(handed);
-        EXPECT_EQ(hostHasIt(), handed.number);
-        m_log.handedOver(handed);
-    }
-
-    /// \returns the number of the firing
-    std::uint64_t hostHasIt()
-    {
-        const TaskNote note = noteOf(m_log);
-        m_notes[note.number] = note;
-        return note.number;
-    }
-
-    std::map<std::uint64_t, TaskNote> m_notes; // by number
-    FiringLog m_log { (madeUpNow = 0, madeUpClock) };
-};
+class FiringLogTest : public MadeUpLogTest { };
 
 TEST_F(FiringLogTest, AFiringIsFollowedFromTheQueueToTheEndOfItsCallback)
 {

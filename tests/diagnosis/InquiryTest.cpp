@@ -4,32 +4,19 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <map>
-
 namespace tovrinhost {
 
 namespace {
 
 using testing::ElementsAre;
 
-class InquiryTest : public testing::Test {
+class InquiryTest : public MadeUpLogTest {
 protected:
     InquiryTest()
     {
-
         for (const std::int64_t timer : { 1, 2 }) {
             m_timers.put(timerNumber(timer), *describe(timerNumber(timer)));
         }
-    }
-
-    static void at(Nanoseconds milliseconds) { madeUpNow = milliseconds * ms; }
-
-    void hand(const tovrintimer::ObservedWork& handed)
-    {
-        m_log.queued(handed);
-        m_log.dispatched(handed);
-        hostHasIt();
-        m_log.handedOver(handed);
     }
 
     std::string latestText(std::int64_t timer) { return m_inquiry.text(*m_inquiry.latest(timerNumber(timer))); }
@@ -44,16 +31,6 @@ protected:
         m_log.callbackEnds(m_notes[fired.number], false);
     }
 
-    /// \returns the number of the firing
-    std::uint64_t hostHasIt()
-    {
-        const TaskNote note = noteOf(m_log);
-        m_notes[note.number] = note;
-        return note.number;
-    }
-
-    std::map<std::uint64_t, TaskNote> m_notes; // by number
-    FiringLog m_log { (madeUpNow = 0, madeUpClock) };
     TimerTable m_timers;
     Inquiry m_inquiry { m_log, m_timers };
 };

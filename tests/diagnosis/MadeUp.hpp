@@ -3,7 +3,11 @@
 #include "embedded_host/diagnosis/FiringLog.hpp"
 #include "embedded_host/diagnosis/TimerTable.hpp"
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
+#include <map>
+#include <memory>
 #include <string>
 
 namespace tovrinhost {
@@ -56,5 +60,34 @@ inline TimerTable::Description describe(const TimerTable::Identity& timer)
         description(2, "hog", "FixedRate, Queue, 0.1 s", "script.lua:5"));
     return timer.second == 1 ? poll : timer.second == 2 ? hog : nullptr;
 }
+
+/// A log whose clock is the test's, and the host that gives it its tasks.
+class MadeUpLogTest : public testing::Test {
+protected:
+    /// What the last test's thread was dispatching is none of the next one's.
+    ~MadeUpLogTest() override { m_log.handedOver(work(0, 1, 0)); }
+
+    static void at(Nanoseconds milliseconds) { madeUpNow = milliseconds * ms; }
+
+    /// From the queue to the host.
+    void hand(const tovrintimer::ObservedWork& handed)
+    {
+        m_log.queued(handed);
+        m_log.dispatched(handed);
+        EXPECT_EQ(hostHasIt(), handed.number);
+        m_log.handedOver(handed);
+    }
+
+    /// \returns the number of the firing
+    std::uint64_t hostHasIt()
+    {
+        const TaskNote note = noteOf(m_log);
+        m_notes[note.number] = note;
+        return note.number;
+    }
+
+    std::map<std::uint64_t, TaskNote> m_notes; // by number
+    FiringLog m_log { (madeUpNow = 0, madeUpClock) };
+};
 
 } // namespace tovrinhost

@@ -16,8 +16,9 @@ class TimerInfo;
 class TimerObserver;
 
 /// Has the timer's queued TimerFcn that has this record, if there is one, be due now: the callback that it waits
-/// for has returned. \throws std::system_error if m_mutex of the process's scheduler cannot be locked; the item is
-/// due when it was
+/// for has returned.
+///
+/// \throws std::system_error if m_mutex of the process's scheduler cannot be locked; the item is due when it was
 void hasten(const foundation::msg_svc::exchange::IDType& timer, const prevCallBackStatus& record);
 
 /// The scheduler of all timers of the process: one queue, and one thread that dispatches what falls due.

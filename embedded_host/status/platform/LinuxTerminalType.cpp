@@ -1,19 +1,15 @@
 #include "embedded_host/status/platform/LinuxTerminalType.hpp"
 
-#include <ncurses.h>
-#include <term.h>
-#include <unistd.h>
+#include <termcap.h>
+
+#include <cstdlib>
 
 namespace tovrinhost::platform {
 
 bool isTerminalTypeKnown()
 {
-    int why = 0; // else it would be written, and the process ended
-    if (setupterm(nullptr, STDOUT_FILENO, &why) != OK) {
-        return false;
-    }
-    del_curterm(cur_term);
-    return true;
+    const char* const type = std::getenv("TERM"); // NOLINT(concurrency-mt-unsafe): nothing changes the environment
+    return type != nullptr && tgetent(nullptr, type) == 1;
 }
 
 } // namespace tovrinhost::platform

@@ -112,6 +112,7 @@ json Browser::receive()
         if (const std::size_t zero = m_received.find('\0'); zero != std::string::npos) {
             const json message = json::parse(m_received.substr(0, zero));
             m_received.erase(0, zero + 1);
+            noteLoad(message);
             return message;
         }
         pollfd readable { m_fromBrowser, POLLIN, 0 };
@@ -129,13 +130,20 @@ json Browser::receive()
     }
 }
 
+void Browser::noteLoad(const json& message)
+{
+    if (message.value("method", "") == "Page.lifecycleEvent" && message["params"]["name"] == "load") {
+        m_loaded.insert(message["params"]["loaderId"]);
+    }
+}
+
 void Browser::open(const std::string& file)
 {
     call("Page.enable", json::object());
-    call("Page.navigate", { { "url", "file://" + file } });
-    // The page is asked, in place of its events: there is one for each frame, and the first is of the empty page.
-    while (evaluate("location.href !== 'about:blank' && document.readyState") != "complete") {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    call("Page.setLifecycleEventsEnabled", { { "enabled", true } });
+    const std::string loader = call("Page.navigate", { { "url", "file://" + file } })["loaderId"];
+    while (m_loaded.count(loader) == 0) {
+        receive();
     }
 }
 

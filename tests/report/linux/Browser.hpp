@@ -4,6 +4,7 @@
 
 #include <sys/types.h>
 
+#include <set>
 #include <string>
 
 namespace tovrinhost {
@@ -30,6 +31,7 @@ public:
 private:
     nlohmann::json call(const std::string& method, const nlohmann::json& parameters);
     nlohmann::json receive();
+    void noteLoad(const nlohmann::json& message);
     void mouse(const char* what, double x, double y, int clicks);
 
     std::string m_profile; // a folder of its own
@@ -37,6 +39,7 @@ private:
     int m_toBrowser = -1;
     int m_fromBrowser = -1;
     std::string m_session; // of the page
+    std::set<std::string> m_loaded; // what has been loaded so far, each by the browser's own name for it
     int m_calls = 0;
     std::string m_received;
 };

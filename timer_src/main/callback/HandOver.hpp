@@ -38,8 +38,9 @@ private:
 };
 
 /// Hands a task that does `body(timer, engine)` over to the host for a piece of work of `timer`, in the engine
-/// that the timer was made in. Each handler has a way of its own, which is never destroyed. \throws whatever the
-/// host's operations throw
+/// that the timer was made in. Each handler has a way of its own, which is never destroyed.
+///
+/// \throws whatever the host's operations throw
 template <typename Handler, int kind, typename Body>
 void handOver(const TimerInfo& timer, WorkItem<kind>& work, Body body)
 {
