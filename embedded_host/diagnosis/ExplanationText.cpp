@@ -80,7 +80,7 @@ ExplanationText::ExplanationText(Names names, Nanoseconds beginning)
 std::string ExplanationText::moment(Nanoseconds at) const
 {
     // The first timers are due in the millisecond in which the script began.
-    return format("%.3f", static_cast<double>(std::max<Nanoseconds>(0, at - m_beginning)) / 1e9);
+    return format("%.3f", toSeconds(std::max<Nanoseconds>(0, at - m_beginning)));
 }
 
 std::string ExplanationText::timerName(const TimerTable::Identity& timer) const

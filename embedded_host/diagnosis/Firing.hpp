@@ -11,6 +11,11 @@ namespace tovrinhost {
 /// that has not come.
 using Nanoseconds = std::int64_t;
 
+inline double toSeconds(Nanoseconds span)
+{
+    return static_cast<double>(span) / 1e9;
+}
+
 /// How far a firing has come, or how it ended.
 enum class Stage : std::uint8_t {
     Queued, ///< waits for its due time

@@ -24,7 +24,7 @@ std::string inMilliseconds(Nanoseconds span)
 std::string inSeconds(Nanoseconds span)
 {
     std::array<char, 32> text {};
-    std::snprintf(text.data(), text.size(), "%.3f", static_cast<double>(span) / 1e9);
+    std::snprintf(text.data(), text.size(), "%.3f", toSeconds(span));
     return text.data();
 }
 

@@ -5,6 +5,7 @@
 
 #include <lauxlib.h>
 
+#include <algorithm>
 #include <cstring>
 #include <stdexcept>
 #include <string>
@@ -44,8 +45,9 @@ template <typename PushOne> void pushElements(lua_State* state, std::size_t coun
 void pushRecord(lua_State* state, const detail::StructElements& records, std::size_t index)
 {
     luaL_checkstack(state, room, tooDeep);
-    // With room for what the host adds to an event.
-    lua_createtable(state, 0, static_cast<int>(records.fieldNames.size()) + 2);
+    // With room for what the host adds to an event: Lua's tables have one for two, four or eight fields.
+    constexpr std::size_t fieldsOfEvent = 6;
+    lua_createtable(state, 0, static_cast<int>(std::max(records.fieldNames.size(), fieldsOfEvent)));
     auto value = records.values.begin() + static_cast<std::ptrdiff_t>(index * records.fieldNames.size());
     for (const std::string& field : records.fieldNames) {
         pushText(state, field);

@@ -80,7 +80,7 @@ struct TimerRow {
     OrderedJson json() const
     {
         return { { "name", name }, { "settings", settings }, { "period", period / microsecond }, { "runs", runs },
-            { "missed", missed }, { "failed", failed }, { "busy", static_cast<double>(busy) / 1e9 },
+            { "missed", missed }, { "failed", failed }, { "busy", toSeconds(busy) },
             { "measured", latenesses(measured) }, { "withMissed", latenesses(withMissed) } };
     }
 

@@ -14,11 +14,6 @@ constexpr std::size_t longestName = 200;
 constexpr std::size_t longestScript = 1000;
 constexpr std::size_t longestExplanation = 50'000;
 
-double seconds(Nanoseconds span)
-{
-    return static_cast<double>(span) / 1e9;
-}
-
 TimerState stateOf(const Inquiry::Summary& summary, bool hasBeenStarted)
 {
     if (summary.newest.number == 0) {
@@ -41,10 +36,10 @@ TimerStatus statusOf(const TimerDescription& timer, const Inquiry::Summary& summ
     status.settings = timer.settings;
     status.backlog = summary.waiting;
     if (summary.nextDue != 0) {
-        status.due = seconds(summary.nextDue - log.beginning());
+        status.due = toSeconds(summary.nextDue - log.beginning());
     }
     if (!summary.latenesses.empty()) {
-        status.lateness99 = seconds(percentile(summary.latenesses, 99));
+        status.lateness99 = toSeconds(percentile(summary.latenesses, 99));
     }
     if (timer.statistics) {
         const FiringStatistics& all = *timer.statistics;
@@ -52,11 +47,11 @@ TimerStatus statusOf(const TimerDescription& timer, const Inquiry::Summary& summ
         status.dropped = all.drops;
         status.errors = all.errors;
         const Nanoseconds age = log.now() - timer.made;
-        status.busy = age > 0 ? seconds(all.busy) / seconds(age) : 0.0;
+        status.busy = age > 0 ? toSeconds(all.busy) / toSeconds(age) : 0.0;
         if (status.runs > 0) {
-            status.last = seconds(all.lastStarted - log.beginning());
-            status.latenessOfLast = seconds(all.lastLateness);
-            status.mostLateness = seconds(all.mostLateness);
+            status.last = toSeconds(all.lastStarted - log.beginning());
+            status.latenessOfLast = toSeconds(all.lastLateness);
+            status.mostLateness = toSeconds(all.mostLateness);
         }
     }
     status.state = stateOf(summary, timer.statistics && timer.statistics->hasBeenStarted);
@@ -93,7 +88,7 @@ ProgramStatus takeStatus(const Diagnosis& diagnosis, std::int64_t process, const
     ProgramStatus status;
     status.process = process;
     status.script = shortened(validText(script), longestScript);
-    status.now = seconds(log.now() - log.beginning());
+    status.now = toSeconds(log.now() - log.beginning());
     status.moreTimers = count > timers.size() ? count - timers.size() : 0;
     for (const auto& timer : timers) {
         status.timers.push_back(statusOf(*timer, summaries[timer->number], log));

@@ -2,7 +2,6 @@
 
 #include "embedded_host/engine/LuaArrays.hpp"
 #include "embedded_host/engine/LuaFunction.hpp"
-#include "embedded_host/timers/EventObject.hpp"
 #include "embedded_host/timers/TimerObject.hpp"
 #include "embedded_host/timers/TimerProperties.hpp"
 
@@ -21,22 +20,30 @@ namespace {
 constexpr const char* timercb = R"lua(
 local prepare = ...
 return function(object, callback, _, event)
-  -- It sets more fields of the event, too.
-  local fcn = prepare(object, callback, event)
+  local fcn
+  fcn, event.Time, event.Due, event.Lateness, event.Missed = prepare(object, callback)
   if fcn then
     fcn(object, event)
   end
 end
 )lua";
 
-/// prepare(timer, callback, event): event.Time is seconds since 1970, with their fraction; gives the function.
+/// prepare(timer, callback): the function, and what the event tells besides: the moment in seconds since 1970; when
+/// the callback was due, in `now`'s seconds; how many seconds later it began; how many firings were dropped before.
 int prepareCallback(lua_State* state)
 {
+    const Diagnosis& diagnosis = timersOf(state).diagnosis();
+    const FiringLog::Beginning& firing = diagnosis.latest();
+    pushCallback(state);
     const auto time = std::chrono::system_clock::now().time_since_epoch();
     lua_pushnumber(state, std::chrono::duration<double>(time).count());
-    lua_setfield(state, 3, "Time");
-    joinToFiring(state, 3, timersOf(state).diagnosis().latest().number);
-    return pushCallback(state);
+    if (firing.due == 0) {
+        return 2; // nobody has told of it
+    }
+    lua_pushnumber(state, toSeconds(firing.due - diagnosis.log().beginning()));
+    lua_pushnumber(state, toSeconds(firing.lateness()));
+    lua_pushinteger(state, static_cast<lua_Integer>(firing.missed));
+    return 5;
 }
 
 /// timers()
@@ -67,7 +74,7 @@ int monotonicSeconds(lua_State* state)
 {
     // Counted from the beginning of the script, so that the seconds have many digits behind the point.
     const FiringLog& log = timersOf(state).diagnosis().log();
-    lua_pushnumber(state, static_cast<double>(log.now() - log.beginning()) / 1e9);
+    lua_pushnumber(state, toSeconds(log.now() - log.beginning()));
     return 1;
 }
 
@@ -106,7 +113,6 @@ void openTimerLibrary(Interpreter& interpreter, TimerSet& timers, int& exitCode)
 {
     interpreter.protect([&](lua_State* state) {
         openTimerObjects(state, timers);
-        openEvents(state);
         timers.engine().loop().setObserver(&timers.diagnosis().follower());
         lua_register(state, "timer", luaFunction<newTimerObject>);
         lua_register(state, "timers", luaFunction<liveTimers>);

@@ -12,7 +12,7 @@ void setCount(lua_State* state, const char* name, std::uint64_t count)
 
 void setSecondsField(lua_State* state, const char* name, Nanoseconds span)
 {
-    lua_pushnumber(state, static_cast<double>(span) / 1e9);
+    lua_pushnumber(state, toSeconds(span));
     lua_setfield(state, -2, name);
 }
 
