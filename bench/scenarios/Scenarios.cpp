@@ -14,6 +14,7 @@ const std::vector<Scenario>& scenarios()
         { "threads", "Host threads that stop and start timers, 100 timers each", hostThreads },
         { "memory", "Memory, allocations, idle wake-ups", memory },
         { "scripts", "Scripts: timers whose callback counts, and start-up", scripts },
+        { "log", "The log of firings: a script's callback with it and without", firingLog },
     };
     return all;
 }

@@ -24,7 +24,7 @@ struct Scenario {
 
 const std::vector<Scenario>& scenarios();
 
-// One file each; the first three share theirs.
+// One file each; the first three share theirs, and so do the last two.
 std::vector<Measurement> costPerFiring(const Pace& pace);
 std::vector<Measurement> scale(const Pace& pace);
 std::vector<Measurement> observed(const Pace& pace);
@@ -34,5 +34,6 @@ std::vector<Measurement> drop(const Pace& pace);
 std::vector<Measurement> hostThreads(const Pace& pace);
 std::vector<Measurement> memory(const Pace& pace);
 std::vector<Measurement> scripts(const Pace& pace);
+std::vector<Measurement> firingLog(const Pace& pace);
 
 } // namespace bench

@@ -17,6 +17,7 @@ namespace {
 using Command = std::vector<std::string>;
 
 const Command tovrin { TOVRIN_PROGRAM, "run" };
+const Command tovrinWithoutLog { TOVRIN_PROGRAM_WITHOUT_LOG, "run" };
 const Command lua { "lua5.4" };
 
 Command scriptIn(Command program, const char* script)
@@ -81,6 +82,20 @@ std::vector<Measurement> scripts(const Pace& pace)
             { { "tovrin", [] { return startUp(scriptIn(tovrin, "empty.lua")); } },
                 { "lua5.4", [] { return startUp(scriptIn(lua, "empty.lua")); } } } },
     };
+}
+
+std::vector<Measurement> firingLog(const Pace& pace)
+{
+    // The difference is small beside what a machine's mood does within seconds.
+    constexpr int roundsForOne = 2;
+    const auto time = pace.time(1000ms);
+    const Load load { 100, 10ms };
+    const auto cost = [=](const Command& program) {
+        return Values { callbacks(scriptIn(program, "timers.lua"), load, time).front() };
+    };
+    return { { load.name(), { { "a callback", "us", { { 1.05, "without it" } } } },
+        { { "tovrin", [=] { return cost(tovrin); } }, { "without it", [=] { return cost(tovrinWithoutLog); } } },
+        roundsForOne } };
 }
 
 } // namespace bench

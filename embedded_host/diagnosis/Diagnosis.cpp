@@ -6,7 +6,9 @@ namespace tovrinhost {
 
 Diagnosis::Diagnosis()
 {
-    tovrintimer::TimerScheduler::setObserver(&m_log);
+    if constexpr (isFiringLogKept) {
+        tovrintimer::TimerScheduler::setObserver(&m_log);
+    }
 }
 
 Diagnosis::~Diagnosis()

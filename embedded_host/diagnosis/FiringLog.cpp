@@ -113,6 +113,9 @@ void FiringLog::discarded(const TaskNote& note) noexcept
 FiringLog::Beginning FiringLog::callbackBegins(
     const TaskNote& note, std::uint64_t run, Nanoseconds period) noexcept
 {
+    if constexpr (!isFiringLogKept) {
+        return {};
+    }
     Beginning beginning { note.number, note.due, m_clock(), 0 };
     const InterpreterLog::State outer = m_interpreter.turnTo({ Doing::Callback, note.number }, beginning.started);
     if (note.sinceDrop != 0) {
@@ -126,6 +129,9 @@ FiringLog::Beginning FiringLog::callbackBegins(
 
 Nanoseconds FiringLog::callbackEnds(const TaskNote& note, bool hasFailed) noexcept
 {
+    if constexpr (!isFiringLogKept) {
+        return 0;
+    }
     const Nanoseconds now = m_clock();
     Nanoseconds took = 0;
     std::uint64_t within = 0;

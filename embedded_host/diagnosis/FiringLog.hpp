@@ -14,6 +14,14 @@
 
 namespace tovrinhost {
 
+/// Whether the log is kept at all. There is a program without it for measurements alone: nobody tells that log of
+/// anything, and it is empty.
+#ifdef TOVRINHOST_NO_FIRING_LOG
+inline constexpr bool isFiringLogKept = false;
+#else
+inline constexpr bool isFiringLogKept = true;
+#endif
+
 /// The latest 32,768 firings of all timers, and what the interpreter thread did meanwhile. Always on: 6 MB, which
 /// the system gives as they are used; no lock, no allocation, and a look at the clock for each event that needs
 /// one.

@@ -24,6 +24,9 @@ const News& LogReader::read()
     for (; m_nextPlace <= newest; ++m_nextPlace) {
         m_open.push_back({ m_nextPlace });
     }
+    // What follows must not stop half way.
+    m_news.handedOver.reserve(m_open.size());
+    m_news.over.reserve(m_open.size());
     std::erase_if(m_open, [this](Open& open) { return isDone(open); });
     m_nextMoment = m_log.interpreter().readFrom(m_nextMoment, m_news.activities);
     return m_news;

@@ -15,7 +15,7 @@ struct News {
     std::vector<Firing> handedOver; ///< that the scheduler is done with; they may be over as well
     std::vector<Firing> over;
     std::size_t waiting = 0; ///< callbacks that wait in the host's queue now
-    std::uint64_t lost = 0; ///< firings so far that fell out of the log before they were read
+    std::uint64_t lost = 0; ///< firings so far that fell out of the log before they were read, or could not be told
 };
 
 /// Reads the log again and again, and each thing once.
@@ -26,7 +26,11 @@ public:
     explicit LogReader(const FiringLog& log);
 
     /// \returns what is valid until the next call
+    /// \throws std::bad_alloc
     const News& read();
+
+    /// What was read last could not be told, or not read to the end: its firings are lost.
+    void countAsLost() noexcept { m_news.lost += m_news.over.size(); }
 
 private:
     struct Open {

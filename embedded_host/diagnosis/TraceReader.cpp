@@ -70,12 +70,20 @@ bool TraceReader::isWanted(const Firing& firing, const TraceQuestion& question) 
         return false;
     }
     const auto description = question.timer ? find(firing.timer) : nullptr;
-    return firing.started != 0 && (!question.timer || (description && description->name == *question.timer));
+    return !question.timer || (description && description->name == *question.timer);
 }
 
 /// Those that are the latest are kept.
 void TraceReader::take(const Firing& firing, std::size_t most)
 {
+    if (firing.started == 0) {
+        if (m_neverRan.size() < most) {
+            m_neverRan.push_back(firing);
+        } else {
+            ++m_moreNeverRan;
+        }
+        return;
+    }
     const auto isLaterWanted = [](const Wanted& a, const Wanted& b) { return isLater(a.firing, b.firing); };
     m_wanted.push_back({ firing, {} });
     std::push_heap(m_wanted.begin(), m_wanted.end(), isLaterWanted); // the least late in front

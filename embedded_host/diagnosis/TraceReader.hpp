@@ -16,7 +16,7 @@ struct TraceQuestion {
     std::string file;
     std::optional<std::string> timer; ///< by name
     std::optional<std::uint64_t> run;
-    std::size_t worst = 10; ///< at most so many: those that were the latest
+    std::size_t worst = 10; ///< at most so many: those that were the latest; and of those that never ran, the first
 };
 
 /// Reads explanations out of a trace, the latest firing first.
@@ -30,6 +30,12 @@ public:
 
     /// What the file says; a last line that was cut short does not count.
     const std::vector<Explanation>& explanations() const { return m_explanations; }
+
+    /// Those that never ran; none where the question is about a run.
+    const std::vector<Firing>& neverRan() const { return m_neverRan; }
+
+    /// How many more of them there are than the question asks for.
+    std::size_t moreNeverRan() const { return m_moreNeverRan; }
 
     /// \returns null for a timer that the trace does not name
     TimerTable::Description find(const TimerTable::Identity& timer) const { return m_timers.find(timer); }
@@ -51,6 +57,8 @@ private:
     std::vector<Wanted> m_wanted;
     std::size_t m_pieces = 0; // of circumstances
     std::vector<Explanation> m_explanations;
+    std::vector<Firing> m_neverRan;
+    std::size_t m_moreNeverRan = 0;
 };
 
 } // namespace tovrinhost

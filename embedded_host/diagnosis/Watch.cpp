@@ -37,7 +37,7 @@ void Watch::run()
         try {
             m_tell(m_reader.read());
         } catch (const std::exception&) {
-            // There is no memory for it: what is new goes untold, and the script runs on.
+            m_reader.countAsLost(); // there is no memory for it; the script runs on
         }
     }
 }

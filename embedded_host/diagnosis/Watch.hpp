@@ -14,7 +14,7 @@ namespace tovrinhost {
 /// Lifetime: the log outlives it.
 class Watch {
 public:
-    /// \param tell given what is new, on the watch's thread; where it throws, that goes untold
+    /// \param tell given what is new, on the watch's thread; where it throws, those are lost, and counted
     Watch(const FiringLog& log, std::function<void(const News&)> tell);
     Watch(const Watch&) = delete;
     Watch& operator=(const Watch&) = delete;

@@ -113,7 +113,9 @@ void openTimerLibrary(Interpreter& interpreter, TimerSet& timers, int& exitCode)
 {
     interpreter.protect([&](lua_State* state) {
         openTimerObjects(state, timers);
-        timers.engine().loop().setObserver(&timers.diagnosis().follower());
+        if constexpr (isFiringLogKept) {
+            timers.engine().loop().setObserver(&timers.diagnosis().follower());
+        }
         lua_register(state, "timer", luaFunction<newTimerObject>);
         lua_register(state, "timers", luaFunction<liveTimers>);
         lua_register(state, "pause", luaFunction<pause>);

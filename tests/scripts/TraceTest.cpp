@@ -185,6 +185,30 @@ TEST_F(TraceTest, ExplainTellsFromATraceWhatTheScriptWasTold)
     EXPECT_THAT(linesWith(tovrin({ "explain", "trace.json", "--timer", "hog" }).out, " started "), SizeIs(1));
 }
 
+TEST_F(TraceTest, WhatNeverRanIsToldWithItsReasonBehindWhatDid)
+{
+    const std::string script = R"(
+local ran = timer { Name = "ran", TimerFcn = function() end }
+ran:start() ran:wait()
+for i = 1, 3 do
+  local late = timer { Name = "late " .. i, StartDelay = 60, TimerFcn = function() end }
+  late:start() late:stop()
+end
+)";
+    run(script, { "--trace", "trace.json" });
+
+    const auto told = [&](std::vector<std::string> options) {
+        options.insert(options.begin(), { "explain", "trace.json" });
+        return tovrin(options).out;
+    };
+
+    EXPECT_THAT(linesWith(told({}), " never ran: its timer was stopped, or had an error"), SizeIs(3));
+    EXPECT_THAT(told({}), StartsWith("ran run 1 "));
+    EXPECT_THAT(told({ "--timer", "late 2" }), StartsWith("late 2 next run (SingleShot) due 60."));
+    EXPECT_THAT(told({ "--worst", "1" }), testing::EndsWith("\n2 more never ran\n"));
+    EXPECT_THAT(told({ "--run", "1" }), testing::Not(HasSubstr("never ran")));
+}
+
 TEST_F(TraceTest, ATraceThatWasCutShortIsReadAsFarAsItGoes)
 {
     traceOf(hogAndPoll);

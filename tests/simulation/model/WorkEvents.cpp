@@ -58,6 +58,7 @@ void WorkEvents::dropped(const ObservedWork& work, DropReason why) noexcept
         noteAttempt(work);
         break;
     }
+    ++m_dropped[why];
     told.state = State::Ended;
     told.wantsAttempt = why == DropReason::BusyModeDrop;
 }
@@ -111,6 +112,22 @@ void WorkEvents::checkNothingIsLeft() const
         m_model.fail(
             "told of " + std::to_string(m_handedOver) + " hand-overs of " + std::to_string(m_model.handOvers()));
     }
+}
+
+void WorkEvents::checkRecords(const std::function<std::size_t(const std::string&)>& records) const
+{
+    const std::string dropping
+        = "Contention With previous timerFcn callback, dropping current TimerFcn, and setting ";
+    const auto compare = [&](DropReason why, const char* next) {
+        const auto found = m_dropped.find(why);
+        const std::size_t told = found == m_dropped.end() ? 0 : found->second;
+        if (const std::size_t written = records(dropping + next); written != told) {
+            m_model.fail("told of " + std::to_string(told) + " drops, with " + std::to_string(written)
+                + " records of setting " + next);
+        }
+    };
+    compare(DropReason::BusyModeDrop, "next TimerFcn to fire immediately");
+    compare(DropReason::BusyModeError, "errorFcn to fire immediately");
 }
 
 } // namespace simulation

@@ -3,7 +3,9 @@
 #include "tests/simulation/model/Model.hpp"
 #include "timer_src/main/TimerObserver.hpp"
 
+#include <functional>
 #include <map>
+#include <string>
 
 namespace simulation {
 
@@ -21,6 +23,9 @@ public:
 
     /// At the very end: each piece of work has had its end.
     void checkNothingIsLeft() const;
+
+    /// As many were dropped as the log has records of it. \param records how many begin with a text
+    void checkRecords(const std::function<std::size_t(const std::string&)>& records) const;
 
 private:
     enum class State { New, Queued, Dispatched, Ended };
@@ -40,6 +45,7 @@ private:
     Model& m_model;
     std::map<std::uint64_t, Told> m_told;
     int m_handedOver = 0;
+    std::map<tovrintimer::DropReason, std::size_t> m_dropped;
 };
 
 } // namespace simulation

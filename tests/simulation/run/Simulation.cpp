@@ -186,6 +186,9 @@ void Play::finish()
     TimerScheduler::setObserver(nullptr);
     m_model.checkNothingIsLeft();
     m_workEvents.checkNothingIsLeft();
+    if (m_program.logs) {
+        m_workEvents.checkRecords([](const std::string& text) { return recording::journal().count(text); });
+    }
     m_host.checkNothingIsLeft();
 }
 
