@@ -49,7 +49,8 @@ FiringLog::~FiringLog() = default;
 
 void FiringLog::queued(const ObservedWork& work) noexcept
 {
-    if (DispatchSlot* const slot = slotOfChain(work)) {
+    DispatchSlot* const slot = work.insteadOf == 0 ? nullptr : slotOfChain(work);
+    if (slot != nullptr) {
         slot->set(DispatchSlot::Due, dueOf(work));
     } else {
         newSlot(work, true);

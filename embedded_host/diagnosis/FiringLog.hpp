@@ -108,8 +108,12 @@ private:
     const ZeroedArray<DispatchSlot> m_dispatches;
     const ZeroedArray<CallbackSlot> m_callbacks; // apart, so that the interpreter's memory is its own
     const ZeroedArray<std::uint64_t> m_places; // by number, the latest of those that share one; used as atomics
-    std::atomic<std::uint64_t> m_count { 0 };
-    InterpreterLog m_interpreter;
+
+    // In cache lines of their own, and so is what stands in front of them, which all threads read: one is written
+    // by the threads that queue, the other by the interpreter's, at the same time.
+    static constexpr std::size_t cacheLine = 64;
+    alignas(cacheLine) std::atomic<std::uint64_t> m_count { 0 };
+    alignas(cacheLine) InterpreterLog m_interpreter;
 };
 
 /// How many firings a timer has missed in busy mode `Drop` where so much time has passed from when the first was
