@@ -3,6 +3,7 @@
 #include "embedded_host/engine/Processes.hpp"
 #include "embedded_host/engine/ScriptMemory.hpp"
 #include "embedded_host/services/ProcessScope.hpp"
+#include "embedded_host/timers/HelpFunction.hpp"
 #include "embedded_host/timers/TimerLibrary.hpp"
 #include "timer_src/main/TimerScheduler.hpp"
 
@@ -25,6 +26,7 @@ ScriptRunner::ScriptRunner(std::size_t maxBacklog)
         openTimerLibrary(interpreter, m_timers, m_exitCode);
         interpreter.protect([](lua_State* state) {
             openProcesses(state);
+            openHelp(state);
             return 0;
         });
     });
