@@ -3,6 +3,7 @@
 #include "embedded_host/engine/Processes.hpp"
 #include "embedded_host/engine/ScriptMemory.hpp"
 #include "embedded_host/services/ProcessScope.hpp"
+#include "embedded_host/timers/HelpFunction.hpp"
 #include "embedded_host/timers/TimerLibrary.hpp"
 #include "timer_src/main/TimerScheduler.hpp"
 
@@ -25,6 +26,7 @@ ScriptRunner::ScriptRunner(std::size_t maxBacklog)
         openTimerLibrary(interpreter, m_timers, m_exitCode);
         interpreter.protect([](lua_State* state) {
             openProcesses(state);
+            openHelp(state);
             return 0;
         });
     });
@@ -40,12 +42,12 @@ ScriptRunner::~ScriptRunner()
     destroyProcessScope();
 }
 
-int ScriptRunner::run(const std::string& path, const std::vector<std::string>& arguments)
+int ScriptRunner::run(const Script& script)
 {
     m_engine->run([&](Interpreter& interpreter) {
         EventLoop& loop = m_engine->loop();
         try {
-            if (runScript(interpreter, path, arguments)) {
+            if (runScript(interpreter, script)) {
                 m_timers.runUntilQuiet();
             }
         } catch (const Interrupted&) {
@@ -69,12 +71,11 @@ int ScriptRunner::run(const std::string& path, const std::vector<std::string>& a
     return m_errors.hasErrors() ? EXIT_FAILURE : EXIT_SUCCESS;
 }
 
-bool ScriptRunner::runScript(
-    Interpreter& interpreter, const std::string& path, const std::vector<std::string>& arguments)
+bool ScriptRunner::runScript(Interpreter& interpreter, const Script& script)
 {
     try {
         const InterpreterFollower::ScriptRuns runs(m_timers.diagnosis().follower());
-        interpreter.runFile(path, arguments);
+        interpreter.runScript(script);
         return true;
     } catch (const std::exception& error) {
         if (m_engine->loop().interruption() == Interruption::None) {

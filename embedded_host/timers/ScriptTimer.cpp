@@ -28,6 +28,9 @@ ScriptTimer::~ScriptTimer()
 
 void ScriptTimer::change(TimerSettings settings)
 {
+    if (m_run && settings.tasksToExecute != m_settings.tasksToExecute) {
+        m_run->changeTasks(settings.taskCount());
+    }
     m_settings = std::move(settings);
     describe();
     if (m_run) {
@@ -84,39 +87,51 @@ void ScriptTimer::beginRun()
     --m_runsToCome;
     const bool isStopped = m_runsToCome > 0 || m_stopsTheLastToCome;
     m_lastError.reset();
+    m_endReason.reset();
     m_statistics->hasBeenStarted = true;
     ScriptRun::Owner& owner = *this;
     m_run = std::make_shared<ScriptRun>(m_surroundings, owner, m_number, m_settings);
-    m_run->begin();
+    try {
+        m_run->begin();
+    } catch (...) {
+        m_endReason = m_run->endReason();
+        throw;
+    }
     if (isStopped) {
-        m_run->stop();
+        m_run->stop(EndReason::Stopped);
     }
 }
 
-void ScriptTimer::stop()
+bool ScriptTimer::stop()
 {
     if (m_runsToCome > 0) {
-        m_stopsTheLastToCome = true;
-    } else if (m_run) {
-        const auto kept = m_run; // whatever comes after it
-        kept->stop();
+        return !std::exchange(m_stopsTheLastToCome, true);
     }
+    const auto kept = m_run; // whatever comes after it
+    return kept && kept->stop(EndReason::Stopped);
 }
 
 void ScriptTimer::stopForGood()
 {
     m_runsToCome = 0;
-    stop();
+    if (const auto kept = m_run) {
+        kept->stop(EndReason::Interrupted);
+    }
 }
 
 bool ScriptTimer::wait(const EventLoop::Deadline& deadline)
+{
+    requireOutsideItsCallbacks();
+    return m_surroundings.engine->loop().runUntil(
+        EventLoop::State::Pumping, [this] { return isOver(); }, deadline);
+}
+
+void ScriptTimer::requireOutsideItsCallbacks() const
 {
     if (m_run && m_run->isInTask()) {
         throw std::logic_error(
             "the timer cannot be waited for while one of its callbacks is running: the wait would never end");
     }
-    return m_surroundings.engine->loop().runUntil(
-        EventLoop::State::Pumping, [this] { return isDeleted() || isQuiet(); }, deadline);
 }
 
 void ScriptTimer::destroy()
@@ -128,6 +143,7 @@ void ScriptTimer::destroy()
     m_runsToCome = 0;
     if (m_run) {
         m_run->finishForOwnerThatLeaves();
+        m_endReason = m_run->endReason();
         m_run.reset();
     }
     m_life = Life::Deleted;
@@ -141,10 +157,11 @@ bool ScriptTimer::isRunning() const
 
 void ScriptTimer::runEnded()
 {
+    m_endReason = m_run->endReason();
     try {
         beginWhatIsToCome();
     } catch (const std::exception& problem) {
-        m_lastError = m_surroundings.errors.report("timer \"" + m_settings.name + "\"", problem);
+        m_lastError = m_surroundings.errors.report("timer \"" + m_settings.name + "\"", problem).message;
     }
 }
 

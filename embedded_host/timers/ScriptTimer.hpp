@@ -30,6 +30,9 @@ public:
     std::uint64_t number() const { return m_number; }
 
     /// Puts new settings in force; those of a running timer at its next callback.
+    /// \throws std::invalid_argument, which says what is allowed, for a number of tasks that comes too late for
+    /// the
+    ///         run; nothing is changed then
     void change(TimerSettings settings);
 
     /// Does nothing once the program is about to end.
@@ -39,15 +42,19 @@ public:
 
     /// Ends the run; the StopFcn follows. Does nothing on a stopped timer. A run that was accepted and has not
     /// begun is stopped as it begins.
-    void stop();
+    /// \returns whether it has kept a TimerFcn from running
+    bool stop();
 
     /// Stops it for the end of the program: what has not begun is taken back.
     void stopForGood();
 
-    /// Pumps the event loop until the timer is quiet.
+    /// Pumps the event loop until there is nothing to wait for.
     /// \returns false if `deadline` came first
     /// \throws std::logic_error from within one of the timer's own callbacks; Interrupted
     bool wait(const EventLoop::Deadline& deadline);
+
+    /// \throws std::logic_error from within one of the timer's own callbacks: it cannot be waited for there
+    void requireOutsideItsCallbacks() const;
 
     /// Stops the timer, with the callbacks that this calls for run before it returns, and gives everything back.
     void destroy();
@@ -58,11 +65,20 @@ public:
     /// Whether it neither runs nor has a callback or a run to come.
     bool isQuiet() const { return m_runsToCome == 0 && (!m_run || m_run->isEnded()); }
 
+    /// Whether there is nothing to wait for.
+    bool isOver() const { return isDeleted() || isQuiet(); }
+
     // Of the latest run.
     double tasksExecuted() const;
     double instantPeriod() const;
     double averagePeriod() const;
     const std::optional<std::string>& lastError() const { return m_lastError; }
+
+    /// By what it ended; of a deleted timer, too. Nothing before that.
+    const std::optional<EndReason>& endReason() const { return m_endReason; }
+
+    /// The run whose callback begins or runs; null while there is none.
+    const ScriptRun* run() const { return m_run.get(); }
 
     /// Why the latest of its firings was late, or what it waits for; or of its TimerFcn, the one with this number
     /// in the latest run. \param run from 1 \throws std::invalid_argument if it has not had so many
@@ -91,7 +107,8 @@ private:
     TimerSettings m_settings;
     Life m_life = Life::Live;
     std::shared_ptr<ScriptRun> m_run; // the latest; null before the first, and once deleted
-    std::optional<std::string> m_lastError; // of the latest run
+    std::optional<std::string> m_lastError; // of the latest run, like the next
+    std::optional<EndReason> m_endReason;
     // Of all runs; whoever was told of the timer may still look at it.
     const std::shared_ptr<FiringStatistics> m_statistics = std::make_shared<FiringStatistics>();
 

@@ -16,25 +16,52 @@ namespace tovrinhost {
 
 namespace {
 
+/// Where `prepare` finds the event.
+constexpr int eventArgument = 3;
+
 /// What the library has the engine evaluate for each callback: finds the function and calls it.
 constexpr const char* timercb = R"lua(
 local prepare = ...
 return function(object, callback, _, event)
   local fcn
-  fcn, event.Time, event.Due, event.Lateness, event.Missed = prepare(object, callback)
+  fcn, event.Time, event.Due, event.Lateness, event.Missed = prepare(object, callback, event)
   if fcn then
     fcn(object, event)
   end
 end
 )lua";
 
-/// prepare(timer, callback): the function, and what the event tells besides: the moment in seconds since 1970; when
-/// the callback was due, in `now`'s seconds; how many seconds later it began; how many firings were dropped before.
+void setText(lua_State* state, const char* field, const std::string& text)
+{
+    lua_pushlstring(state, text.data(), text.size());
+    lua_setfield(state, eventArgument, field);
+}
+
+/// What a StopFcn and an ErrorFcn are told besides.
+void describeEnd(lua_State* state, const ScriptRun& run)
+{
+    if (run.latestCallback() == Callback::StopFcn) {
+        setText(state, "Reason", nameOf(run.endReason()));
+    } else if (run.latestCallback() == Callback::ErrorFcn) {
+        const Failure& failure = run.failure();
+        setText(state, "Error", failure.message);
+        setText(state, "Callback", failure.callback);
+        if (!failure.traceback.empty()) {
+            setText(state, "Traceback", failure.traceback);
+        }
+    }
+}
+
+/// prepare(timer, callback, event): the function, and what every event tells besides: the moment in seconds since
+/// 1970; when the callback was due, in `now`'s seconds; how many seconds later it began; how many firings were
+/// dropped before.
 int prepareCallback(lua_State* state)
 {
     const Diagnosis& diagnosis = timersOf(state).diagnosis();
     const FiringLog::Beginning& firing = diagnosis.latest();
-    pushCallback(state);
+    if (const ScriptRun* const run = pushCallback(state).run()) {
+        describeEnd(state, *run);
+    }
     const auto time = std::chrono::system_clock::now().time_since_epoch();
     lua_pushnumber(state, std::chrono::duration<double>(time).count());
     if (firing.due == 0) {

@@ -169,7 +169,11 @@ int assignProperty(lua_State* state)
     TimerSettings settings = timer.settings();
     lua_getiuservalue(state, 1, 1);
     setProperty(state, 2, 3, settings, lua_gettop(state));
-    timer.change(std::move(settings));
+    try {
+        timer.change(std::move(settings));
+    } catch (const std::invalid_argument& refusal) {
+        failValue(state, 3, timer.settings(), textAt(state, 2), refusal.what());
+    }
     return 0;
 }
 
@@ -209,8 +213,8 @@ int start(lua_State* state)
 int stop(lua_State* state)
 {
     ScriptTimer& timer = calledOn(state, "stop");
-    named(timer, [&] { timer.stop(); });
-    return 0;
+    lua_pushboolean(state, named(timer, [&] { return timer.stop(); }) ? 1 : 0);
+    return 1;
 }
 
 int wait(lua_State* state)
@@ -221,8 +225,17 @@ int wait(lua_State* state)
         deadline = deadlineArgument(state, 2, label(timer.settings()) + ": the limit of wait");
     }
     const Interpreter::Nested nested(state, label(timer.settings()));
-    lua_pushboolean(state, named(timer, [&] { return timer.wait(deadline); }) ? 1 : 0);
-    return 1;
+    if (!named(timer, [&] { return timer.wait(deadline); })) {
+        lua_pushboolean(state, 0);
+        return 1;
+    }
+    lua_pushboolean(state, 1);
+    if (const auto& reason = timer.endReason()) {
+        lua_pushstring(state, nameOf(*reason));
+    } else {
+        lua_pushnil(state); // it has had no run
+    }
+    return 2;
 }
 
 int destroy(lua_State* state)
@@ -344,13 +357,13 @@ int newTimerObject(lua_State* state)
     return 1;
 }
 
-int pushCallback(lua_State* state)
+ScriptTimer& pushCallback(lua_State* state)
 {
-    liveTimer(state);
+    ScriptTimer& timer = liveTimer(state);
     lua_getiuservalue(state, 1, 1);
     lua_pushvalue(state, 2);
     lua_rawget(state, -2);
-    return 1;
+    return timer;
 }
 
 TimerSet& timersOf(lua_State* state)

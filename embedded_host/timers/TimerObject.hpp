@@ -14,8 +14,7 @@ void openTimerObjects(lua_State* state, TimerSet& timers);
 int newTimerObject(lua_State* state);
 
 /// For a timer and the name of one of its callbacks, at the stack's bottom: pushes the function, or nil.
-/// \returns 1, as a function that scripts call
-int pushCallback(lua_State* state);
+ScriptTimer& pushCallback(lua_State* state);
 
 /// The timers of the script that is running.
 TimerSet& timersOf(lua_State* state);
