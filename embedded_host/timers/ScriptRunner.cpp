@@ -46,7 +46,7 @@ int ScriptRunner::run(const std::string& path, const std::vector<std::string>& a
         EventLoop& loop = m_engine->loop();
         try {
             if (runScript(interpreter, path, arguments)) {
-                m_timers.runUntilQuiet();
+                m_timers.serve();
             }
         } catch (const Interrupted&) {
             // Told by the loop.
