@@ -163,6 +163,9 @@ void ScriptTimer::runEnded()
     } catch (const std::exception& problem) {
         m_lastError = m_surroundings.errors.report("timer \"" + m_settings.name + "\"", problem).message;
     }
+    if (isQuiet()) {
+        m_surroundings.timerIsQuiet(*this);
+    }
 }
 
 std::string ScriptTimer::explain(std::optional<std::uint64_t> run) const
@@ -186,6 +189,12 @@ std::string ScriptTimer::explain(std::optional<std::uint64_t> run) const
     return escape(name) + (run ? " run " + std::to_string(*run) : "")
         + " is not in the log any more, which holds the " + std::to_string(FiringLog::capacity)
         + " latest firings of all timers";
+}
+
+std::optional<Nanoseconds> ScriptTimer::untilNextDue() const
+{
+    const auto due = m_run ? m_run->nextDue() : std::nullopt;
+    return due ? std::optional(*due - m_surroundings.diagnosis.log().now()) : std::nullopt;
 }
 
 double ScriptTimer::tasksExecuted() const

@@ -87,6 +87,10 @@ public:
     /// Of all runs.
     const FiringStatistics& firings() const { return *m_statistics; }
 
+    /// How long it is until its next TimerFcn is due; negative if that waits to run; nothing if none is known to
+    /// come.
+    std::optional<Nanoseconds> untilNextDue() const;
+
     /// The moment at which it was made.
     Nanoseconds made() const { return m_made; }
 
