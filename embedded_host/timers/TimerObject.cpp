@@ -5,6 +5,7 @@
 #include "embedded_host/log/Escape.hpp"
 #include "embedded_host/timers/TimerProperties.hpp"
 #include "embedded_host/timers/TimerStatistics.hpp"
+#include "embedded_host/timers/WallTimes.hpp"
 
 #include <lauxlib.h>
 
@@ -210,6 +211,16 @@ int start(lua_State* state)
     return 0;
 }
 
+/// t:startAt(time)
+int startAt(lua_State* state)
+{
+    ScriptTimer& timer = calledOn(state, "startAt");
+    const WallTime moment = wallTimeArgument(state, 2, label(timer.settings()) + ": the time of startAt");
+    named(timer, [&] { timer.startAt(moment); });
+    lua_settop(state, 1);
+    return 1;
+}
+
 int stop(lua_State* state)
 {
     ScriptTimer& timer = calledOn(state, "stop");
@@ -312,9 +323,10 @@ void openTimerObjects(lua_State* state, TimerSet& timers)
     constexpr auto metamethods = std::to_array<luaL_Reg>({ { "__newindex", luaFunction<assignProperty> },
         { "__tostring", luaFunction<toString> }, { "__gc", luaFunction<collect> }, { nullptr, nullptr } });
     luaL_setfuncs(state, metamethods.data(), 0);
-    constexpr auto methods = std::to_array<luaL_Reg>({ { "start", luaFunction<start> },
-        { "stop", luaFunction<stop> }, { "wait", luaFunction<wait> }, { "delete", luaFunction<destroy> },
-        { "explain", luaFunction<explain> }, { "statistics", luaFunction<statistics> }, { nullptr, nullptr } });
+    constexpr auto methods = std::to_array<luaL_Reg>(
+        { { "start", luaFunction<start> }, { "startAt", luaFunction<startAt> }, { "stop", luaFunction<stop> },
+            { "wait", luaFunction<wait> }, { "delete", luaFunction<destroy> }, { "explain", luaFunction<explain> },
+            { "statistics", luaFunction<statistics> }, { nullptr, nullptr } });
     lua_createtable(state, 0, static_cast<int>(methods.size()) - 1);
     luaL_setfuncs(state, methods.data(), 0);
     lua_pushcclosure(state, luaFunction<readProperty>, 1);

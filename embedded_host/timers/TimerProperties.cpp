@@ -198,7 +198,8 @@ std::string describeUnknown(lua_State* state, int key, Use use)
     if (use == Use::Assign) {
         there = "he properties are " + commaSeparated(names);
     } else {
-        const std::vector<std::string> methods { "start", "stop", "wait", "delete", "explain", "statistics" };
+        const std::vector<std::string> methods { "start", "startAt", "stop", "wait", "delete", "explain",
+            "statistics" };
         appendNames(names, readOnlyProperties);
         kind += "or method ";
         there = "he properties are " + commaSeparated(names) + "; the methods are " + commaSeparated(methods);
