@@ -107,6 +107,14 @@ void ScriptRun::finishForOwnerThatLeaves()
     goOn();
 }
 
+std::optional<Nanoseconds> ScriptRun::nextDue() const
+{
+    if (!isUnderWay() || !isRunning() || m_progress.hasBegunAll()) {
+        return std::nullopt;
+    }
+    return m_surroundings.diagnosis.inquiry().nextDue(m_timer->getId());
+}
+
 /// For people who ask about its firings.
 void ScriptRun::describe() const
 {

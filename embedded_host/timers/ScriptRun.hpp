@@ -12,12 +12,15 @@
 #include <atomic>
 #include <cstdint>
 #include <exception>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace tovrinhost {
 
 class ErrorReport;
+class ScriptTimer;
 struct ReportedError;
 
 /// What all timers of a script share.
@@ -28,6 +31,9 @@ struct TimerSurroundings {
     Alarms& alarms;
     const std::size_t maxBacklog; ///< how many callbacks of one timer may wait at most
     bool isEnding = false; ///< the program is about to end: no run begins any more
+
+    /// Told of a timer that has nothing to come any more; it may be gone when this returns.
+    std::function<void(const ScriptTimer&)> timerIsQuiet = [](const ScriptTimer& /*timer*/) {};
 };
 
 /// One run of a script's timer: from its start until nothing of it is left.
@@ -112,6 +118,10 @@ public:
     bool isInTask() const { return m_engine->isInTask(); }
 
     const tovrintimer::TimerInfo& statistics() const { return *m_timer; }
+
+    /// When its next TimerFcn is due, or was, if it waits to run. Nothing where none is to come, or where that is
+    /// not known yet: during a callback of a fixed spacing.
+    std::optional<Nanoseconds> nextDue() const;
 
     /// Known as its StopFcn begins, or as it has ended.
     EndReason endReason() const { return m_endReason; }

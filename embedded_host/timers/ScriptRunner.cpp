@@ -50,7 +50,7 @@ int ScriptRunner::run(const Script& script)
         EventLoop& loop = m_engine->loop();
         try {
             if (runScript(interpreter, script)) {
-                m_timers.runUntilQuiet();
+                m_timers.serve();
             }
         } catch (const Interrupted&) {
             // Told by the loop.

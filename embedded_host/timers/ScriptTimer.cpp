@@ -102,6 +102,7 @@ bool ScriptTimer::takeAppointmentBack(EndReason why)
     }
     if (isQuiet()) {
         m_endReason = why; // of a run that has not begun
+        m_surroundings.timerIsQuiet(*this);
     }
     return true;
 }
@@ -226,6 +227,9 @@ template <typename Operation> void ScriptTimer::reportErrorsOf(Operation operati
     } catch (const std::exception& problem) {
         m_lastError = m_surroundings.errors.report("timer \"" + m_settings.name + "\"", problem).message;
     }
+    if (isQuiet()) {
+        m_surroundings.timerIsQuiet(*this);
+    }
 }
 
 std::string ScriptTimer::explain(std::optional<std::uint64_t> run) const
@@ -251,6 +255,31 @@ std::string ScriptTimer::explain(std::optional<std::uint64_t> run) const
     return escape(name) + (run ? " run " + std::to_string(*run) : "")
         + " is not in the log any more, which holds the " + std::to_string(FiringLog::capacity)
         + " latest firings of all timers";
+}
+
+std::optional<Nanoseconds> ScriptTimer::untilNextDue() const
+{
+    if (const auto due = m_run ? m_run->nextDue() : std::nullopt) {
+        return *due - m_surroundings.diagnosis.log().now();
+    }
+    if (m_appointment) {
+        const auto span = m_appointment->moment() - m_surroundings.alarms.clock().now();
+        return std::chrono::nanoseconds(span).count();
+    }
+    return std::nullopt;
+}
+
+std::optional<WallTime> ScriptTimer::nextTime() const
+{
+    if (m_appointment && !(m_run && m_run->nextDue())) {
+        return m_appointment->moment();
+    }
+    const auto span = untilNextDue();
+    if (!span) {
+        return std::nullopt;
+    }
+    return m_surroundings.alarms.clock().now()
+        + std::chrono::duration_cast<WallTime::duration>(std::chrono::nanoseconds(*span));
 }
 
 double ScriptTimer::tasksExecuted() const

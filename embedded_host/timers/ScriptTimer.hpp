@@ -93,6 +93,13 @@ public:
     /// Of all runs.
     const FiringStatistics& firings() const { return *m_statistics; }
 
+    /// How long it is until its next TimerFcn is due; negative if that waits to run; nothing if none is known to
+    /// come.
+    std::optional<Nanoseconds> untilNextDue() const;
+
+    /// When that is by the wall clock.
+    std::optional<WallTime> nextTime() const;
+
     /// The moment at which it was made.
     Nanoseconds made() const { return m_made; }
 

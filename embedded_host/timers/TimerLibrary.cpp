@@ -1,7 +1,7 @@
 #include "embedded_host/timers/TimerLibrary.hpp"
 
-#include "embedded_host/engine/LuaArrays.hpp"
 #include "embedded_host/engine/LuaFunction.hpp"
+#include "embedded_host/timers/ShortForms.hpp"
 #include "embedded_host/timers/TimerObject.hpp"
 #include "embedded_host/timers/TimerProperties.hpp"
 
@@ -71,19 +71,6 @@ int prepareCallback(lua_State* state)
     return 5;
 }
 
-/// timers()
-int liveTimers(lua_State* state)
-{
-    const auto& timers = timersOf(state).all();
-    lua_createtable(state, static_cast<int>(timers.size()), 0);
-    lua_Integer place = 0;
-    for (const auto& timer : timers) {
-        pushLuaObject(state, static_cast<lua_Integer>(timer->number()));
-        lua_rawseti(state, -2, ++place);
-    }
-    return 1;
-}
-
 /// pause(seconds)
 int pause(lua_State* state)
 {
@@ -136,11 +123,11 @@ int leave(lua_State* state)
 
 void openTimerLibrary(Interpreter& interpreter, TimerSet& timers, int& exitCode)
 {
+    openTimerObjects(interpreter, timers);
     interpreter.protect([&](lua_State* state) {
-        openTimerObjects(state, timers);
+        openShortForms(state);
         timers.engine().loop().setObserver(&timers.diagnosis().follower());
         lua_register(state, "timer", luaFunction<newTimerObject>);
-        lua_register(state, "timers", luaFunction<liveTimers>);
         lua_register(state, "pause", luaFunction<pause>);
         lua_register(state, "now", luaFunction<monotonicSeconds>);
 
