@@ -5,6 +5,7 @@
 #include "embedded_host/services/ProcessScope.hpp"
 #include "embedded_host/timers/HelpFunction.hpp"
 #include "embedded_host/timers/TimerLibrary.hpp"
+#include "embedded_host/timers/WallTimes.hpp"
 #include "timer_src/main/TimerScheduler.hpp"
 
 #include <cstdlib>
@@ -17,9 +18,9 @@ constexpr int controlCStatus = 130;
 
 } // namespace
 
-ScriptRunner::ScriptRunner(std::size_t maxBacklog)
+ScriptRunner::ScriptRunner(std::size_t maxBacklog, const WallClock& clock)
     : m_engine(Engine::start())
-    , m_timers(m_engine, m_errors, maxBacklog)
+    , m_timers(m_engine, m_errors, maxBacklog, clock)
 {
     m_engine->run([this](Interpreter& interpreter) {
         keepReserveFrom(interpreter.state(), interpreter.spareBlocks());
@@ -27,6 +28,7 @@ ScriptRunner::ScriptRunner(std::size_t maxBacklog)
         interpreter.protect([](lua_State* state) {
             openProcesses(state);
             openHelp(state);
+            openWallTimes(state);
             return 0;
         });
     });

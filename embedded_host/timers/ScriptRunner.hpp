@@ -16,7 +16,8 @@ namespace tovrinhost {
 class ScriptRunner {
 public:
     /// \param maxBacklog how many callbacks of one timer may wait at most
-    explicit ScriptRunner(std::size_t maxBacklog);
+    /// \param clock the wall clock that the script sees
+    explicit ScriptRunner(std::size_t maxBacklog, const WallClock& clock = systemWallClock());
     ScriptRunner(const ScriptRunner&) = delete;
     ScriptRunner& operator=(const ScriptRunner&) = delete;
 
