@@ -246,6 +246,11 @@ std::string ScriptTimer::explain(std::optional<std::uint64_t> run) const
         throw std::invalid_argument("the run of explain is " + std::to_string(*run) + ", but the timer has had "
             + std::to_string(runs) + " since it was started");
     }
+    if (!run && runs == 0 && m_run->isEnded() && m_run->endReason() == EndReason::Error) {
+        const Failure& failure = m_run->failure();
+        return escape(name) + " has not run since it was started: its " + failure.callback
+            + " failed: " + escape(failure.message);
+    }
     const auto& timer = m_run->statistics().getId();
     if (const auto firing = run ? inquiry.run(timer, *run) : inquiry.latest(timer)) {
         std::string text = inquiry.text(*firing);

@@ -148,6 +148,21 @@ assert(0.3 < s.Busy and s.Busy < 1, s.Busy)
     EXPECT_THAT(linesWith(outcome.err, "error in script"), testing::IsEmpty());
 }
 
+TEST_F(DiagnosisTest, ATimerWhoseStartFcnHasFailedHasNotRunForThat)
+{
+    const Outcome outcome = run(R"(
+local t = timer {
+  Name = "poll", ExecutionMode = "FixedRate", StartDelay = 0.01, StopFcn = function() end,
+  StartFcn = function() error("no such file", 0) end, TimerFcn = function() end,
+}
+t:start()
+t:wait()
+print(t:explain())
+)");
+
+    EXPECT_EQ(outcome.out, "poll has not run since it was started: its StartFcn failed: no such file\n");
+}
+
 TEST_F(DiagnosisTest, ARunThatThereIsNotIsRefused)
 {
     const Outcome outcome = run(R"(
