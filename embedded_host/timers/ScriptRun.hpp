@@ -1,5 +1,6 @@
 #pragma once
 
+#include "embedded_host/clock/Alarms.hpp"
 #include "embedded_host/diagnosis/Diagnosis.hpp"
 #include "embedded_host/diagnosis/FiringStatistics.hpp"
 #include "embedded_host/engine/Engine.hpp"
@@ -27,6 +28,7 @@ struct TimerSurroundings {
     const std::shared_ptr<Engine> engine;
     ErrorReport& errors;
     Diagnosis& diagnosis;
+    Alarms& alarms;
     const std::size_t maxBacklog; ///< how many callbacks of one timer may wait at most
     bool isEnding = false; ///< the program is about to end: no run begins any more
 

@@ -1,13 +1,12 @@
 #pragma once
 
 #include "embedded_host/engine/Engine.hpp"
+#include "embedded_host/engine/Script.hpp"
 #include "embedded_host/timers/ErrorReport.hpp"
 #include "embedded_host/timers/TimerSet.hpp"
 
 #include <atomic>
 #include <memory>
-#include <string>
-#include <vector>
 
 namespace tovrinhost {
 
@@ -17,7 +16,8 @@ namespace tovrinhost {
 class ScriptRunner {
 public:
     /// \param maxBacklog how many callbacks of one timer may wait at most
-    explicit ScriptRunner(std::size_t maxBacklog);
+    /// \param clock the wall clock that the script sees
+    explicit ScriptRunner(std::size_t maxBacklog, const WallClock& clock = systemWallClock());
     ScriptRunner(const ScriptRunner&) = delete;
     ScriptRunner& operator=(const ScriptRunner&) = delete;
 
@@ -29,7 +29,7 @@ public:
     ///          - what the script gave to os.exit last, wherever it did, if that is not 0 (success);
     ///          - 1 if the script or a callback failed, at whatever time;
     ///          - 0
-    int run(const std::string& path, const std::vector<std::string>& arguments);
+    int run(const Script& script);
 
     /// Gives up what is running; `run` then stops all timers, StopFcn included, and returns.
     /// \param status what `run` returns then
@@ -40,7 +40,7 @@ public:
 
 private:
     /// \returns whether it ran to its end
-    bool runScript(Interpreter& interpreter, const std::string& path, const std::vector<std::string>& arguments);
+    bool runScript(Interpreter& interpreter, const Script& script);
 
     /// Notes an interruption that the script itself has met with.
     void noteInterruption();

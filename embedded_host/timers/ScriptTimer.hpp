@@ -1,6 +1,7 @@
 #pragma once
 
 #include "embedded_host/engine/EventLoop.hpp"
+#include "embedded_host/timers/Appointment.hpp"
 #include "embedded_host/timers/ScriptRun.hpp"
 #include "embedded_host/timers/TimerSettings.hpp"
 
@@ -40,8 +41,13 @@ public:
     ///         the timer stays stopped
     void start();
 
+    /// Starts it once the wall clock shows `moment`, which takes the place of the start delay; at once if it has
+    /// passed. A run that is under way then has to end first. Until then the timer counts as running. \throws
+    /// std::logic_error if another moment is waited for already; std::system_error if that cannot be done
+    void startAt(WallTime moment);
+
     /// Ends the run; the StopFcn follows. Does nothing on a stopped timer. A run that was accepted and has not
-    /// begun is stopped as it begins.
+    /// begun is stopped as it begins; one that waits for its moment is taken back.
     /// \returns whether it has kept a TimerFcn from running
     bool stop();
 
@@ -63,7 +69,7 @@ public:
     bool isRunning() const;
 
     /// Whether it neither runs nor has a callback or a run to come.
-    bool isQuiet() const { return m_runsToCome == 0 && (!m_run || m_run->isEnded()); }
+    bool isQuiet() const { return m_runsToCome == 0 && !m_appointment && (!m_run || m_run->isEnded()); }
 
     /// Whether there is nothing to wait for.
     bool isOver() const { return isDeleted() || isQuiet(); }
@@ -91,6 +97,9 @@ public:
     /// come.
     std::optional<Nanoseconds> untilNextDue() const;
 
+    /// When that is by the wall clock.
+    std::optional<WallTime> nextTime() const;
+
     /// The moment at which it was made.
     Nanoseconds made() const { return m_made; }
 
@@ -102,8 +111,12 @@ private:
     void runEnded() override;
     void describe() const;
     bool isStartAccepted() const { return m_runsToCome > 0 && !m_stopsTheLastToCome; }
+    TimerSettings settingsOfRun() const;
     void beginWhatIsToCome();
     void beginRun();
+    void keepAppointment();
+    bool takeAppointmentBack(EndReason why);
+    template <typename Operation> void reportErrorsOf(Operation operation);
 
     const TimerSurroundings& m_surroundings;
     const std::uint64_t m_number;
@@ -120,6 +133,9 @@ private:
     std::size_t m_runsToCome = 0;
     bool m_stopsTheLastToCome = false;
     bool m_begins = false; // while `beginWhatIsToCome` is at it
+
+    std::shared_ptr<Appointment> m_appointment; // that a run is to begin at; null if there is none
+    bool m_isRunAppointed = false; // the one to come, or the latest, has no start delay
 };
 
 } // namespace tovrinhost

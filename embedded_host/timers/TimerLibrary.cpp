@@ -7,7 +7,6 @@
 
 #include <lauxlib.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
@@ -62,8 +61,7 @@ int prepareCallback(lua_State* state)
     if (const ScriptRun* const run = pushCallback(state).run()) {
         describeEnd(state, *run);
     }
-    const auto time = std::chrono::system_clock::now().time_since_epoch();
-    lua_pushnumber(state, std::chrono::duration<double>(time).count());
+    lua_pushnumber(state, toSecondsSince1970(timersOf(state).clock().now()));
     if (firing.due == 0) {
         return 2; // nobody has told of it
     }

@@ -6,6 +6,7 @@
 #include "embedded_host/timers/PropertyAccess.hpp"
 #include "embedded_host/timers/TimerObject.hpp"
 #include "embedded_host/timers/TimerStatistics.hpp"
+#include "embedded_host/timers/WallTimes.hpp"
 
 #include <lauxlib.h>
 
@@ -31,6 +32,15 @@ ScriptTimer& calledOn(lua_State* state, const std::string& method)
 int start(lua_State* state)
 {
     startTimer(state, calledOn(state, "start"));
+    lua_settop(state, 1);
+    return 1;
+}
+
+/// t:startAt(time)
+int startAt(lua_State* state)
+{
+    ScriptTimer& timer = calledOn(state, "startAt");
+    startTimer(state, timer, wallTimeArgument(state, 2, label(timer.settings()) + ": the time of startAt"));
     lua_settop(state, 1);
     return 1;
 }
@@ -116,10 +126,10 @@ int allProperties(lua_State* state)
     return pushProperties(state);
 }
 
-constexpr luaL_Reg methods[]
-    = { { "start", luaFunction<start> }, { "stop", luaFunction<stop> }, { "wait", luaFunction<wait> },
-          { "delete", luaFunction<destroy> }, { "properties", luaFunction<allProperties> },
-          { "explain", luaFunction<explain> }, { "statistics", luaFunction<statistics> } };
+constexpr luaL_Reg methods[] = { { "start", luaFunction<start> }, { "startAt", luaFunction<startAt> },
+    { "stop", luaFunction<stop> }, { "wait", luaFunction<wait> }, { "delete", luaFunction<destroy> },
+    { "properties", luaFunction<allProperties> }, { "explain", luaFunction<explain> },
+    { "statistics", luaFunction<statistics> } };
 
 } // namespace
 

@@ -173,7 +173,7 @@ ScriptTimer& pushNewTimer(lua_State* state, TimerSettings settings)
     return **handle;
 }
 
-void startTimer(lua_State* state, ScriptTimer& timer)
+void startTimer(lua_State* state, ScriptTimer& timer, const std::optional<WallTime>& moment)
 {
     if (!keepLuaObject(state, numberOf(timer))) {
         throw std::logic_error(label(timer.settings()) + " is being collected; it cannot be started any more");
@@ -184,7 +184,7 @@ void startTimer(lua_State* state, ScriptTimer& timer)
         }
     };
     try {
-        named(timer, [&] { timer.start(); });
+        named(timer, [&] { moment ? timer.startAt(*moment) : timer.start(); });
     } catch (...) {
         releaseIfQuiet();
         throw;

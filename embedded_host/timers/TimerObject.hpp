@@ -8,6 +8,7 @@
 #include <lua.h>
 
 #include <exception>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -28,9 +29,9 @@ int newTimerObject(lua_State* state);
 /// Makes a timer. Takes the table of those of its values that stay in Lua off the stack, and pushes its object.
 ScriptTimer& pushNewTimer(lua_State* state, TimerSettings settings);
 
-/// Starts a timer, whose object is kept from now on until it is quiet.
+/// Starts a timer, at once or at a moment; its object is kept from now on until it is quiet.
 /// \throws std::runtime_error, which names it, for what keeps it from being started
-void startTimer(lua_State* state, ScriptTimer& timer);
+void startTimer(lua_State* state, ScriptTimer& timer, const std::optional<WallTime>& moment = std::nullopt);
 
 /// \returns null where there is no timer object \throws std::logic_error if that has been deleted or collected
 ScriptTimer* timerAt(lua_State* state, int index);

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cmath>
 
 namespace tovrinhost {
@@ -131,9 +130,8 @@ void pushRemaining(lua_State* state, const ScriptTimer& timer)
 
 void pushNextTime(lua_State* state, const ScriptTimer& timer)
 {
-    if (const auto span = timer.untilNextDue()) {
-        const std::chrono::duration<double> time = std::chrono::system_clock::now().time_since_epoch();
-        lua_pushnumber(state, time.count() + toSeconds(*span));
+    if (const auto time = timer.nextTime()) {
+        lua_pushnumber(state, toSecondsSince1970(*time));
     } else {
         lua_pushnil(state);
     }

@@ -5,8 +5,10 @@
 
 namespace tovrinhost {
 
-TimerSet::TimerSet(std::shared_ptr<Engine> engine, ErrorReport& errors, std::size_t maxBacklog)
-    : m_surroundings { std::move(engine), errors, m_diagnosis, maxBacklog }
+TimerSet::TimerSet(
+    std::shared_ptr<Engine> engine, ErrorReport& errors, std::size_t maxBacklog, const WallClock& clock)
+    : m_alarms(clock)
+    , m_surroundings { std::move(engine), errors, m_diagnosis, m_alarms, maxBacklog }
 {
 }
 

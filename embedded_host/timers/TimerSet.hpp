@@ -16,7 +16,8 @@ namespace tovrinhost {
 class TimerSet {
 public:
     /// \param maxBacklog how many callbacks of one timer may wait at most
-    TimerSet(std::shared_ptr<Engine> engine, ErrorReport& errors, std::size_t maxBacklog);
+    TimerSet(std::shared_ptr<Engine> engine, ErrorReport& errors, std::size_t maxBacklog,
+        const WallClock& clock = systemWallClock());
 
     /// Makes a timer. One without a name is called "timer-1", "timer-2", ...
     std::shared_ptr<ScriptTimer> create(TimerSettings settings);
@@ -43,9 +44,11 @@ public:
 
     Engine& engine() { return *m_surroundings.engine; }
     Diagnosis& diagnosis() { return m_diagnosis; }
+    const WallClock& clock() const { return m_alarms.clock(); }
 
 private:
-    Diagnosis m_diagnosis; // before what refers to it
+    Diagnosis m_diagnosis; // before what refers to it, like the next
+    Alarms m_alarms;
     TimerSurroundings m_surroundings;
     std::map<std::uint64_t, std::shared_ptr<ScriptTimer>> m_timers; // by number
     std::uint64_t m_created = 0;

@@ -30,9 +30,10 @@ protected:
 const std::string settable
     = "he properties are Name, ExecutionMode, BusyMode, Period, StartDelay, TasksToExecute, Tag, KeepsAlive, "
       "TimerFcn, StartFcn, StopFcn, ErrorFcn, UserData";
-const std::string all
+const std::string allProperties
     = settable + ", Running, TasksExecuted, InstantPeriod, AveragePeriod, LastError, Remaining, NextTime";
-const std::string readable = all + "; the methods are start, stop, wait, delete, properties, explain, statistics";
+const std::string readable
+    = allProperties + "; the methods are start, startAt, stop, wait, delete, properties, explain, statistics";
 
 TEST_F(MisuseTest, AnUnknownPropertyIsNamedWithThoseThatThereAre)
 {
