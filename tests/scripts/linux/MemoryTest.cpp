@@ -84,7 +84,7 @@ TEST_F(MemoryTest, AHundredThousandTimersThatNobodyHoldsNeedTheMemoryOfAFew)
     const Outcome outcome = run(R"(
 local function kilobytes()
   for line in io.lines("/proc/self/status") do
-    local found = line:match("^VmRSS:%s*(%d+)")
+    local found = line:match("^VmRSS:%s*(%d+) kB")
     if found then return tonumber(found) end
   end
 end
