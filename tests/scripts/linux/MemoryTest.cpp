@@ -104,7 +104,7 @@ print("lua " .. collectgarbage("count"))
 )");
 
     EXPECT_THAT(lines(outcome.out), ElementsAre("100000\t0", testing::_, testing::_)) << outcome.err;
-    EXPECT_THAT(numbersAfter(outcome.out, "grown"), ElementsAre(testing::Lt(3000.0))); // it was 75,000
+    EXPECT_THAT(numbersAfter(outcome.out, "grown"), ElementsAre(testing::Lt(3000.0))); // it was 140,000
     EXPECT_THAT(numbersAfter(outcome.out, "lua"), ElementsAre(testing::Lt(500.0)));
 }
 
