@@ -1,4 +1,5 @@
 #include "tests/scripts/ScriptTest.hpp"
+#include "tests/scripts/platform/Platform.hpp"
 
 namespace scripts {
 
@@ -254,6 +255,9 @@ TEST_F(WallClockTest, AWrongFieldOfTheNextTimeIsRefused)
 
 TEST_F(WallClockTest, ASignalTakesItBack)
 {
+    if (const char* reason = platform::whyNoControlC(); reason != nullptr) {
+        GTEST_SKIP() << reason;
+    }
     const Outcome outcome = runAndInterrupt(
         "timer { TimerFcn = print, StopFcn = print }:startAt(date() + 3600) print('waits')", { "waits" });
     EXPECT_EQ(outcome.out, "waits\n");
