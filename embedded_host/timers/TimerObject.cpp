@@ -344,6 +344,12 @@ int newTimerObject(lua_State* state)
     return 1;
 }
 
+bool isLiveTimer(lua_State* state, int index)
+{
+    const auto* const timer = static_cast<const Handle*>(luaL_testudata(state, index, timerType));
+    return timer != nullptr && *timer && !(*timer)->isDeleted();
+}
+
 int pushCallback(lua_State* state)
 {
     liveTimer(state);

@@ -13,6 +13,9 @@ void openTimerObjects(lua_State* state, TimerSet& timers);
 /// The script function `timer`: takes a table of properties, gives a timer object.
 int newTimerObject(lua_State* state);
 
+/// Whether the value is a timer that has not been deleted.
+bool isLiveTimer(lua_State* state, int index);
+
 /// For a timer and the name of one of its callbacks, at the stack's bottom: pushes the function, or nil.
 /// \returns 1, as a function that scripts call
 int pushCallback(lua_State* state);
