@@ -67,7 +67,7 @@ int runShell(const ShellCommand& command)
     const auto onQuestion = [&runner] { std::cerr << statusTable(runner.diagnosis()); };
     const platform::SignalWatcher watcher(onSignal, onQuestion);
     return runner.serve([&](Interpreter& interpreter) {
-        std::cout << "tovrin: Ctrl-D ends, Tab completes; timers fire while you type.\n" << std::flush;
+        std::cout << "tovrin: Tab completes, Ctrl-D ends\n" << std::flush;
         bool goesOn = true;
         for (const std::string& file : filesToRun(command)) {
             goesOn = goesOn && shell.runFile(interpreter, file);

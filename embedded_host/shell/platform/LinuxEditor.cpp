@@ -98,7 +98,7 @@ void Editor::open()
     bind<&Editor::up>(L"tovrin-up", L"The line above, or the entry before", { L"\\e[A", L"\\eOA" });
     bind<&Editor::down>(L"tovrin-down", L"The line below, or the entry behind", { L"\\e[B", L"\\eOB" });
     bind<&Editor::clear>(L"tovrin-clear", L"Clear the screen", { L"^L" });
-    el_wset(line, EL_SETTY, L"-d", L"-icrnl", nullptr); // so that "\r\n" is known for one line break
+    el_wset(line, EL_SETTY, L"-d", L"-icrnl", L"-inlcr", nullptr); // so that "\r\n" is known for one line break
     el_source(line, nullptr);
 }
 

@@ -268,7 +268,7 @@ void Terminal::suspend()
         m_screen.suspend();
         tcsetattr(STDIN_FILENO, TCSANOW, &m_modesBefore);
     }
-    kill(getpid(), SIGSTOP);
+    raise(SIGSTOP); // on this thread, so that it stands still before it goes on
     goOn();
 }
 

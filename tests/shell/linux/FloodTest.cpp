@@ -1,5 +1,7 @@
 #include "tests/shell/linux/ShellTest.hpp"
 
+#include <algorithm>
+
 namespace shell_tests {
 
 namespace {
@@ -70,8 +72,13 @@ TEST_P(FloodTest, EveryLineIsThereOnceInOrderAndTheInputIntact)
     }
     Rows expected = floodedRows(width);
     expected.insert(expected.end(), input.begin(), input.end());
-    EXPECT_TRUE(shell.waitFor([&] { return below(shell) == expected; }));
-    EXPECT_THAT(below(shell), ElementsAreArray(expected));
+    EXPECT_TRUE(
+        shell.waitFor([&] { return below(shell).size() >= expected.size() && shell.cursorRow() == ">> }"; }));
+    const Rows rows = below(shell);
+    for (std::size_t row = 0; row < std::min(rows.size(), expected.size()); ++row) {
+        ASSERT_EQ(rows[row], expected[row]) << "row " << row;
+    }
+    ASSERT_EQ(rows.size(), expected.size());
 
     shell.enter("");
     shell.enter("#x .. ' ' .. #x[1] .. ' ' .. x[4]");

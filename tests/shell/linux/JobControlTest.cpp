@@ -47,7 +47,7 @@ TEST_F(JobControlTest, AnotherSizeDrawsTheInputAnewAndLosesNoOutput)
     shell.type(input);
     EXPECT_TRUE(shell.waitForCursorRow("> " + input));
     shell.resize(40, 24);
-    EXPECT_TRUE(shell.waitForCursorRow(std::string(28, 'a') + "'"));
+    EXPECT_TRUE(shell.waitForCursorRow(std::string(27, 'a') + "'"));
     shell.resize(100, 24);
     EXPECT_TRUE(shell.waitForCursorRow("> " + input));
     shell.enter("");
@@ -63,7 +63,8 @@ TEST_F(JobControlTest, ATerminalThatGoesAwayStopsTimersInOrder)
     ShellProgram shell(folder(), {});
     shell.enter(
         "for i = 1, 2 do timer { Name = 't' .. i, StartDelay = 600, TimerFcn = print, StopFcn = function(t)"
-        " io.open('stopped', 'a'):write(t.Name, '\\n') print('nobody sees it') end }:start() end");
+        " local f = io.open('stopped', 'a') f:write(t.Name, '\\n') f:close() print('nobody sees it') end "
+        "}:start() end");
     shell.hangUp();
     EXPECT_EQ(shell.wait(), 129);
     EXPECT_EQ(read("stopped"), "t1\nt2\n");
