@@ -14,14 +14,28 @@ namespace {
 constexpr const char* chunkName = "=input";
 
 /// Pushes the chunk, or why it is none.
+int loadAs(lua_State* state, const std::string& text)
+{
+    return luaL_loadbufferx(state, text.data(), text.size(), chunkName, "t");
+}
+
 int load(lua_State* state, const std::string& text)
 {
-    const std::string expression = "return " + text;
-    if (luaL_loadbufferx(state, expression.data(), expression.size(), chunkName, "t") == LUA_OK) {
+    if (loadAs(state, "return " + text) == LUA_OK) {
         return LUA_OK;
     }
     lua_pop(state, 1);
-    return luaL_loadbufferx(state, text.data(), text.size(), chunkName, "t");
+    return loadAs(state, text);
+}
+
+/// Whether the error on top of the stack is one that more text could mend.
+bool isOfTheEnd(lua_State* state)
+{
+    std::size_t length = 0;
+    const char* const start = lua_tolstring(state, -1, &length);
+    const std::string_view message(start, length);
+    // A text in quotes ends with its line.
+    return message.ends_with("<eof>") && message.find("unfinished string near") == std::string_view::npos;
 }
 
 /// Of what the chunk has returned, all that is on the stack.
@@ -47,11 +61,9 @@ bool isUnfinished(Interpreter& interpreter, const std::string& text)
 {
     bool answer = false;
     interpreter.protect([&](lua_State* state) {
-        if (load(state, text) == LUA_ERRSYNTAX) {
-            std::size_t length = 0;
-            const char* const message = lua_tolstring(state, -1, &length);
-            answer = std::string_view(message, length).ends_with("<eof>");
-        }
+        const bool endsAnExpression = loadAs(state, "return " + text) == LUA_ERRSYNTAX && isOfTheEnd(state);
+        const bool endsStatements = loadAs(state, text) == LUA_ERRSYNTAX && isOfTheEnd(state);
+        answer = endsStatements || (endsAnExpression && !lua_isfunction(state, -1));
         lua_settop(state, 0);
         return 0;
     });

@@ -86,8 +86,9 @@ void OutputColumn::control(char byte)
     } else if (byte == '\r') {
         m_column = 0;
     } else if (byte == '\b') {
-        m_column -= m_column > 0 ? 1 : 0;
-    } else if (byte == '\t') {
+        // On a full row, too, the cursor stands on the last column still.
+        m_column = std::max<std::size_t>(std::min(m_column, m_width - 1), 1) - 1;
+    } else if (byte == '\t' && m_column < m_width) {
         m_isRowUsed = true;
         m_column = std::min((m_column / platform::tabStop + 1) * platform::tabStop, m_width - 1);
     }

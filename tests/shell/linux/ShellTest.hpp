@@ -1,13 +1,11 @@
 #pragma once
 
+#include "tests/shell/linux/Folder.hpp"
 #include "tests/shell/linux/ShellProgram.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 
 namespace shell_tests {
@@ -15,44 +13,23 @@ namespace shell_tests {
 /// A folder for the program to run in.
 class ShellTest : public testing::Test {
 protected:
-    ShellTest()
-    {
-        std::string name = (std::filesystem::temp_directory_path() / "tovrin-shell-XXXXXX").string();
-        m_folder = mkdtemp(name.data());
-    }
-    ~ShellTest() override { std::filesystem::remove_all(m_folder); }
-
-    const std::string& folder() const { return m_folder; }
-
-    /// \returns its path
-    std::string write(const std::string& name, const std::string& text) const
-    {
-        const std::filesystem::path path = std::filesystem::path(m_folder) / name;
-        std::filesystem::create_directories(path.parent_path());
-        std::ofstream(path) << text;
-        return path.string();
-    }
-
-    std::string read(const std::string& name) const
-    {
-        std::ostringstream text;
-        text << std::ifstream(m_folder + '/' + name).rdbuf();
-        return text.str();
-    }
+    const std::string& folder() const { return m_folder.path(); }
+    void write(const std::string& name, const std::string& text) const { m_folder.write(name, text); }
+    std::string read(const std::string& name) const { return m_folder.read(name); }
 
     /// The rows below the greeting.
     static Rows below(const ShellProgram& shell)
     {
         Rows rows = shell.rows();
         if (!rows.empty()) {
-            EXPECT_THAT(rows.front(), testing::StartsWith("tovrin: "));
+            EXPECT_THAT(rows.front(), testing::StartsWith("tovrin"));
             rows.erase(rows.begin());
         }
         return rows;
     }
 
 private:
-    std::string m_folder;
+    const Folder m_folder;
 };
 
 } // namespace shell_tests
