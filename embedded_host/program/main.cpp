@@ -3,7 +3,6 @@
 #include "embedded_host/log/LogSinks.hpp"
 #include "embedded_host/program/CommandLine.hpp"
 #include "embedded_host/program/Explain.hpp"
-#include "embedded_host/program/Shell.hpp"
 #include "embedded_host/program/Watching.hpp"
 #include "embedded_host/program/platform/Platform.hpp"
 #include "embedded_host/report/Report.hpp"
@@ -79,20 +78,6 @@ bool endOutput()
 
 int runProgram(int argc, const char* const* argv)
 {
-    if (argc > 1 && std::string_view(argv[1]) == "shell") {
-        platform::setUpStandardOutput();
-        ShellCommand shell;
-        for (int i = 2; i < argc; ++i) {
-            if (std::string_view(argv[i]) == "--no-init") {
-                shell.readsStartFile = false;
-            } else {
-                shell.files.emplace_back(argv[i]);
-            }
-        }
-        const int status = runShell(shell);
-        const bool isWritten = endOutput();
-        return status == EXIT_SUCCESS && !isWritten ? EXIT_FAILURE : status;
-    }
     const auto command = parseCommandLine(argc, argv);
     if (const auto* leave = std::get_if<Leave>(&command)) {
         return leave->status;

@@ -188,24 +188,6 @@ const CallbackProperty* findCallbackProperty(const std::string& name)
     return find(callbackProperties, name);
 }
 
-const std::vector<std::string>& timerPropertyNames()
-{
-    static const std::vector<std::string> names = [] {
-        std::vector<std::string> all;
-        appendNames(all, properties);
-        appendNames(all, callbackProperties);
-        appendNames(all, readOnlyProperties);
-        return all;
-    }();
-    return names;
-}
-
-const std::vector<std::string>& timerMethodNames()
-{
-    static const std::vector<std::string> names { "start", "stop", "wait", "delete", "explain", "statistics" };
-    return names;
-}
-
 std::string describeUnknown(lua_State* state, int key, Use use)
 {
     std::vector<std::string> names;
@@ -216,7 +198,7 @@ std::string describeUnknown(lua_State* state, int key, Use use)
     if (use == Use::Assign) {
         there = "he properties are " + commaSeparated(names);
     } else {
-        const std::vector<std::string>& methods = timerMethodNames();
+        const std::vector<std::string> methods { "start", "stop", "wait", "delete", "explain", "statistics" };
         appendNames(names, readOnlyProperties);
         kind += "or method ";
         there = "he properties are " + commaSeparated(names) + "; the methods are " + commaSeparated(methods);

@@ -5,7 +5,6 @@
 #include <lua.h>
 
 #include <string>
-#include <vector>
 
 namespace tovrinhost {
 
@@ -37,10 +36,6 @@ struct CallbackProperty {
 const Property* findProperty(const std::string& name);
 const ReadOnlyProperty* findReadOnlyProperty(const std::string& name);
 const CallbackProperty* findCallbackProperty(const std::string& name);
-
-/// The names of all of them, and those of a timer's methods.
-const std::vector<std::string>& timerPropertyNames();
-const std::vector<std::string>& timerMethodNames();
 
 /// What a script does with a name.
 enum class Use { Read, Assign };
