@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <exception>
 #include <limits>
 
 namespace tovrinhost {
@@ -178,9 +179,49 @@ DispatchSlot& FiringLog::newSlot(const ObservedWork& work, bool isQueued) noexce
 {
     const std::uint64_t place = m_count.fetch_add(1, std::memory_order_acq_rel) + 1;
     DispatchSlot& slot = dispatchAt(place);
+    if (m_hasDisplaced.load(std::memory_order_relaxed)) {
+        forgetDisplaced(work.timer); // a timer has one TimerFcn queued at most
+    }
+    keepIfQueued(slot);
     slot.begin(place, work, dueOf(work), isQueued);
     std::atomic_ref(m_places[work.number % capacity]).store(place, std::memory_order_release);
     return slot;
+}
+
+/// Before its place is given to another.
+void FiringLog::keepIfQueued(const DispatchSlot& slot) noexcept
+{
+    const auto place = static_cast<std::uint64_t>(slot.get(DispatchSlot::Place));
+    if (place == 0 || slot.get(DispatchSlot::Taken) != 0 || slot.get(DispatchSlot::Dispatched) != 0
+        || callbackAt(place).isAt(place)) { // it came to nothing
+        return;
+    }
+    Firing firing;
+    slot.readInto(firing);
+    if (firing.kind != tovrintimer::TimerFcnWork) {
+        return;
+    }
+    try {
+        const std::lock_guard lock(m_displacedMutex);
+        m_displaced[firing.timer] = firing.due;
+        m_hasDisplaced = true;
+    } catch (const std::exception&) {
+        // There is no memory for it: then it is not known.
+    }
+}
+
+void FiringLog::forgetDisplaced(const foundation::msg_svc::exchange::IDType& timer) noexcept
+{
+    const std::lock_guard lock(m_displacedMutex);
+    m_displaced.erase(timer);
+    m_hasDisplaced = !m_displaced.empty();
+}
+
+std::optional<Nanoseconds> FiringLog::dueOfDisplaced(const foundation::msg_svc::exchange::IDType& timer) const
+{
+    const std::lock_guard lock(m_displacedMutex);
+    const auto found = m_displaced.find(timer);
+    return found == m_displaced.end() ? std::nullopt : std::optional(found->second);
 }
 
 /// That of the dropped firing that this one makes up for: it goes on there.

@@ -10,6 +10,8 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <map>
+#include <mutex>
 #include <optional>
 
 namespace tovrinhost {
@@ -25,7 +27,8 @@ namespace tovrinhost {
 ///
 /// A firing's events come one after the other, but for `handedOver`, which its callback may overtake. What the
 /// interpreter thread has to know travels with the task. A firing that waits for so long that its place has been
-/// given to another gets a new one as it is dispatched.
+/// given to another gets a new one as it is dispatched; until then, of a TimerFcn, it is kept aside when it is
+/// due.
 ///
 /// Threading: as said, and any thread reads.
 /// Lifetime: to be forgotten by the library before it goes.
@@ -87,7 +90,12 @@ public:
 
     std::optional<Firing> find(std::uint64_t number) const;
 
+    /// When the TimerFcn of this timer is due that has lost its place.
+    std::optional<Nanoseconds> dueOfDisplaced(const foundation::msg_svc::exchange::IDType& timer) const;
+
 private:
+    void keepIfQueued(const DispatchSlot& slot) noexcept;
+    void forgetDisplaced(const foundation::msg_svc::exchange::IDType& timer) noexcept;
     DispatchSlot& dispatchAt(std::uint64_t place) const { return m_dispatches[place % capacity]; }
     CallbackSlot& callbackAt(std::uint64_t place) const { return m_callbacks[place % capacity]; }
     DispatchSlot* slotOf(std::uint64_t number) const noexcept;
@@ -102,6 +110,10 @@ private:
     const ZeroedArray<std::uint64_t> m_places; // by number, the latest of those that share one; used as atomics
     std::atomic<std::uint64_t> m_count { 0 };
     InterpreterLog m_interpreter;
+
+    mutable std::mutex m_displacedMutex; // taken alone, and only where there is something displaced
+    std::map<foundation::msg_svc::exchange::IDType, Nanoseconds> m_displaced; // guarded by it
+    std::atomic<bool> m_hasDisplaced { false }; // written under it, read without
 };
 
 /// How many firings a timer has missed in busy mode `Drop` where so much time has passed from when the first was

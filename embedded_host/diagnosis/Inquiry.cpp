@@ -124,6 +124,22 @@ std::optional<Firing> Inquiry::run(const TimerTable::Identity& timer, std::uint6
     return found;
 }
 
+std::optional<Nanoseconds> Inquiry::nextDue(const TimerTable::Identity& timer) const
+{
+    std::optional<Nanoseconds> due;
+    visitAll([&](const Firing& firing) {
+        if (!isOf(firing, timer) || firing.kind != tovrintimer::TimerFcnWork) {
+            return true;
+        }
+        if (firing.started != 0 || isOver(firing.stage)) {
+            return false; // and so have those before it
+        }
+        due = firing.firstDue != 0 ? firing.firstDue : firing.due;
+        return true;
+    });
+    return due ? due : m_log.dueOfDisplaced(timer);
+}
+
 std::map<std::uint64_t, Inquiry::Summary> Inquiry::summaries() const
 {
     std::map<std::uint64_t, Summary> summaries;

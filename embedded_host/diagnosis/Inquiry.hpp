@@ -32,6 +32,10 @@ public:
     std::optional<Firing> latest(const TimerTable::Identity& timer) const;
     std::optional<Firing> run(const TimerTable::Identity& timer, std::uint64_t run) const;
 
+    /// When the next TimerFcn of this timer is due, or was, if it waits to run. Known however long ago it was
+    /// queued.
+    std::optional<Nanoseconds> nextDue(const TimerTable::Identity& timer) const;
+
     /// The firings that began the latest after they were due, the latest of all first.
     std::vector<Firing> worst(std::size_t count) const;
 

@@ -74,6 +74,23 @@ void load(lua_State* state, const std::string& statements, const std::string& ch
     checkLoaded(state, luaL_loadbufferx(state, statements.data(), statements.size(), chunkName.c_str(), "t"));
 }
 
+/// Has `require` look into the file's folder, before all others. A folder whose name has a mark of package.path in
+/// it cannot be told to it.
+void findModulesBeside(lua_State* state, const std::string& file)
+{
+    const std::size_t end = file.find_last_of("/" LUA_DIRSEP);
+    const std::string folder = end == std::string::npos ? "." : file.substr(0, end);
+    if (folder.find_first_of(";?") != std::string::npos) {
+        return;
+    }
+    lua_getglobal(state, LUA_LOADLIBNAME);
+    pushText(state, folder + "/?.lua;" + folder + "/?/init.lua;");
+    lua_getfield(state, -2, "path");
+    lua_concat(state, 2);
+    lua_setfield(state, -2, "path");
+    lua_pop(state, 1);
+}
+
 /// The line of the script at which a function of the host's is called; 0 if it is called by another.
 int lineOfCaller(lua_State* running)
 {
@@ -195,13 +212,14 @@ void Interpreter::execute(const std::string& statements, const std::string& chun
     callAbove(handler, 0, 0);
 }
 
-void Interpreter::runFile(const std::string& path, const std::vector<std::string>& arguments)
+void Interpreter::runScript(const Script& script)
 {
+    const auto& arguments = script.arguments;
     const RestoredStack stack(state());
     const int handler = pushHandler();
     protectAbove(handler, [&](lua_State* state) {
         lua_createtable(state, static_cast<int>(arguments.size()), 1);
-        pushText(state, path);
+        pushText(state, script.name);
         lua_rawseti(state, -2, 0);
         lua_Integer place = 0;
         for (const std::string& argument : arguments) {
@@ -210,8 +228,13 @@ void Interpreter::runFile(const std::string& path, const std::vector<std::string
         }
         lua_setglobal(state, "arg");
 
-        reserveStack(state, arguments.size() + 2);
-        checkLoaded(state, luaL_loadfilex(state, path.c_str(), "t"));
+        reserveStack(state, arguments.size() + 3);
+        if (script.text) {
+            load(state, script.text->statements, script.text->chunkName);
+        } else {
+            findModulesBeside(state, script.name);
+            checkLoaded(state, luaL_loadfilex(state, script.name.c_str(), "t"));
+        }
         for (const std::string& argument : arguments) {
             pushText(state, argument);
         }

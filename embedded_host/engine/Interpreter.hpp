@@ -1,6 +1,7 @@
 #pragma once
 
 #include "embedded_host/engine/RunningCode.hpp"
+#include "embedded_host/engine/Script.hpp"
 #include "embedded_host/engine/SpareBlocks.hpp"
 #include "host/Export.hpp"
 #include "host/foundation/tovrindata/Array.hpp"
@@ -53,8 +54,9 @@ public:
     /// \param chunkName how tracebacks call them: "=name", or "@file"
     void execute(const std::string& statements, const std::string& chunkName);
 
-    /// Runs a script file, with the global `arg` as the standalone interpreter sets it.
-    void runFile(const std::string& path, const std::vector<std::string>& arguments);
+    /// Runs a script, with the global `arg` as the standalone interpreter sets it. `require` looks for modules
+    /// beside the file first.
+    void runScript(const Script& script);
 
     /// Does something that may raise errors of Lua. Everything that the host does with a state goes through here,
     /// but for the functions that scripts call.

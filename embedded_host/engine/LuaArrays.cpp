@@ -20,8 +20,10 @@ namespace {
 
 namespace detail = foundation::tovrindata::detail;
 
-/// Its address is the registry key of the objects by number.
+/// Their addresses are registry keys: of the objects by number, which it does not keep alive, and of those that
+/// are kept.
 const char objectsKey = 0;
+const char keptKey = 0;
 
 /// What a table, its key, and a value in it that is no table itself take of the stack.
 constexpr int room = 4;
@@ -145,7 +147,13 @@ Array toArray(lua_State* state, int index)
 void openLuaObjects(lua_State* state)
 {
     lua_newtable(state);
+    lua_createtable(state, 0, 1);
+    lua_pushliteral(state, "v");
+    lua_setfield(state, -2, "__mode");
+    lua_setmetatable(state, -2);
     lua_rawsetp(state, LUA_REGISTRYINDEX, &objectsKey);
+    lua_newtable(state);
+    lua_rawsetp(state, LUA_REGISTRYINDEX, &keptKey);
 }
 
 void setLuaObject(lua_State* state, lua_Integer number)
@@ -161,6 +169,26 @@ void pushLuaObject(lua_State* state, lua_Integer number)
     lua_rawgetp(state, LUA_REGISTRYINDEX, &objectsKey);
     lua_rawgeti(state, -1, number);
     lua_remove(state, -2);
+}
+
+bool keepLuaObject(lua_State* state, lua_Integer number)
+{
+    lua_rawgetp(state, LUA_REGISTRYINDEX, &keptKey);
+    pushLuaObject(state, number);
+    const bool isThere = !lua_isnil(state, -1);
+    lua_rawseti(state, -2, number);
+    lua_pop(state, 1);
+    return isThere;
+}
+
+void releaseLuaObject(lua_State* state, lua_Integer number)
+{
+    lua_rawgetp(state, LUA_REGISTRYINDEX, &keptKey);
+    if (lua_rawgeti(state, -1, number) != LUA_TNIL) {
+        lua_pushnil(state);
+        lua_rawseti(state, -3, number); // in the place of what is there: needs no memory
+    }
+    lua_pop(state, 2);
 }
 
 } // namespace tovrinhost

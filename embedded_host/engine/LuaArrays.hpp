@@ -26,10 +26,18 @@ foundation::tovrindata::Array toArray(lua_State* state, int index);
 /// To be called once, before anything else here.
 void openLuaObjects(lua_State* state);
 
-/// Registers the value on top of the stack as the object with this number, and pops it. nil takes it out again.
+/// Registers the value on top of the stack as the object with this number, and pops it. It is registered for as
+/// long as something else refers to it. nil takes it out again.
 TOVRINHOST_API void setLuaObject(lua_State* state, lua_Integer number);
 
-/// Pushes the object with this number; nil where there is none.
+/// Pushes the object with this number; nil where there is none, or where it is being collected.
 TOVRINHOST_API void pushLuaObject(lua_State* state, lua_Integer number);
+
+/// Keeps the object with this number alive though nothing else refers to it.
+/// \returns false where there is none, or where it is being collected
+TOVRINHOST_API bool keepLuaObject(lua_State* state, lua_Integer number);
+
+/// Keeps it no longer. Raises no error.
+TOVRINHOST_API void releaseLuaObject(lua_State* state, lua_Integer number);
 
 } // namespace tovrinhost

@@ -31,20 +31,20 @@ std::string startFile()
         + "/tovrin/init.lua";
 }
 
-std::vector<std::string> filesToRun(const ShellCommand& command)
+std::vector<std::string> filesToRun(const ShellOptions& options)
 {
     std::vector<std::string> files;
     std::error_code none;
-    if (command.readsStartFile && std::filesystem::exists(startFile(), none)) {
+    if (options.readsStartFile && std::filesystem::exists(startFile(), none)) {
         files.push_back(startFile());
     }
-    files.insert(files.end(), command.files.begin(), command.files.end());
+    files.insert(files.end(), options.files.begin(), options.files.end());
     return files;
 }
 
 } // namespace
 
-int runShell(const ShellCommand& command)
+int runShell(const ShellOptions& options)
 {
     const auto input
         = platform::openLineInput(); // before any other thread: what it keeps from this one is kept from all
@@ -69,7 +69,7 @@ int runShell(const ShellCommand& command)
     return runner.serve([&](Interpreter& interpreter) {
         std::cout << "tovrin: Tab completes, Ctrl-D ends\n" << std::flush;
         bool goesOn = true;
-        for (const std::string& file : filesToRun(command)) {
+        for (const std::string& file : filesToRun(options)) {
             goesOn = goesOn && shell.runFile(interpreter, file);
         }
         if (goesOn && !shell.serve(interpreter)) {

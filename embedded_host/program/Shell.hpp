@@ -6,7 +6,7 @@
 namespace tovrinhost {
 
 /// `tovrin shell`: what it is to do.
-struct ShellCommand {
+struct ShellOptions {
     std::vector<std::string> files; ///< scripts that are run first
     bool readsStartFile = true;
 };
@@ -14,6 +14,6 @@ struct ShellCommand {
 /// Serves a prompt until its end.
 /// \returns the exit status
 /// \throws std::runtime_error with a text for people if there is no terminal
-int runShell(const ShellCommand& command);
+int runShell(const ShellOptions& options);
 
 } // namespace tovrinhost

@@ -2,14 +2,14 @@
 
 namespace tovrinhost {
 
-Watching::Watching(const RunCommand& command, Diagnosis& diagnosis)
+Watching::Watching(const RunOptions& options, Diagnosis& diagnosis)
 {
-    if (command.traceFile) {
-        m_file = std::make_unique<TraceFile>(*command.traceFile);
-        m_trace.emplace(*m_file, diagnosis, "tovrin run " + command.file);
+    if (options.traceFile) {
+        m_file = std::make_unique<TraceFile>(*options.traceFile);
+        m_trace.emplace(*m_file, diagnosis, "tovrin run " + options.script.name);
     }
-    if (command.lateAbove) {
-        m_late.emplace(diagnosis, static_cast<Nanoseconds>(*command.lateAbove * 1e9));
+    if (options.lateAbove) {
+        m_late.emplace(diagnosis, static_cast<Nanoseconds>(*options.lateAbove * 1e9));
     }
     if (m_trace || m_late) {
         const FiringLog& log = diagnosis.log();

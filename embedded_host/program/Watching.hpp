@@ -5,7 +5,7 @@
 #include "embedded_host/diagnosis/TraceFile.hpp"
 #include "embedded_host/diagnosis/TraceWriter.hpp"
 #include "embedded_host/diagnosis/Watch.hpp"
-#include "embedded_host/program/CommandLine.hpp"
+#include "embedded_host/program/Run.hpp"
 
 #include <memory>
 #include <optional>
@@ -16,7 +16,7 @@ namespace tovrinhost {
 class Watching {
 public:
     /// \throws std::system_error if the trace cannot be opened
-    Watching(const RunCommand& command, Diagnosis& diagnosis);
+    Watching(const RunOptions& options, Diagnosis& diagnosis);
 
     /// Tells the rest.
     /// \returns whether all of the trace was written

@@ -1,5 +1,6 @@
 #include "embedded_host/shell/Completion.hpp"
 
+#include "embedded_host/timers/TimerMethods.hpp"
 #include "embedded_host/timers/TimerObject.hpp"
 #include "embedded_host/timers/TimerProperties.hpp"
 
@@ -69,7 +70,7 @@ Words quotedWords(lua_State* state, std::string_view before)
     const std::string_view called = before.ends_with("(") ? beforeSign("(") : before;
     const std::string_view assigned = before.ends_with("==") ? beforeSign("==") : beforeSign("=");
     if (called.ends_with("find") || assigned.ends_with("Name")) {
-        for (const auto& timer : timersOf(state).all()) {
+        for (const auto& [number, timer] : timersOf(state).all()) {
             words.insert(timer->settings().name);
         }
     }
@@ -89,7 +90,7 @@ void goToField(lua_State* state, const std::string& name)
         lua_pushlstring(state, name.data(), name.size());
         lua_rawget(state, -2);
     } else if (isLiveTimer(state, -1)) {
-        const auto& names = timerPropertyNames();
+        const auto names = propertyNames();
         const bool isProperty = std::find(names.begin(), names.end(), name) != names.end();
         isProperty ? static_cast<void>(lua_getfield(state, -1, name.c_str())) : lua_pushnil(state);
     } else {
@@ -112,7 +113,7 @@ void addNames(lua_State* state, bool functionsOnly, Words& words)
 void addFields(lua_State* state, bool methods, Words& words)
 {
     if (isLiveTimer(state, -1)) {
-        const auto& names = methods ? timerMethodNames() : timerPropertyNames();
+        const auto names = methods ? methodNames() : propertyNames();
         words.insert(names.begin(), names.end());
         return;
     }

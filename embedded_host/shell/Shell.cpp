@@ -17,7 +17,7 @@ Shell::Shell(TimerSet& timers, LineInput& input, std::function<bool()> isToEnd)
 
 bool Shell::runFile(Interpreter& interpreter, const std::string& path)
 {
-    return runCode([&] { interpreter.runFile(path, {}); });
+    return runCode([&] { interpreter.runScript({ path, {}, std::nullopt }); });
 }
 
 bool Shell::serve(Interpreter& interpreter)
@@ -112,7 +112,8 @@ void Shell::notesCodeRuns(bool runs)
 bool Shell::mayEnd()
 {
     const auto& timers = m_timers.all();
-    const auto running = std::count_if(timers.begin(), timers.end(), [](const auto& t) { return t->isRunning(); });
+    const auto running
+        = std::count_if(timers.begin(), timers.end(), [](const auto& entry) { return entry.second->isRunning(); });
     if (running == 0 || std::exchange(m_hasAsked, true)) {
         return true;
     }

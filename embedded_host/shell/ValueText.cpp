@@ -99,7 +99,7 @@ private:
     std::string timer(int index, std::size_t indent)
     {
         std::vector<std::string> entries;
-        for (const std::string& name : timerPropertyNames()) {
+        for (const std::string& name : propertyNames()) {
             if (lua_getfield(m_state, index, name.c_str()) != LUA_TNIL) {
                 entries.push_back(name + " = " + value(-1, indent + 2));
             }

@@ -8,7 +8,7 @@
 
 namespace tovrinhost {
 
-std::string ErrorReport::report(const std::string& where, const std::exception_ptr& error)
+ReportedError ErrorReport::report(const std::string& where, const std::exception_ptr& error)
 {
     try {
         std::rethrow_exception(error);
@@ -19,17 +19,22 @@ std::string ErrorReport::report(const std::string& where, const std::exception_p
     }
 }
 
-std::string ErrorReport::report(const std::string& where, const std::exception& error)
+ReportedError ErrorReport::report(const std::string& where, const std::exception& error)
 {
     m_hasErrors = true;
     const auto* script = dynamic_cast<const ScriptError*>(&error);
-    std::string message = script != nullptr ? script->message() : error.what();
-    std::string lines = "tovrin: error in " + escape(where) + ": " + escapeLines(message) + '\n';
-    if (script != nullptr && !script->traceback().empty()) {
-        lines += escapeLines(script->traceback()) + '\n';
+    ReportedError reported;
+    if (script != nullptr) {
+        reported = { script->message(), script->traceback() };
+    } else {
+        reported.message = error.what();
+    }
+    std::string lines = "tovrin: error in " + escape(where) + ": " + escapeLines(reported.message) + '\n';
+    if (!reported.traceback.empty()) {
+        lines += escapeLines(reported.traceback) + '\n';
     }
     std::cerr << lines << std::flush;
-    return message;
+    return reported;
 }
 
 } // namespace tovrinhost

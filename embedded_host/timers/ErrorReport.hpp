@@ -5,6 +5,12 @@
 
 namespace tovrinhost {
 
+/// An error as it was reported.
+struct ReportedError {
+    std::string message; ///< as it is
+    std::string traceback; ///< empty where there is none
+};
+
 /// Tells of errors on standard error, and remembers that there were any.
 ///
 /// Threading: one thread at a time.
@@ -12,9 +18,8 @@ class ErrorReport {
 public:
     /// Writes "tovrin: error in <where>: <message>", and the traceback where the error has one, all with control
     /// characters written out. Indented lines of a message stay lines, as where `require` lists what it tried.
-    /// \returns the message as it is
-    std::string report(const std::string& where, const std::exception_ptr& error);
-    std::string report(const std::string& where, const std::exception& error);
+    ReportedError report(const std::string& where, const std::exception_ptr& error);
+    ReportedError report(const std::string& where, const std::exception& error);
 
     bool hasErrors() const { return m_hasErrors; }
 

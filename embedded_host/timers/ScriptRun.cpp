@@ -20,9 +20,7 @@ ScriptRun::ScriptRun(
     , m_number(number)
     , m_settings(std::move(settings))
     , m_mode(m_settings.executionMode)
-    , m_count(m_settings.taskCount())
-    , m_startFcnComes(m_settings.hasStartFcn)
-    , m_tasksWanted(m_settings.taskCount())
+    , m_progress(m_mode, m_settings.hasStartFcn, m_settings.taskCount())
     , m_busyModeWanted(m_settings.busyMode)
 {
 }
@@ -42,8 +40,16 @@ void ScriptRun::begin()
     } catch (...) {
         m_engine->close(0);
         m_state = State::Ended;
+        m_endReason = EndReason::Error;
         m_timer->setActivationStatus(false);
         throw;
+    }
+}
+
+void ScriptRun::changeTasks(std::uint64_t tasks)
+{
+    if (isUnderWay() && isRunning()) {
+        m_progress.setTotal(tasks);
     }
 }
 
@@ -52,8 +58,13 @@ void ScriptRun::change(const TimerSettings& settings)
     m_hasNewStopFcn = m_hasNewStopFcn || (settings.hasStopFcn && !m_settings.hasStopFcn);
     m_settings = settings;
     describe();
-    if (isUnderWay()) {
-        applySettings();
+    if (!isUnderWay()) {
+        return;
+    }
+    applySettings();
+    const bool hasTooMany = m_progress.hasBegunAll() && !m_progress.isLastOfLibrary();
+    if (hasTooMany && !m_engine->isInTask()) { // else once that callback has ended
+        stop(EndReason::TasksDone);
     }
 }
 
@@ -61,28 +72,32 @@ void ScriptRun::applySettings()
 {
     m_settings.applyTo(*m_timer);
     m_timer->setStopFcnIsEmpty(!m_settings.hasStopFcn);
-    m_tasksWanted = m_settings.taskCount();
     m_busyModeWanted = m_settings.busyMode;
     if (m_mode != ExecutionMode::FixedRate) { // there, the dispatching thread does it
         m_timer->setNumOfTasksToExecute(m_settings.taskCount());
     }
 }
 
-void ScriptRun::stop()
+bool ScriptRun::stop(EndReason why)
 {
     if (!isUnderWay()) {
-        return;
+        return false;
+    }
+    const bool prevents = !m_progress.hasBegunAll();
+    if (prevents) {
+        m_endReason = why;
     }
     // A started timer has its StartFcn run before its StopFcn, however soon it is stopped.
     m_engine->close(m_state == State::Starting ? 1 : 0);
     m_state = State::Ending;
     TimerScheduler::getPerTOVRINProcessInstance()->forceStopWorkAndScheduleStopFcn(m_timer);
     goOn();
+    return prevents;
 }
 
 void ScriptRun::finishForOwnerThatLeaves()
 {
-    stop();
+    stop(EndReason::Deleted);
     if (std::exchange(m_isOverrun, false)) {
         askForErrorFcn(false); // within the StopFcn, behind which it was to come
     }
@@ -90,6 +105,14 @@ void ScriptRun::finishForOwnerThatLeaves()
     m_engine->close(0);
     forgetOwner();
     goOn();
+}
+
+std::optional<Nanoseconds> ScriptRun::nextDue() const
+{
+    if (!isUnderWay() || !isRunning() || m_progress.hasBegunAll()) {
+        return std::nullopt;
+    }
+    return m_surroundings.diagnosis.inquiry().nextDue(m_timer->getId());
 }
 
 /// For people who ask about its firings.
@@ -116,42 +139,29 @@ void ScriptRun::taskIsDropped(const TaskNote& note) noexcept
 
 TaskMark ScriptRun::markOfNextTask()
 {
-    if (m_mode != ExecutionMode::FixedRate) {
-        return TaskMark::None;
+    const TaskMark mark = m_progress.taskComes(*m_timer);
+    if (mark != TaskMark::None) {
+        // The library asks for the busy mode twice, and loses a callback where it becomes Queue in between: not
+        // here. What has not changed is not written again, since the other threads would have to fetch it again.
+        const auto busyMode = static_cast<std::size_t>(m_busyModeWanted.load());
+        if (m_timer->getBusyMode() != busyMode) {
+            m_timer->setBusyMode(busyMode);
+        }
     }
-    const std::lock_guard lock(m_countMutex);
-    if (std::exchange(m_startFcnComes, false) || m_count.left() == 0) {
-        return TaskMark::None;
-    }
-    // The library asks for the busy mode twice, and loses a callback where it becomes Queue in between: not here.
-    // What has not changed is not written again, since the other threads would have to fetch it again.
-    const auto busyMode = static_cast<std::size_t>(m_busyModeWanted.load());
-    if (m_timer->getBusyMode() != busyMode) {
-        m_timer->setBusyMode(busyMode);
-    }
-    // The library counts as soon as this task has been handed over, on this thread, and by the same number.
-    const std::uint64_t wanted = m_tasksWanted;
-    if (m_timer->getNumOfTasksToExecute() != wanted) {
-        m_timer->setNumOfTasksToExecute(wanted);
-    }
-    m_count.count(wanted);
-    return m_count.left() == 0 ? TaskMark::Last : TaskMark::Expected;
+    return mark;
 }
 
 void ScriptRun::callbackBegins(Callback callback, const TaskNote& note)
 {
-    auto mark = static_cast<TaskMark>(note.mark);
-    noteBeginning(callback == Callback::TimerFcn, note);
-    if (callback == Callback::StartFcn && m_state == State::Starting) {
+    const auto mark = static_cast<TaskMark>(note.mark);
+    m_latestCallback = callback;
+    if (callback == Callback::TimerFcn) {
+        m_progress.timerFcnBegins(mark);
+    } else if (callback == Callback::StartFcn && m_state == State::Starting) {
         m_state = State::Running;
-    } else if (callback == Callback::TimerFcn) {
-        if (m_mode == ExecutionMode::FixedDelay) {
-            const std::lock_guard lock(m_countMutex);
-            m_count.count(m_tasksWanted); // as the library has just done
-            mark = m_count.left() == 0 ? TaskMark::Last : TaskMark::Expected;
-        }
-        m_isLastTimerFcn = mark == TaskMark::Last;
-    } else if (callback == Callback::StopFcn) {
+    }
+    noteBeginning(callback == Callback::TimerFcn, note);
+    if (callback == Callback::StopFcn) {
         m_stopFcnHasBegun = true;
         if (isUnderWay()) {
             m_state = State::Ending;
@@ -164,9 +174,8 @@ void ScriptRun::callbackBegins(Callback callback, const TaskNote& note)
 
 void ScriptRun::noteBeginning(bool isTimerFcn, const TaskNote& note)
 {
-    m_timerFcns += isTimerFcn ? 1 : 0;
     const auto& beginning = m_surroundings.diagnosis.callbackBegins(
-        note, isTimerFcn ? m_timerFcns : 0, m_settings.periodNanoseconds());
+        note, isTimerFcn ? m_progress.timerFcns() : 0, m_settings.periodNanoseconds());
     if (isTimerFcn && m_owner != nullptr) {
         m_owner->statistics().timerFcnBegins(beginning.started, beginning.lateness(), beginning.missed);
     }
@@ -191,8 +200,11 @@ void ScriptRun::taskEnds(Callback callback, const TaskNote& note, const std::exc
     try {
         if (error) {
             callbackFailed(callback, error);
-        } else if (callback == Callback::TimerFcn && m_isLastTimerFcn) {
-            timerFcnsAreOver();
+        } else if (callback == Callback::TimerFcn) {
+            m_progress.timerFcnEnds();
+            if (m_progress.hasBegunAll() || m_progress.isLastOfLibrary()) {
+                timerFcnsAreOver();
+            }
         }
         goOn();
     } catch (const std::exception& problem) {
@@ -205,19 +217,21 @@ void ScriptRun::timerFcnsAreOver()
     if (!isUnderWay()) {
         return;
     }
-    if (!m_settings.hasStopFcn) {
+    if (m_progress.hasBegunAll() && !m_progress.isLastOfLibrary()) {
+        stop(EndReason::TasksDone); // the library goes on
+    } else if (!m_settings.hasStopFcn) {
         m_engine->close(0);
         m_state = State::Ending;
     } else if (m_hasNewStopFcn || !m_timer->getIsRunning()) {
-        stop(); // the library may have decided when there was none
+        stop(m_endReason); // the library may have decided when there was none
     }
 }
 
 void ScriptRun::noteOverrun()
 {
     m_isOverrun = true;
-    report(
-        label(), std::runtime_error("callback of " + label() + " was still running when its next run fell due"));
+    m_endReason = EndReason::Overrun;
+    reportFailure("overrun", "callback of " + label() + " was still running when its next run fell due");
 }
 
 void ScriptRun::goOn()
@@ -226,7 +240,7 @@ void ScriptRun::goOn()
         return;
     }
     if (isUnderWay() && !m_timer->getIsRunning()) {
-        if (m_mode == ExecutionMode::FixedRate && !m_isLastTimerFcn) {
+        if (m_mode == ExecutionMode::FixedRate && !m_progress.isLastOfLibrary()) {
             noteOverrun();
         }
         timerFcnsAreOver();
@@ -244,9 +258,14 @@ void ScriptRun::callbackFailed(Callback callback, const std::exception_ptr& erro
     if (m_surroundings.engine->loop().interruption() != Interruption::None) {
         return; // the callback was given up, and the timer is about to be stopped
     }
-    report(std::string(nameOf(callback)) + " of " + label(), error);
-    if (callback != Callback::ErrorFcn && callback != Callback::StopFcn) {
-        runFails();
+    ReportedError reported = m_surroundings.errors.report(std::string(nameOf(callback)) + " of " + label(), error);
+    if (callback == Callback::ErrorFcn) {
+        return; // what it was called for is what counts
+    }
+    tellOwner(reported.message);
+    if (callback != Callback::StopFcn) {
+        noteFailure(nameOf(callback), std::move(reported));
+        runFails(EndReason::Error);
     }
 }
 
@@ -265,32 +284,45 @@ void ScriptRun::backlogExceeded() noexcept
         if (!isUnderWay()) {
             return;
         }
-        report(label(),
-            std::runtime_error("more than " + std::to_string(m_surroundings.maxBacklog)
+        reportFailure("backlog",
+            "more than " + std::to_string(m_surroundings.maxBacklog)
                 + " of its callbacks are waiting to run (the limit is set by --max-backlog); the timer is "
-                  "stopped"));
-        runFails();
+                  "stopped");
+        runFails(EndReason::Overrun);
         goOn();
     } catch (const std::exception& problem) {
         m_surroundings.errors.report(label(), problem);
     }
 }
 
-template <typename Error> void ScriptRun::report(const std::string& where, const Error& error)
+/// Of the run itself, and of no callback.
+void ScriptRun::reportFailure(const char* callback, const std::string& message)
 {
-    const std::string text = m_surroundings.errors.report(where, error);
+    ReportedError reported = m_surroundings.errors.report(label(), std::runtime_error(message));
+    tellOwner(reported.message);
+    noteFailure(callback, std::move(reported));
+}
+
+void ScriptRun::noteFailure(const char* callback, ReportedError error)
+{
+    m_failure = { callback, std::move(error.message), std::move(error.traceback) };
+}
+
+void ScriptRun::tellOwner(const std::string& error)
+{
     if (m_owner != nullptr) {
-        m_owner->errorReported(text);
+        m_owner->errorReported(error);
     }
 }
 
-void ScriptRun::runFails()
+void ScriptRun::runFails(EndReason why)
 {
     if (m_owner == nullptr) {
         return; // deleted: there is nothing left to call
     }
     m_engine->close(0);
     m_state = State::Ending;
+    m_endReason = why;
     askForErrorFcn(!m_stopFcnHasBegun);
 }
 

@@ -1,30 +1,39 @@
 #pragma once
 
+#include "embedded_host/clock/Alarms.hpp"
 #include "embedded_host/diagnosis/Diagnosis.hpp"
 #include "embedded_host/diagnosis/FiringStatistics.hpp"
 #include "embedded_host/engine/Engine.hpp"
 #include "embedded_host/engine/TimerEngine.hpp"
-#include "embedded_host/timers/TaskCount.hpp"
+#include "embedded_host/timers/RunEnd.hpp"
+#include "embedded_host/timers/RunProgress.hpp"
 #include "embedded_host/timers/TimerSettings.hpp"
 
 #include <atomic>
 #include <cstdint>
 #include <exception>
+#include <functional>
 #include <memory>
-#include <mutex>
+#include <optional>
 #include <string>
 
 namespace tovrinhost {
 
 class ErrorReport;
+class ScriptTimer;
+struct ReportedError;
 
 /// What all timers of a script share.
 struct TimerSurroundings {
     const std::shared_ptr<Engine> engine;
     ErrorReport& errors;
     Diagnosis& diagnosis;
+    Alarms& alarms;
     const std::size_t maxBacklog; ///< how many callbacks of one timer may wait at most
     bool isEnding = false; ///< the program is about to end: no run begins any more
+
+    /// Told of a timer that has nothing to come any more; it may be gone when this returns.
+    std::function<void(const ScriptTimer&)> timerIsQuiet = [](const ScriptTimer& /*timer*/) {};
 };
 
 /// One run of a script's timer: from its start until nothing of it is left.
@@ -36,7 +45,8 @@ struct TimerSurroundings {
 ///
 /// Starting: the StartFcn waits, until it begins.
 ///   stop:    drops what waits behind the StartFcn, asks for the StopFcn; Ending.
-/// Running, until a stop, an error, the StopFcn begins, or the last TimerFcn has ended and there is no StopFcn.
+/// Running, until a stop, an error, the StopFcn begins, the last TimerFcn has ended and there is no StopFcn, or as
+/// many have ended as the timer is set to meanwhile.
 ///   stop:    drops what waits, asks for the StopFcn; Ending.
 ///   error in StartFcn or TimerFcn: drops what waits, asks for ErrorFcn and StopFcn; Ending.
 /// Ending: what the end calls for waits or runs, until nothing waits and nothing runs.
@@ -58,7 +68,7 @@ public:
     /// The timer that the run belongs to.
     class Owner {
     public:
-        /// An error of the run has been reported.
+        /// An error of the run has been reported, but for one of its ErrorFcn.
         virtual void errorReported(const std::string& error) = 0;
 
         /// What is counted of the timer's firings.
@@ -78,10 +88,16 @@ public:
     /// \throws whatever keeps the library from starting the timer; the run has ended then
     void begin();
 
+    /// Takes a new number of tasks in, before the settings that hold it.
+    /// \throws std::invalid_argument if the run goes by the old one whatever comes; says what is allowed
+    void changeTasks(std::uint64_t tasks);
+
     /// New settings, in force from the next callback.
     void change(const TimerSettings& settings);
 
-    void stop();
+    /// \param why the reason for its end, unless all its TimerFcns have begun
+    /// \returns whether it has kept a TimerFcn from running
+    bool stop(EndReason why);
 
     /// Ends it at once, with all callbacks that the end calls for run before this returns, nested in whatever is
     /// running. The owner hears no more; errors of a callback that is still running are reported.
@@ -103,6 +119,19 @@ public:
 
     const tovrintimer::TimerInfo& statistics() const { return *m_timer; }
 
+    /// When its next TimerFcn is due, or was, if it waits to run. Nothing where none is to come, or where that is
+    /// not known yet: during a callback of a fixed spacing.
+    std::optional<Nanoseconds> nextDue() const;
+
+    /// Known as its StopFcn begins, or as it has ended.
+    EndReason endReason() const { return m_endReason; }
+
+    /// What its ErrorFcn is called for.
+    const Failure& failure() const { return m_failure; }
+
+    /// The callback that has begun last.
+    Callback latestCallback() const { return m_latestCallback; }
+
 private:
     enum class State { Starting, Running, Ending, Ended };
 
@@ -122,8 +151,10 @@ private:
     void timerFcnsAreOver();
     void noteOverrun();
     void callbackFailed(Callback callback, const std::exception_ptr& error);
-    void runFails();
-    template <typename Error> void report(const std::string& where, const Error& error);
+    void runFails(EndReason why);
+    void reportFailure(const char* callback, const std::string& message);
+    void noteFailure(const char* callback, ReportedError error);
+    void tellOwner(const std::string& error);
     void askForErrorFcn(bool alsoStopFcn);
 
     /// Looks what is to come of itself, once nothing waits and nothing runs: the run's end, or its ErrorFcn.
@@ -143,20 +174,15 @@ private:
     std::shared_ptr<TimerEngine> m_engine;
     std::shared_ptr<tovrintimer::TimerInfo> m_timer;
     State m_state = State::Starting;
-    bool m_isLastTimerFcn = false; // of the TimerFcn that began last
-    std::uint64_t m_timerFcns = 0; // that have begun
+    EndReason m_endReason = EndReason::TasksDone;
+    Failure m_failure;
+    Callback m_latestCallback = Callback::None;
     bool m_hasNewStopFcn = false; // assigned during the run
     bool m_stopFcnHasBegun = false;
     bool m_isOverrun = false; // the ErrorFcn is to follow the StopFcn
 
-    // The dispatching thread counts, in fixed rate, while the interpreter thread asks for the end.
-    std::mutex m_countMutex;
-    TaskCount m_count; // guarded by m_countMutex, like the next
-    bool m_startFcnComes; // with the next task
-
-    // For the dispatching thread.
-    std::atomic<std::uint64_t> m_tasksWanted;
-    std::atomic<tovrintimer::BusyMode> m_busyModeWanted;
+    RunProgress m_progress;
+    std::atomic<tovrintimer::BusyMode> m_busyModeWanted; // for the dispatching thread
 };
 
 } // namespace tovrinhost

@@ -3,7 +3,9 @@
 #include "embedded_host/engine/Processes.hpp"
 #include "embedded_host/engine/ScriptMemory.hpp"
 #include "embedded_host/services/ProcessScope.hpp"
+#include "embedded_host/timers/HelpFunction.hpp"
 #include "embedded_host/timers/TimerLibrary.hpp"
+#include "embedded_host/timers/WallTimes.hpp"
 #include "timer_src/main/TimerScheduler.hpp"
 
 #include <cstdlib>
@@ -16,15 +18,17 @@ constexpr int controlCStatus = 130;
 
 } // namespace
 
-ScriptRunner::ScriptRunner(std::size_t maxBacklog)
+ScriptRunner::ScriptRunner(std::size_t maxBacklog, const WallClock& clock)
     : m_engine(Engine::start())
-    , m_timers(m_engine, m_errors, maxBacklog)
+    , m_timers(m_engine, m_errors, maxBacklog, clock)
 {
     m_engine->run([this](Interpreter& interpreter) {
         keepReserveFrom(interpreter.state(), interpreter.spareBlocks());
         openTimerLibrary(interpreter, m_timers, m_exitCode);
         interpreter.protect([](lua_State* state) {
             openProcesses(state);
+            openHelp(state);
+            openWallTimes(state);
             return 0;
         });
     });
@@ -40,11 +44,11 @@ ScriptRunner::~ScriptRunner()
     destroyProcessScope();
 }
 
-int ScriptRunner::run(const std::string& path, const std::vector<std::string>& arguments)
+int ScriptRunner::run(const Script& script)
 {
     runAndStop([&](Interpreter& interpreter) {
-        if (runScript(interpreter, path, arguments)) {
-            m_timers.runUntilQuiet();
+        if (runScript(interpreter, script)) {
+            m_timers.serve();
         }
     });
     if (m_interruptedStatus != 0) {
@@ -82,12 +86,11 @@ void ScriptRunner::runAndStop(const std::function<void(Interpreter&)>& work)
     });
 }
 
-bool ScriptRunner::runScript(
-    Interpreter& interpreter, const std::string& path, const std::vector<std::string>& arguments)
+bool ScriptRunner::runScript(Interpreter& interpreter, const Script& script)
 {
     try {
         const InterpreterFollower::ScriptRuns runs(m_timers.diagnosis().follower());
-        interpreter.runFile(path, arguments);
+        interpreter.runScript(script);
         return true;
     } catch (const std::exception& error) {
         if (m_engine->loop().interruption() == Interruption::None) {

@@ -1,14 +1,13 @@
 #pragma once
 
 #include "embedded_host/engine/Engine.hpp"
+#include "embedded_host/engine/Script.hpp"
 #include "embedded_host/timers/ErrorReport.hpp"
 #include "embedded_host/timers/TimerSet.hpp"
 
 #include <atomic>
 #include <functional>
 #include <memory>
-#include <string>
-#include <vector>
 
 namespace tovrinhost {
 
@@ -18,7 +17,8 @@ namespace tovrinhost {
 class ScriptRunner {
 public:
     /// \param maxBacklog how many callbacks of one timer may wait at most
-    explicit ScriptRunner(std::size_t maxBacklog);
+    /// \param clock the wall clock that the script sees
+    explicit ScriptRunner(std::size_t maxBacklog, const WallClock& clock = systemWallClock());
     ScriptRunner(const ScriptRunner&) = delete;
     ScriptRunner& operator=(const ScriptRunner&) = delete;
 
@@ -30,7 +30,7 @@ public:
     ///          - what the script gave to os.exit last, wherever it did, if that is not 0 (success);
     ///          - 1 if the script or a callback failed, at whatever time;
     ///          - 0
-    int run(const std::string& path, const std::vector<std::string>& arguments);
+    int run(const Script& script);
 
     /// Has something else done on the interpreter thread instead, as a shell does; then stops all timers.
     /// \returns the same, but that what failed on the way does not count
@@ -51,7 +51,7 @@ private:
     void runAndStop(const std::function<void(Interpreter&)>& work);
 
     /// \returns whether it ran to its end
-    bool runScript(Interpreter& interpreter, const std::string& path, const std::vector<std::string>& arguments);
+    bool runScript(Interpreter& interpreter, const Script& script);
 
     /// Notes an interruption that the script itself has met with.
     void noteInterruption();

@@ -19,6 +19,7 @@ public:
     {
     }
 
+    std::uint64_t total() const { return m_total; }
     std::uint64_t left() const { return m_left; }
 
     /// Counts one callback, one of those that are left.

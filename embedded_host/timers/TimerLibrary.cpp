@@ -1,13 +1,12 @@
 #include "embedded_host/timers/TimerLibrary.hpp"
 
-#include "embedded_host/engine/LuaArrays.hpp"
 #include "embedded_host/engine/LuaFunction.hpp"
+#include "embedded_host/timers/ShortForms.hpp"
 #include "embedded_host/timers/TimerObject.hpp"
 #include "embedded_host/timers/TimerProperties.hpp"
 
 #include <lauxlib.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
@@ -16,27 +15,53 @@ namespace tovrinhost {
 
 namespace {
 
+/// Where `prepare` finds the event.
+constexpr int eventArgument = 3;
+
 /// What the library has the engine evaluate for each callback: finds the function and calls it.
 constexpr const char* timercb = R"lua(
 local prepare = ...
 return function(object, callback, _, event)
   local fcn
-  fcn, event.Time, event.Due, event.Lateness, event.Missed = prepare(object, callback)
+  fcn, event.Time, event.Due, event.Lateness, event.Missed = prepare(object, callback, event)
   if fcn then
     fcn(object, event)
   end
 end
 )lua";
 
-/// prepare(timer, callback): the function, and what the event tells besides: the moment in seconds since 1970; when
-/// the callback was due, in `now`'s seconds; how many seconds later it began; how many firings were dropped before.
+void setText(lua_State* state, const char* field, const std::string& text)
+{
+    lua_pushlstring(state, text.data(), text.size());
+    lua_setfield(state, eventArgument, field);
+}
+
+/// What a StopFcn and an ErrorFcn are told besides.
+void describeEnd(lua_State* state, const ScriptRun& run)
+{
+    if (run.latestCallback() == Callback::StopFcn) {
+        setText(state, "Reason", nameOf(run.endReason()));
+    } else if (run.latestCallback() == Callback::ErrorFcn) {
+        const Failure& failure = run.failure();
+        setText(state, "Error", failure.message);
+        setText(state, "Callback", failure.callback);
+        if (!failure.traceback.empty()) {
+            setText(state, "Traceback", failure.traceback);
+        }
+    }
+}
+
+/// prepare(timer, callback, event): the function, and what every event tells besides: the moment in seconds since
+/// 1970; when the callback was due, in `now`'s seconds; how many seconds later it began; how many firings were
+/// dropped before.
 int prepareCallback(lua_State* state)
 {
     const Diagnosis& diagnosis = timersOf(state).diagnosis();
     const FiringLog::Beginning& firing = diagnosis.latest();
-    pushCallback(state);
-    const auto time = std::chrono::system_clock::now().time_since_epoch();
-    lua_pushnumber(state, std::chrono::duration<double>(time).count());
+    if (const ScriptRun* const run = pushCallback(state).run()) {
+        describeEnd(state, *run);
+    }
+    lua_pushnumber(state, toSecondsSince1970(timersOf(state).clock().now()));
     if (firing.due == 0) {
         return 2; // nobody has told of it
     }
@@ -44,19 +69,6 @@ int prepareCallback(lua_State* state)
     lua_pushnumber(state, toSeconds(firing.lateness()));
     lua_pushinteger(state, static_cast<lua_Integer>(firing.missed));
     return 5;
-}
-
-/// timers()
-int liveTimers(lua_State* state)
-{
-    const auto& timers = timersOf(state).all();
-    lua_createtable(state, static_cast<int>(timers.size()), 0);
-    lua_Integer place = 0;
-    for (const auto& timer : timers) {
-        pushLuaObject(state, static_cast<lua_Integer>(timer->number()));
-        lua_rawseti(state, -2, ++place);
-    }
-    return 1;
 }
 
 /// pause(seconds)
@@ -111,11 +123,11 @@ int leave(lua_State* state)
 
 void openTimerLibrary(Interpreter& interpreter, TimerSet& timers, int& exitCode)
 {
+    openTimerObjects(interpreter, timers);
     interpreter.protect([&](lua_State* state) {
-        openTimerObjects(state, timers);
+        openShortForms(state);
         timers.engine().loop().setObserver(&timers.diagnosis().follower());
         lua_register(state, "timer", luaFunction<newTimerObject>);
-        lua_register(state, "timers", luaFunction<liveTimers>);
         lua_register(state, "pause", luaFunction<pause>);
         lua_register(state, "now", luaFunction<monotonicSeconds>);
 

@@ -5,8 +5,8 @@
 
 namespace tovrinhost {
 
-/// Makes `timer`, `timers`, `pause` and `now` known to scripts, `timercb` to the engine, and lets `os.exit` leave
-/// in an orderly way.
+/// Makes `timer`, `pause`, `now` and the short forms known to scripts, `timercb` to the engine, and lets `os.exit`
+/// leave in an orderly way.
 ///
 /// Lifetime: `timers` and `exitCode` must outlive the interpreter.
 /// \param exitCode set by `os.exit`, which also interrupts the event loop

@@ -2,12 +2,13 @@
 
 #include "embedded_host/log/Escape.hpp"
 #include "embedded_host/timers/NearestName.hpp"
+#include "embedded_host/timers/TimerMethods.hpp"
 
 #include <lauxlib.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
-#include <vector>
 
 namespace tovrinhost {
 
@@ -89,6 +90,17 @@ bool setTasksToExecute(lua_State* state, int index, TimerSettings& settings)
         && (std::isinf(tasks) || (tasks <= mostTasks && tasks == std::floor(tasks)));
 }
 
+bool setTag(lua_State* state, int index, TimerSettings& settings)
+{
+    return getText(state, index, settings.tag);
+}
+
+bool setKeepsAlive(lua_State* state, int index, TimerSettings& settings)
+{
+    settings.keepsAlive = lua_toboolean(state, index) != 0;
+    return lua_isboolean(state, index);
+}
+
 void pushTasksToExecute(lua_State* state, const TimerSettings& settings)
 {
     if (std::isinf(settings.tasksToExecute)) {
@@ -107,7 +119,25 @@ void pushLastError(lua_State* state, const ScriptTimer& timer)
     }
 }
 
-const std::array<Property, 6> properties { {
+void pushRemaining(lua_State* state, const ScriptTimer& timer)
+{
+    if (const auto span = timer.untilNextDue()) {
+        lua_pushnumber(state, std::max(0.0, toSeconds(*span)));
+    } else {
+        lua_pushnil(state);
+    }
+}
+
+void pushNextTime(lua_State* state, const ScriptTimer& timer)
+{
+    if (const auto time = timer.nextTime()) {
+        lua_pushnumber(state, toSecondsSince1970(*time));
+    } else {
+        lua_pushnil(state);
+    }
+}
+
+const std::array<Property, 8> properties { {
     { "Name", "a string that is not empty", false, setName,
         [](lua_State* state, const TimerSettings& s) { lua_pushlstring(state, s.name.data(), s.name.size()); } },
     { "ExecutionMode", R"("SingleShot", "FixedSpacing", "FixedDelay" or "FixedRate")", false, setExecutionMode,
@@ -124,9 +154,13 @@ const std::array<Property, 6> properties { {
         [](lua_State* state, const TimerSettings& s) { lua_pushnumber(state, s.startDelaySeconds); } },
     { "TasksToExecute", "a whole number, at least 1 and at most 9007199254740992, or math.huge", true,
         setTasksToExecute, pushTasksToExecute },
+    { "Tag", "a string", true, setTag,
+        [](lua_State* state, const TimerSettings& s) { lua_pushlstring(state, s.tag.data(), s.tag.size()); } },
+    { "KeepsAlive", "true or false", true, setKeepsAlive,
+        [](lua_State* state, const TimerSettings& s) { lua_pushboolean(state, s.keepsAlive ? 1 : 0); } },
 } };
 
-const std::array<ReadOnlyProperty, 5> readOnlyProperties { {
+const std::array<ReadOnlyProperty, 7> readOnlyProperties { {
     { "Running", [](lua_State* state, const ScriptTimer& t) { lua_pushboolean(state, t.isRunning() ? 1 : 0); } },
     { "TasksExecuted",
         [](lua_State* state, const ScriptTimer& t) {
@@ -135,6 +169,8 @@ const std::array<ReadOnlyProperty, 5> readOnlyProperties { {
     { "InstantPeriod", [](lua_State* state, const ScriptTimer& t) { lua_pushnumber(state, t.instantPeriod()); } },
     { "AveragePeriod", [](lua_State* state, const ScriptTimer& t) { lua_pushnumber(state, t.averagePeriod()); } },
     { "LastError", pushLastError },
+    { "Remaining", pushRemaining },
+    { "NextTime", pushNextTime },
 } };
 
 const std::array<CallbackProperty, 4> callbackProperties { {
@@ -160,6 +196,15 @@ template <typename Properties> void appendNames(std::vector<std::string>& names,
     for (const auto& property : of) {
         names.emplace_back(property.name);
     }
+}
+
+std::vector<std::string> settableNames()
+{
+    std::vector<std::string> names;
+    appendNames(names, properties);
+    appendNames(names, callbackProperties);
+    names.emplace_back(userDataProperty);
+    return names;
 }
 
 std::string commaSeparated(const std::vector<std::string>& names)
@@ -188,20 +233,22 @@ const CallbackProperty* findCallbackProperty(const std::string& name)
     return find(callbackProperties, name);
 }
 
+std::vector<std::string> propertyNames()
+{
+    std::vector<std::string> names = settableNames();
+    appendNames(names, readOnlyProperties);
+    return names;
+}
+
 std::string describeUnknown(lua_State* state, int key, Use use)
 {
-    std::vector<std::string> names;
-    appendNames(names, properties);
-    appendNames(names, callbackProperties);
+    std::vector<std::string> names = use == Use::Assign ? settableNames() : propertyNames();
     std::string kind = "property ";
-    std::string there;
-    if (use == Use::Assign) {
-        there = "he properties are " + commaSeparated(names);
-    } else {
-        const std::vector<std::string> methods { "start", "stop", "wait", "delete", "explain", "statistics" };
-        appendNames(names, readOnlyProperties);
+    std::string there = "he properties are " + commaSeparated(names);
+    if (use == Use::Read) {
+        const auto methods = methodNames();
         kind += "or method ";
-        there = "he properties are " + commaSeparated(names) + "; the methods are " + commaSeparated(methods);
+        there += "; the methods are " + commaSeparated(methods);
         names.insert(names.end(), methods.begin(), methods.end());
     }
     std::string nearest;

@@ -5,6 +5,7 @@
 #include <lua.h>
 
 #include <string>
+#include <vector>
 
 namespace tovrinhost {
 
@@ -37,11 +38,20 @@ const Property* findProperty(const std::string& name);
 const ReadOnlyProperty* findReadOnlyProperty(const std::string& name);
 const CallbackProperty* findCallbackProperty(const std::string& name);
 
+/// The property that holds any value of the script's. It stays in Lua.
+constexpr const char* userDataProperty = "UserData";
+
+/// The names of all properties.
+std::vector<std::string> propertyNames();
+
 /// What a script does with a name.
-enum class Use { Read, Assign };
+enum class Use {
+    Assign, ///< to a property
+    Look, ///< at a property
+    Read, ///< a property, or a method
+};
 
 /// A key that is not one, and what there is: `property "Perod"; did you mean "Period"? The properties are ...`.
-/// What is read may be a method, too.
 std::string describeUnknown(lua_State* state, int key, Use use);
 
 /// A string at that place, zero bytes included.

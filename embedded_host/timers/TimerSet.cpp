@@ -5,8 +5,10 @@
 
 namespace tovrinhost {
 
-TimerSet::TimerSet(std::shared_ptr<Engine> engine, ErrorReport& errors, std::size_t maxBacklog)
-    : m_surroundings { std::move(engine), errors, m_diagnosis, maxBacklog }
+TimerSet::TimerSet(
+    std::shared_ptr<Engine> engine, ErrorReport& errors, std::size_t maxBacklog, const WallClock& clock)
+    : m_alarms(clock)
+    , m_surroundings { std::move(engine), errors, m_diagnosis, m_alarms, maxBacklog }
 {
 }
 
@@ -15,34 +17,38 @@ std::shared_ptr<ScriptTimer> TimerSet::create(TimerSettings settings)
     if (settings.name.empty()) {
         settings.name = "timer-" + std::to_string(++m_unnamed);
     }
-    auto timer = std::make_shared<ScriptTimer>(m_surroundings, ++m_created, std::move(settings));
-    m_timers.push_back(timer);
-    return timer;
+    const std::uint64_t number = ++m_created;
+    return m_timers[number] = std::make_shared<ScriptTimer>(m_surroundings, number, std::move(settings));
 }
 
 void TimerSet::destroy(ScriptTimer& timer)
 {
     timer.destroy();
     if (timer.isDeleted()) { // and not in the middle of it, if one of its last callbacks asks again
-        std::erase_if(m_timers, [&](const auto& other) { return other.get() == &timer; });
+        giveUp(timer);
     }
 }
 
-void TimerSet::runUntilQuiet()
+void TimerSet::serve()
 {
-    const auto allQuiet = [this] {
-        return std::all_of(m_timers.begin(), m_timers.end(), [](const auto& t) { return t->isQuiet(); });
+    const auto canEnd = [this] {
+        return std::all_of(m_timers.begin(), m_timers.end(),
+            [](const auto& entry) { return !entry.second->settings().keepsAlive || entry.second->isQuiet(); });
     };
-    engine().loop().runUntil(EventLoop::State::Idle, allQuiet);
+    engine().loop().runUntil(EventLoop::State::Idle, canEnd);
 }
 
 void TimerSet::stopAll()
 {
     m_surroundings.isEnding = true;
-    for (const auto& timer : std::vector(m_timers)) {
+    for (const auto& [number, timer] : all()) {
         timer->stopForGood();
     }
-    runUntilQuiet();
+    const auto allQuiet = [this] {
+        return std::all_of(
+            m_timers.begin(), m_timers.end(), [](const auto& entry) { return entry.second->isQuiet(); });
+    };
+    engine().loop().runUntil(EventLoop::State::Idle, allQuiet);
 }
 
 } // namespace tovrinhost

@@ -3,18 +3,21 @@
 #include "embedded_host/timers/ScriptTimer.hpp"
 
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <memory>
-#include <vector>
+#include <utility>
 
 namespace tovrinhost {
 
-/// The timers of a script, from their creation until they are deleted.
+/// The timers of a script, from their creation until they are deleted or given up.
 ///
 /// Threading: the interpreter thread only.
 class TimerSet {
 public:
     /// \param maxBacklog how many callbacks of one timer may wait at most
-    TimerSet(std::shared_ptr<Engine> engine, ErrorReport& errors, std::size_t maxBacklog);
+    TimerSet(std::shared_ptr<Engine> engine, ErrorReport& errors, std::size_t maxBacklog,
+        const WallClock& clock = systemWallClock());
 
     /// Makes a timer. One without a name is called "timer-1", "timer-2", ...
     std::shared_ptr<ScriptTimer> create(TimerSettings settings);
@@ -22,12 +25,18 @@ public:
     /// Deletes a timer, with its StopFcn run before this returns if it was running.
     void destroy(ScriptTimer& timer);
 
-    /// In the order of their creation.
-    const std::vector<std::shared_ptr<ScriptTimer>>& all() const { return m_timers; }
+    /// Forgets a timer that nobody holds any more.
+    void giveUp(const ScriptTimer& timer) { m_timers.erase(timer.number()); }
 
-    /// Serves until no timer runs and no callback is to come.
+    /// By their numbers, which is the order of their creation.
+    std::map<std::uint64_t, std::shared_ptr<ScriptTimer>> all() const { return m_timers; }
+
+    /// \param tell given each timer as it becomes quiet, which may be the last that is seen of it
+    void whenQuiet(std::function<void(const ScriptTimer&)> tell) { m_surroundings.timerIsQuiet = std::move(tell); }
+
+    /// Serves until no timer that keeps the program alive runs or has a callback to come.
     /// \throws Interrupted
-    void runUntilQuiet();
+    void serve();
 
     /// Stops all running timers for good, and serves until their callbacks have run. From now on no run begins.
     /// \throws Interrupted
@@ -35,11 +44,13 @@ public:
 
     Engine& engine() { return *m_surroundings.engine; }
     Diagnosis& diagnosis() { return m_diagnosis; }
+    const WallClock& clock() const { return m_alarms.clock(); }
 
 private:
-    Diagnosis m_diagnosis; // before what refers to it
+    Diagnosis m_diagnosis; // before what refers to it, like the next
+    Alarms m_alarms;
     TimerSurroundings m_surroundings;
-    std::vector<std::shared_ptr<ScriptTimer>> m_timers;
+    std::map<std::uint64_t, std::shared_ptr<ScriptTimer>> m_timers; // by number
     std::uint64_t m_created = 0;
     std::uint64_t m_unnamed = 0;
 };

@@ -23,6 +23,8 @@ struct TimerSettings {
     double periodSeconds = 1.0;
     double startDelaySeconds = 0.0;
     double tasksToExecute = std::numeric_limits<double>::infinity();
+    std::string tag;
+    bool keepsAlive = true; ///< the program does not end while it runs
     bool hasStartFcn = false;
     bool hasStopFcn = false;
     bool hasErrorFcn = false;

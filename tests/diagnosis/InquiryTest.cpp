@@ -138,6 +138,50 @@ TEST_F(InquiryTest, RunsAreFoundByTheirNumberAndTheWorstAreSorted)
     EXPECT_EQ(worst[1].number, 2U);
 }
 
+TEST_F(InquiryTest, TheNextDueMomentIsThatOfTheOldestThatHasNotBegun)
+{
+    EXPECT_FALSE(m_inquiry.nextDue(timerNumber(1)));
+    m_log.queued(work(1, 1, 100));
+    EXPECT_EQ(m_inquiry.nextDue(timerNumber(1)), 100 * ms);
+    at(100);
+    m_log.dispatched(work(1, 1, 100));
+    hostHasIt();
+    m_log.handedOver(work(1, 1, 100));
+    m_log.queued(work(2, 1, 200));
+    EXPECT_EQ(m_inquiry.nextDue(timerNumber(1)), 100 * ms);
+    m_log.callbackBegins(m_notes[1], 1, 100 * ms);
+    EXPECT_EQ(m_inquiry.nextDue(timerNumber(1)), 200 * ms);
+    m_log.dispatched(work(2, 1, 200));
+    m_log.dropped(work(2, 1, 200), tovrintimer::DropReason::BusyModeDrop);
+    m_log.queued(work(3, 1, 201, 2));
+    EXPECT_EQ(m_inquiry.nextDue(timerNumber(1)), 200 * ms);
+    m_log.dropped(work(3, 1, 201, 2), tovrintimer::DropReason::RemovedByStop);
+    EXPECT_FALSE(m_inquiry.nextDue(timerNumber(1)));
+}
+
+TEST_F(InquiryTest, WhenAFiringIsDueThatHasLostItsPlaceIsKnownUntilItIsDispatchedOrDropped)
+{
+    at(1);
+    m_log.queued(work(1, 1, 9000));
+    m_log.queued(work(2, 2, 8000));
+    auto fill = [this, number = std::uint64_t { 2 }]() mutable {
+        for (std::size_t i = 0; i < FiringLog::capacity; ++i) {
+            ++number;
+            hand(work(number, 3, 1));
+        }
+    };
+    fill();
+    fill();
+    EXPECT_EQ(m_inquiry.nextDue(timerNumber(1)), 9000 * ms);
+    EXPECT_EQ(m_inquiry.nextDue(timerNumber(2)), 8000 * ms);
+
+    hand(work(1, 1, 9000));
+    m_log.dropped(work(2, 2, 8000), tovrintimer::DropReason::RemovedByStop);
+    fill();
+    EXPECT_FALSE(m_inquiry.nextDue(timerNumber(1)));
+    EXPECT_FALSE(m_inquiry.nextDue(timerNumber(2)));
+}
+
 } // namespace
 
 } // namespace tovrinhost

@@ -72,7 +72,7 @@ TEST_F(InterpreterTest, ValuesThatCannotComeBackLeaveNothingOnTheStack)
     EXPECT_EQ(top(), 0);
     EXPECT_THROW(execute("error('x')"), ScriptError);
     EXPECT_THROW(execute("no statement"), ScriptError);
-    EXPECT_THROW(m_interpreter.runFile("/no/such/file", { "a", "b" }), ScriptError);
+    EXPECT_THROW(m_interpreter.runScript({ "/no/such/file", { "a", "b" }, {} }), ScriptError);
     EXPECT_EQ(top(), 0);
 }
 

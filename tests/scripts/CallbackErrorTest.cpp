@@ -73,7 +73,7 @@ t:start()
 print(t:wait())
 )");
 
-    EXPECT_EQ(outcome.out, "ErrorFcn\nStopFcn\ntrue\n");
+    EXPECT_EQ(outcome.out, "ErrorFcn\nStopFcn\ntrue\terror\n");
     EXPECT_EQ(linesWith(outcome.err, "boom").size(), 1U);
     EXPECT_EQ(outcome.status, 1);
 }
@@ -243,7 +243,7 @@ local slow = timer {
 local other = timer { ExecutionMode = "FixedRate", Period = 0.05, TasksToExecute = 8, TimerFcn = function() end }
 slow:start()
 other:start()
-print(slow:wait())
+print((slow:wait()))
 print(slow.Running, other:wait(), other.TasksExecuted)
 )",
         { "--max-backlog", "25" });

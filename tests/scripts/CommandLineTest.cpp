@@ -26,19 +26,112 @@ constexpr int wrongUsage = 2;
 
 TEST_F(CommandLineTest, WrongUsageIsToldWithStatusTwo)
 {
-    expectRefusal({}, wrongUsage, "A subcommand is required");
-    expectRefusal({ "run" }, wrongUsage, "FILE is required");
-    expectRefusal({ "run", "--fast", "script.lua" }, wrongUsage, "--fast");
+    expectRefusal({ "run" }, wrongUsage, "tovrin: FILE is required\nTry 'tovrin run --help'.\n");
+    expectRefusal({ "run", "--fast", "script.lua" }, wrongUsage, "not expected: --fast");
+    expectRefusal({ "--fast", "script.lua" }, wrongUsage, "not expected: --fast");
+    expectRefusal({ "--trace" }, wrongUsage, "--trace: 1 required FILE missing");
+    expectRefusal({ "-e" }, wrongUsage, "-e: 1 required CODE missing");
 }
 
-TEST_F(CommandLineTest, AScriptInThePlaceOfTheCommandIsToldHowItIsRun)
+TEST_F(CommandLineTest, WhatIsNeitherACommandNorAFileIsToldAsBoth)
 {
-    const std::string advice = "; did you mean tovrin run ";
-    expectRefusal({ "script.lua" }, wrongUsage,
-        "tovrin: there is no command \"script.lua\"" + advice + "script.lua?\nTry 'tovrin run --help'.\n");
-    expectRefusal({ "script.lua", "argument" }, wrongUsage, "no command \"script.lua\"" + advice + "script.lua?");
-    expectRefusal({ "a\ntovrin: b" }, wrongUsage, "\"a\\ntovrin: b\"" + advice + "a\\ntovrin: b?");
-    expectRefusal({ "walk", "script.lua" }, wrongUsage, "no command \"walk\"" + advice + "walk?");
+    const std::string neither = ", and no file of that name";
+    expectRefusal({ "walk", "script.lua" }, wrongUsage,
+        "tovrin: there is no command \"walk\"" + neither + "\nTry 'tovrin --help'.\n");
+    expectRefusal({ "explian", "script.lua" }, wrongUsage,
+        "tovrin: there is no command \"explian\"" + neither
+            + "; did you mean tovrin explain?\nTry 'tovrin --help'.\n");
+    expectRefusal({ "a\ntovrin: b" }, wrongUsage, "no command \"a\\ntovrin: b\"" + neither + "\n");
+}
+
+TEST_F(CommandLineTest, AFileInThePlaceOfTheCommandIsRun)
+{
+    write("script.lua", "print(arg[0], ...)");
+    write("run", "print('a file called run')");
+
+    EXPECT_EQ(tovrin({ "script.lua" }).out, "script.lua\n");
+    EXPECT_EQ(tovrin({ "./run" }).out, "a file called run\n");
+    EXPECT_EQ(tovrin({ "--max-backlog", "5", "script.lua", "one" }).out, "script.lua\tone\n");
+    EXPECT_EQ(tovrin({ "run", "--", "script.lua", "one" }).out, "script.lua\tone\n");
+}
+
+TEST_F(CommandLineTest, AllWordsBehindTheScriptAreItsOwn)
+{
+    const Words words { "-1", "--status", "--", "--trace", "-e", "--help", "script.lua" };
+    const std::string seen = "\t-1\t--status\t--\t--trace\t-e\t--help\tscript.lua\n";
+    write("script.lua", "print(arg[0], ...)");
+
+    for (const Words& front : { Words { "script.lua" }, { "run", "script.lua" },
+             { "run", "--feature", "TIMER_PPE=on", "script.lua" }, { "--max-backlog=5", "script.lua" } }) {
+        Words all = front;
+        all.insert(all.end(), words.begin(), words.end());
+        EXPECT_EQ(tovrin(all).out, "script.lua" + seen) << front.front();
+    }
+    for (const Words& front :
+        { Words { "-e", "print(arg[0], ...)" }, { "run", "--max-backlog", "5", "-eprint(arg[0], ...)" } }) {
+        Words all = front;
+        all.insert(all.end(), words.begin(), words.end());
+        EXPECT_EQ(tovrin(all).out, "-e" + seen) << front.front();
+    }
+}
+
+TEST_F(CommandLineTest, AnErrorInCodeOfTheCommandLineTellsItsLine)
+{
+    const Outcome outcome = tovrin({ "-e", "\nerror('wrong')" });
+    EXPECT_THAT(outcome.err, testing::StartsWith("tovrin: error in script: (command line):2: wrong\n"));
+    EXPECT_EQ(outcome.status, failed);
+}
+
+TEST_F(CommandLineTest, AScriptIsReadFromStandardInput)
+{
+    for (const Words& words : { Words {}, { "-" }, { "run", "-" }, { "run", "--", "-" } }) {
+        setInput("timer { TimerFcn = function() print('fires') end }:start() print(arg[0], io.read())");
+        EXPECT_EQ(tovrin(words).out, "-\tnil\nfires\n");
+    }
+    EXPECT_EQ(tovrin({ "-", "-x", "--" }).out, "-\tnil\nfires\n");
+    setInput("#!/usr/bin/env tovrin\nerror('wrong')");
+    EXPECT_THAT(tovrin({}).err, testing::StartsWith("tovrin: error in script: stdin:2: wrong\n"));
+    setInput("\xEF\xBB\xBFprint('behind a mark of UTF-8')");
+    EXPECT_EQ(tovrin({}).out, "behind a mark of UTF-8\n");
+    setInput("");
+    EXPECT_EQ(tovrin({}).status, 0);
+}
+
+TEST_F(CommandLineTest, AFirstLineForTheSystemIsSkipped)
+{
+    write("script.lua", "#!/usr/bin/env tovrin\nprint('runs') error('wrong')");
+    const Outcome outcome = tovrin({ "script.lua" });
+    EXPECT_EQ(outcome.out, "runs\n");
+    EXPECT_THAT(outcome.err, testing::StartsWith("tovrin: error in script: script.lua:2: wrong\n"));
+}
+
+TEST_F(CommandLineTest, ModulesAreFoundBesideTheScriptFirst)
+{
+    write("mod.lua", "return 'in the present folder'");
+    write("tool/mod.lua", "return 'beside the script'");
+    write("tool/more/init.lua", "return 'in a folder beside the script, ' .. require('more.part')");
+    write("tool/more/part.lua", "return 'in parts'");
+    write("tool/script.lua", "print((require('mod'))) print((require('more')))");
+    write("script.lua", "print((require('mod')))");
+
+    EXPECT_EQ(tovrin({ "tool/script.lua" }).out, "beside the script\nin a folder beside the script, in parts\n");
+    EXPECT_EQ(tovrin({ folder() + "/tool/script.lua" }).out,
+        "beside the script\nin a folder beside the script, in parts\n");
+    EXPECT_EQ(tovrin({ "script.lua" }).out, "in the present folder\n");
+    EXPECT_EQ(tovrin({ "-e", "print((require('mod')))" }).out, "in the present folder\n");
+}
+
+TEST_F(CommandLineTest, AFolderThatThePathOfModulesCannotNameIsLeftOut)
+{
+    write("a;b/script.lua", "print(package.path:find('a;b', 1, true))");
+    EXPECT_EQ(tovrin({ "a;b/script.lua" }).out, "nil\n");
+}
+
+TEST_F(CommandLineTest, TheVersionIsShownOnRequest)
+{
+    const Outcome outcome = tovrin({ "--version" });
+    EXPECT_THAT(outcome.out, testing::MatchesRegex("tovrin [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+    EXPECT_EQ(outcome.status, 0);
 }
 
 TEST_F(CommandLineTest, AWrongBacklogIsToldWithTheLimits)
@@ -107,19 +200,19 @@ TEST_F(CommandLineTest, HelpIsShownOnRequest)
 {
     const Outcome outcome = tovrin({ "run", "--help" });
 
-    for (const char* word : { "FILE", "--feature", "--log ", "--log-file", "--max-backlog", "--trace",
-             "--late-above", "SIGUSR1", "Exit status" }) {
+    for (const char* word : { "FILE", "-e CODE", "--feature", "--log ", "--log-file", "--max-backlog", "--trace",
+             "--late-above", "SIGUSR1" }) {
         EXPECT_THAT(outcome.out, HasSubstr(word));
     }
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(outcome.status, 0);
 }
 
-TEST_F(CommandLineTest, OptionsOfTheScriptStandBehindTwoDashes)
+TEST_F(CommandLineTest, HelpHasTheTableOfExitStatuses)
 {
-    write("script.lua", "print(...)");
-
-    EXPECT_EQ(tovrin({ "run", "script.lua", "--", "--fast", "-1" }).out, "--fast\t-1\n");
+    for (const Words& words : { Words { "--help" }, { "run", "--help" } }) {
+        EXPECT_THAT(tovrin(words).out, HasSubstr("\nExit status\n\nThe first row that holds:\n\n| status |"));
+    }
 }
 
 } // namespace

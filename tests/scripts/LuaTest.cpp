@@ -220,7 +220,7 @@ pause(0.01)
 print(made, depth)
 local after = timer { TimerFcn = function() print("served") end }
 after:start()
-print(after:wait())
+print((after:wait()))
 )";
     for (const auto& [step, caller] :
         { std::pair<std::string, std::string> { "t:wait()", "timer \"t150\": " }, { "pause(0)", "pause: " } }) {

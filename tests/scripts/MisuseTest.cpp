@@ -28,11 +28,12 @@ protected:
 };
 
 const std::string settable
-    = "he properties are Name, ExecutionMode, BusyMode, Period, StartDelay, TasksToExecute, "
-      "TimerFcn, StartFcn, StopFcn, ErrorFcn";
-const std::string readable = settable
-    + ", Running, TasksExecuted, InstantPeriod, AveragePeriod, LastError; the methods are start, stop, wait, "
-      "delete, explain, statistics";
+    = "he properties are Name, ExecutionMode, BusyMode, Period, StartDelay, TasksToExecute, Tag, KeepsAlive, "
+      "TimerFcn, StartFcn, StopFcn, ErrorFcn, UserData";
+const std::string allProperties
+    = settable + ", Running, TasksExecuted, InstantPeriod, AveragePeriod, LastError, Remaining, NextTime";
+const std::string readable
+    = allProperties + "; the methods are start, startAt, stop, wait, delete, properties, explain, statistics";
 
 TEST_F(MisuseTest, AnUnknownPropertyIsNamedWithThoseThatThereAre)
 {
@@ -124,7 +125,8 @@ TEST_F(MisuseTest, APropertyThatIsFixedWhileTheTimerRunsIsLeftAlone)
 
 TEST_F(MisuseTest, AReadOnlyPropertyIsNotSet)
 {
-    for (const char* name : { "Running", "TasksExecuted", "InstantPeriod", "AveragePeriod", "LastError" }) {
+    for (const char* name :
+        { "Running", "TasksExecuted", "InstantPeriod", "AveragePeriod", "LastError", "Remaining", "NextTime" }) {
         expectError(std::string("t.") + name + " = 1", std::string("timer \"hb\": ") + name + " is read-only");
     }
 }

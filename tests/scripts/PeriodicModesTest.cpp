@@ -69,23 +69,6 @@ print(t.TasksExecuted)
             testing::EndsWith("affecting callback ctr 3"), testing::EndsWith("affecting callback ctr 4")));
 }
 
-TEST_F(PeriodicModesTest, ANumberOfTasksBelowWhatIsDoneIsIgnored)
-{
-    const Outcome outcome = run(R"(
-local t = timer {
-  ExecutionMode = "FixedDelay", Period = 0.005, TasksToExecute = 5,
-  TimerFcn = function(t) if t.TasksExecuted == 3 then t.TasksToExecute = 2 end end,
-}
-t:start()
-t:wait()
-print(t.TasksExecuted)
-)",
-        { "--log", "tovrintimer::WorkItem=4" });
-
-    EXPECT_EQ(outcome.out, "5\n");
-    EXPECT_EQ(outcome.err, "");
-}
-
 TEST_F(PeriodicModesTest, TwoHundredTimersOfMixedModesLoseNothing)
 {
     const Outcome outcome = run(R"(

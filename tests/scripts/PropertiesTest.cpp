@@ -57,7 +57,7 @@ TEST_F(PropertiesTest, TheLiveTimersAreListedInTheOrderOfTheirCreation)
 local function names() local s = "" for _, t in ipairs(timers()) do s = s .. t.Name .. " " end return s end
 local a = timer { Name = "a", TimerFcn = print }
 local b = timer { Name = "b", TimerFcn = print }
-timer { Name = "c", TimerFcn = print }
+local c = timer { Name = "c", TimerFcn = print }
 print(names(), timers()[1] == a)
 b:delete()
 print(names())

@@ -237,7 +237,7 @@ for _, mode in ipairs { "SingleShot", "FixedSpacing", "FixedDelay", "FixedRate" 
   local t = timer { ExecutionMode = mode, Period = 0.001, TasksToExecute = 3, TimerFcn = function(t) ended = t.TasksExecuted == 3 or mode == "SingleShot" end }
   t:start()
   while not ended do pause(0.001) end
-  print(mode, t:wait(0))
+  print(mode, (t:wait(0)))
 end
 )",
         "SingleShot\ttrue\nFixedSpacing\ttrue\nFixedDelay\ttrue\nFixedRate\ttrue\n");
@@ -249,7 +249,7 @@ TEST_F(RunsTest, ALimitThatPassesDuringTheLastCallbackFindsTheRunEnded)
 for _, mode in ipairs { "SingleShot", "FixedSpacing", "FixedDelay", "FixedRate" } do
   local t = timer { ExecutionMode = mode, Period = 0.001, TasksToExecute = 1, TimerFcn = function() busy(0.1) end }
   t:start()
-  print(mode, t:wait(0.03))
+  print(mode, (t:wait(0.03)))
 end
 )",
         "SingleShot\ttrue\nFixedSpacing\ttrue\nFixedDelay\ttrue\nFixedRate\ttrue\n");

@@ -47,6 +47,11 @@ Outcome ScriptTest::tovrin(const Words& words)
     return execute(TOVRIN_PROGRAM, words, {});
 }
 
+void ScriptTest::setInput(const std::string& text)
+{
+    m_input = write("input", text);
+}
+
 Outcome ScriptTest::run(const std::string& script, const Words& options, const Words& arguments)
 {
     write("script.lua", script);
@@ -79,6 +84,7 @@ Outcome ScriptTest::shell(const std::string& commands)
 std::string ScriptTest::write(const std::string& name, const std::string& text)
 {
     const std::string path = (fs::path(m_folder) / name).string();
+    fs::create_directories(fs::path(path).parent_path());
     std::ofstream(path) << text;
     return path;
 }
@@ -88,8 +94,11 @@ Outcome ScriptTest::execute(
 {
     bp::ipstream out;
     bp::ipstream err;
-    bp::child child(program, bp::args(words), bp::start_dir(m_folder), bp::std_in<bp::null, bp::std_out> out,
-        bp::std_err > err);
+    const auto launch = [&](const auto& input) {
+        return bp::child(
+            program, bp::args(words), bp::start_dir(m_folder), input, bp::std_out > out, bp::std_err > err);
+    };
+    bp::child child = m_input.empty() ? launch(bp::std_in < bp::null) : launch(bp::std_in < fs::path(m_input));
     auto complaints = std::async(std::launch::async,
         [&err] { return std::string(std::istreambuf_iterator<char>(err), std::istreambuf_iterator<char>()); });
     std::promise<void> ended;

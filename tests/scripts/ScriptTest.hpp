@@ -28,6 +28,9 @@ protected:
     /// Runs `tovrin` with these words.
     Outcome tovrin(const Words& words);
 
+    /// What standard input holds from now on; nothing before.
+    void setInput(const std::string& text);
+
     /// Runs a script.
     Outcome run(const std::string& script, const Words& options = {}, const Words& arguments = {});
 
@@ -50,6 +53,7 @@ private:
         const std::string& program, const Words& words, const std::vector<std::string>& interruptAfter);
 
     std::string m_folder;
+    std::string m_input; // a file; empty for none
 };
 
 /// The lines of a text.

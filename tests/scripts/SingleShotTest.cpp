@@ -34,7 +34,8 @@ TEST_P(SingleShotTest, RunsItsCallbacksInOrderAndNeverBeforeItsDelay)
     EXPECT_GE(elapsed[0], 0.2);
     auto rest = lines(outcome.out);
     std::erase_if(rest, [](const std::string& line) { return line.rfind("elapsed", 0) == 0; });
-    EXPECT_THAT(rest, ElementsAre("started\ttrue", "StartFcn", "TimerFcn", "StopFcn", "wait\ttrue", "false\t1"));
+    EXPECT_THAT(rest,
+        ElementsAre("started\ttrue", "StartFcn", "TimerFcn", "StopFcn", "wait\ttrue\ttasks done", "false\t1"));
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(outcome.status, 0);
 }
@@ -51,8 +52,8 @@ local t = timer { StartDelay = 0.3, TimerFcn = function() print("TimerFcn") end 
 t:start()
 local begin = now()
 print(t:wait(0.05), now() - begin >= 0.05, t.Running)
-print(t:wait())
-print(t:wait(0), t:wait(math.huge))
+print((t:wait()))
+print(t:wait(0), (t:wait(math.huge)))
 )",
         "false\ttrue\ttrue\nTimerFcn\ntrue\ntrue\ttrue\n");
 }
@@ -90,7 +91,7 @@ outer = timer {
     depth = depth + 1
     print("outer begins", depth)
     inner:start()
-    print("inner ended", inner:wait())
+    print("inner ended", (inner:wait()))
     pause(0.02)
     depth = depth - 1
   end,
@@ -107,7 +108,7 @@ TEST_F(WaitTest, ACoroutineMayPauseAndWait)
 local t = timer { StartDelay = 0.02, TimerFcn = function() print("TimerFcn") end }
 local co = coroutine.wrap(function()
   t:start()
-  print("waited", t:wait())
+  print("waited", (t:wait()))
   coroutine.yield("yielded")
 end)
 print(co())

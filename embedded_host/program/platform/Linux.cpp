@@ -78,6 +78,11 @@ void setUpStandardOutput()
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
 }
 
+bool isInputATerminal()
+{
+    return isatty(STDIN_FILENO) == 1;
+}
+
 int flushStandardOutput()
 {
     std::fflush(stdout);

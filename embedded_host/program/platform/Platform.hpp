@@ -11,6 +11,9 @@ namespace tovrinhost::platform {
 /// written.
 void setUpStandardOutput();
 
+/// Whether somebody types what comes from standard input.
+bool isInputATerminal();
+
 /// Writes what is still to be written.
 /// \returns the errno of the first write that failed since the program began, 0 if none did
 int flushStandardOutput();

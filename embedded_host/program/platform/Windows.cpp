@@ -51,6 +51,12 @@ void setUpStandardOutput()
     std::setvbuf(stdout, nullptr, _IONBF, 0);
 }
 
+bool isInputATerminal()
+{
+    DWORD mode = 0; // only a console has one
+    return GetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), &mode) != 0;
+}
+
 int flushStandardOutput()
 {
     // Unbuffered, so that why it could not be written is not known any more.

@@ -42,7 +42,7 @@ int Runner::run(const std::string& program)
     writeFile(m_output, "");
     writeFile(m_script, m_trace + program + "over()\n");
     tovrinhost::ScriptRunner runner(maxBacklog);
-    const int status = runner.run("/proc/self/fd/" + std::to_string(m_script), {});
+    const int status = runner.run({ "/proc/self/fd/" + std::to_string(m_script), {}, {} });
     std::fflush(stdout);
     return status;
 }

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstddef>
+#include <limits>
+#include <string>
+
+namespace tovrinhost {
+
+// What stands behind an option, read. What is not allowed is a CLI::ValidationError that names the option, the
+// value and what is allowed.
+
+[[noreturn]] void failOption(const std::string& option, const std::string& value, const std::string& allowed);
+
+/// A whole number, at least 1.
+std::size_t toCount(
+    const char* option, const std::string& text, std::size_t most = std::numeric_limits<std::size_t>::max());
+
+double toSeconds(const char* option, const std::string& text);
+
+} // namespace tovrinhost

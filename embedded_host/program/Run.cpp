@@ -1,0 +1,65 @@
+#include "embedded_host/program/Run.hpp"
+
+#include "embedded_host/diagnosis/StatusTable.hpp"
+#include "embedded_host/log/LogSinks.hpp"
+#include "embedded_host/program/Watching.hpp"
+#include "embedded_host/program/platform/Platform.hpp"
+#include "embedded_host/services/Features.hpp"
+#include "embedded_host/status/StatusProtocol.hpp"
+#include "embedded_host/status/StatusServer.hpp"
+#include "embedded_host/timers/ScriptRunner.hpp"
+
+#include <cstdlib>
+#include <iostream>
+#include <string_view>
+
+namespace tovrinhost {
+
+namespace {
+
+void configure(const RunOptions& options)
+{
+    for (const auto& [feature, on] : options.features) {
+        setFeature(feature, on);
+    }
+    for (const auto& [channel, mask] : options.logMasks) {
+        setLogMask(channel, mask);
+    }
+    if (options.logFile) {
+        logToFile(*options.logFile);
+    } else if (!options.logMasks.empty()) {
+        logToStandardError();
+    }
+}
+
+} // namespace
+
+int run(const RunOptions& options)
+{
+    configure(options);
+    const platform::SignalsLeftToWatcher left; // by the threads of the runner, too
+    ScriptRunner runner(options.maxBacklog);
+    const auto onSignal = [&runner, first = 0](int status) mutable {
+        if (first != 0) {
+            // What could not be stopped the first time, a StopFcn perhaps, is not waited for.
+            std::cerr << "tovrin: interrupted again, leaving at once\n";
+            std::_Exit(first);
+        }
+        first = status;
+        runner.interrupt(status);
+    };
+    const auto onQuestion = [&runner] { std::cerr << statusTable(runner.diagnosis()); };
+    const platform::SignalWatcher watcher(onSignal, onQuestion);
+    Watching watching(options, runner.diagnosis());
+    std::optional<StatusServer> server;
+    if (options.servesStatus) {
+        server.emplace([&diagnosis = runner.diagnosis(), &options](std::string_view request) {
+            return protocol::answer(request, diagnosis, ownProcess(), options.script.name);
+        });
+    }
+    const int status = runner.run(options.script);
+    const bool isComplete = watching.end();
+    return status == EXIT_SUCCESS && !isComplete ? EXIT_FAILURE : status;
+}
+
+} // namespace tovrinhost

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "embedded_host/clock/WallClock.hpp"
+
+#include <atomic>
+#include <thread>
+
+namespace tovrinhost {
+
+/// A wall clock that stands still but for where it is set, in whole seconds since 1970.
+class MadeUpClock final : public WallClock {
+public:
+    explicit MadeUpClock(std::int64_t seconds)
+        : m_seconds(seconds)
+    {
+    }
+
+    WallTime now() const override { return at(m_seconds); }
+
+    void wait(std::condition_variable& changed, std::unique_lock<std::mutex>& lock, WallTime) const override
+    {
+        ++m_waits;
+        changed.wait_for(lock, std::chrono::milliseconds(1));
+    }
+
+    static WallTime at(std::int64_t seconds) { return WallTime(std::chrono::seconds(seconds)); }
+
+    void set(std::int64_t seconds) { m_seconds = seconds; }
+
+    /// Returns once somebody has seen what the clock shows now, and waits.
+    void awaitWait() const
+    {
+        // One wait may have begun before the clock was set.
+        for (const int seen = m_waits; m_waits < seen + 2;) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    }
+
+    /// Returns once nobody has waited for a while.
+    void awaitNobody() const
+    {
+        for (int seen = -1; seen != m_waits;) {
+            seen = m_waits;
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        }
+    }
+
+private:
+    std::atomic<std::int64_t> m_seconds;
+    mutable std::atomic<int> m_waits { 0 };
+};
+
+} // namespace tovrinhost
