@@ -5,7 +5,7 @@ buildDir=$projectDir/build
 
 # What the library, the embedded host and the program need.
 buildPackages=(g++ cmake ninja-build pkg-config libboost-log-dev libboost-thread-dev libboost-system-dev
-  libboost-filesystem-dev liblua5.4-dev libcli11-dev nlohmann-json3-dev libncurses-dev)
+  libboost-filesystem-dev liblua5.4-dev libcli11-dev nlohmann-json3-dev libncurses-dev libedit-dev)
 
 # Progress and complaints. Standard output is for results.
 say() {

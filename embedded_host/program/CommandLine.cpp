@@ -47,7 +47,7 @@ void failUnlessFile(const CLI::App& program, const std::string& word)
 Words withCommand(const CLI::App& program, Words words)
 {
     if (words.empty()) {
-        return platform::isInputATerminal() ? Words { "--help" } : Words { "run", "-" };
+        return platform::isInputATerminal() ? Words { "shell" } : Words { "run", "-" };
     }
     const std::string& first = words.front();
     const auto isNamed = [&](const CLI::App* command) { return command->get_name() == first; };
@@ -114,11 +114,13 @@ std::variant<Action, Leave> readCommandLine(int argc, const char* const* argv)
     CLI::App* const run = addRunCommand(program, arguments, action);
     addExplainCommand(program, action);
     addReportCommand(program, action);
+    addShellCommand(program, action);
     addTimersCommand(program, action);
     addTopCommand(program, action);
     program.footer(
         "tovrin FILE [ARG...] is short for tovrin run FILE [ARG...], and so is tovrin -e CODE for tovrin run "
-        "-e CODE. Without a word, a script is read from standard input.\n\n"
+        "-e CODE. Without a word, tovrin is the shell on a terminal; else a script is read from standard "
+        "input.\n\n"
         + exitStatuses());
     try {
         parse(program, *run, Words(argv + 1, argv + argc), arguments);

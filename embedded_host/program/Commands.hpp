@@ -19,6 +19,7 @@ using Action = std::function<int()>;
 CLI::App* addRunCommand(CLI::App& program, const std::vector<std::string>& arguments, Action& action);
 void addExplainCommand(CLI::App& program, Action& action);
 void addReportCommand(CLI::App& program, Action& action);
+void addShellCommand(CLI::App& program, Action& action);
 void addTimersCommand(CLI::App& program, Action& action);
 void addTopCommand(CLI::App& program, Action& action);
 

@@ -46,12 +46,32 @@ ScriptRunner::~ScriptRunner()
 
 int ScriptRunner::run(const Script& script)
 {
+    runAndStop([&](Interpreter& interpreter) {
+        if (runScript(interpreter, script)) {
+            m_timers.serve();
+        }
+    });
+    if (m_interruptedStatus != 0) {
+        return m_interruptedStatus;
+    }
+    if (m_exitCode != EXIT_SUCCESS) {
+        return m_exitCode;
+    }
+    return m_errors.hasErrors() ? EXIT_FAILURE : EXIT_SUCCESS;
+}
+
+int ScriptRunner::serve(const std::function<void(Interpreter&)>& work)
+{
+    runAndStop(work);
+    return m_interruptedStatus != 0 ? m_interruptedStatus.load() : m_exitCode;
+}
+
+void ScriptRunner::runAndStop(const std::function<void(Interpreter&)>& work)
+{
     m_engine->run([&](Interpreter& interpreter) {
         EventLoop& loop = m_engine->loop();
         try {
-            if (runScript(interpreter, script)) {
-                m_timers.serve();
-            }
+            work(interpreter);
         } catch (const Interrupted&) {
             // Told by the loop.
         }
@@ -64,13 +84,6 @@ int ScriptRunner::run(const Script& script)
             noteInterruption();
         }
     });
-    if (m_interruptedStatus != 0) {
-        return m_interruptedStatus;
-    }
-    if (m_exitCode != EXIT_SUCCESS) {
-        return m_exitCode;
-    }
-    return m_errors.hasErrors() ? EXIT_FAILURE : EXIT_SUCCESS;
 }
 
 bool ScriptRunner::runScript(Interpreter& interpreter, const Script& script)

@@ -6,6 +6,7 @@
 #include "embedded_host/timers/TimerSet.hpp"
 
 #include <atomic>
+#include <functional>
 #include <memory>
 
 namespace tovrinhost {
@@ -31,14 +32,24 @@ public:
     ///          - 0
     int run(const Script& script);
 
+    /// Has something else done on the interpreter thread instead, as a shell does; then stops all timers.
+    /// \returns the same, but that what failed on the way does not count
+    int serve(const std::function<void(Interpreter&)>& work);
+
+    /// Whether `interrupt` has been called.
+    bool isInterrupted() const { return m_interruptedStatus != 0; }
+
     /// Gives up what is running; `run` then stops all timers, StopFcn included, and returns.
     /// \param status what `run` returns then
     void interrupt(int status);
 
     /// For as long as the runner lives.
+    TimerSet& timers() { return m_timers; }
     Diagnosis& diagnosis() { return m_timers.diagnosis(); }
 
 private:
+    void runAndStop(const std::function<void(Interpreter&)>& work);
+
     /// \returns whether it ran to its end
     bool runScript(Interpreter& interpreter, const Script& script);
 

@@ -159,6 +159,12 @@ int newTimerObject(lua_State* state)
     return 1;
 }
 
+bool isLiveTimer(lua_State* state, int index)
+{
+    const Handle* const timer = findHandle(state, index);
+    return timer != nullptr && *timer && !(*timer)->isDeleted();
+}
+
 ScriptTimer& pushNewTimer(lua_State* state, TimerSettings settings)
 {
     void* const place = lua_newuserdatauv(state, sizeof(Handle), 1);

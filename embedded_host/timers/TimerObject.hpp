@@ -26,6 +26,9 @@ void openTimerObjects(Interpreter& interpreter, TimerSet& timers);
 /// The script function `timer`: takes a table of properties, gives a timer object.
 int newTimerObject(lua_State* state);
 
+/// Whether the value is a timer that has not been deleted.
+bool isLiveTimer(lua_State* state, int index);
+
 /// Makes a timer. Takes the table of those of its values that stay in Lua off the stack, and pushes its object.
 ScriptTimer& pushNewTimer(lua_State* state, TimerSettings settings);
 

@@ -38,15 +38,15 @@ void awaitEnd(pid_t process, const std::function<bool()>& isInterrupted)
     close(end);
 }
 
-/// A program that is started meanwhile gets the signals that ask it to end, or something else, although this
-/// thread leaves them to another.
+/// A program that is started meanwhile gets the signals that ask it to end, to stand still or something else,
+/// although this thread leaves them to another.
 class SignalsOfPrograms {
 public:
     SignalsOfPrograms()
     {
         sigset_t signals;
         sigemptyset(&signals);
-        for (const int signal : { SIGINT, SIGTERM, SIGHUP, SIGUSR1 }) {
+        for (const int signal : { SIGINT, SIGTERM, SIGHUP, SIGUSR1, SIGTSTP, SIGCONT, SIGWINCH }) {
             sigaddset(&signals, signal);
         }
         pthread_sigmask(SIG_UNBLOCK, &signals, &m_before);
