@@ -76,7 +76,10 @@ void RunProgress::setTotal(std::uint64_t wanted)
 void RunProgress::compare()
 {
     const std::uint64_t counted = m_count.total() - m_count.left();
-    m_isLibraryBeyond = m_mode == ExecutionMode::FixedRate && counted >= m_wanted && m_count.left() > 0;
+    const bool isBeyond = m_mode == ExecutionMode::FixedRate && counted >= m_wanted && m_count.left() > 0;
+    if (m_isLibraryBeyond != isBeyond) {
+        m_isLibraryBeyond = isBeyond;
+    }
 }
 
 } // namespace tovrinhost
