@@ -6,6 +6,7 @@
 #include "embedded_host/timers/PropertyAccess.hpp"
 #include "embedded_host/timers/TimerObject.hpp"
 #include "embedded_host/timers/TimerProperties.hpp"
+#include "embedded_host/timers/WallTimes.hpp"
 
 #include <lauxlib.h>
 
@@ -51,17 +52,63 @@ int after(lua_State* state)
     return makeStarted(state, "after", std::move(settings));
 }
 
+/// The TimerFcn of every(fields, f [, n]). Upvalues: the fields, f, how many runs are left.
+int runAndStartAgain(lua_State* state)
+{
+    lua_settop(state, 2);
+    const double left = lua_tonumber(state, lua_upvalueindex(3)) - 1;
+    lua_pushnumber(state, left);
+    lua_replace(state, lua_upvalueindex(3));
+    lua_pushvalue(state, lua_upvalueindex(2));
+    lua_insert(state, 1);
+    if (left > 0) {
+        // Before f, which may stop the timer.
+        lua_pushvalue(state, lua_upvalueindex(1));
+        const TimePattern pattern = timePatternArgument(state, 4, "every");
+        lua_settop(state, 3);
+        if (ScriptTimer* const timer = timerAt(state, 2)) {
+            startTimer(state, *timer, nextWallTime(state, pattern, "every"));
+        }
+    }
+    lua_call(state, 2, 0);
+    return 0;
+}
+
+/// every(fields, f [, n]): a single shot that starts again.
+int everyTime(lua_State* state, TimerSettings settings)
+{
+    constexpr int values = 4;
+    const WallTime first = nextWallTime(state, timePatternArgument(state, 1, "every"), "every");
+    lua_createtable(state, 0, 1);
+    setCallback(state, *findCallbackProperty("TimerFcn"), 2, settings, values, "every");
+    lua_newtable(state); // a copy of the fields, which may change
+    for (lua_pushnil(state); lua_next(state, 1) != 0;) {
+        lua_pushvalue(state, -2);
+        lua_insert(state, -2);
+        lua_rawset(state, values + 1);
+    }
+    lua_pushvalue(state, 2);
+    lua_pushnumber(state, settings.tasksToExecute);
+    lua_pushcclosure(state, luaFunction<runAndStartAgain>, 3);
+    lua_setfield(state, values, "TimerFcn");
+    startTimer(state, pushNewTimer(state, std::move(settings)), first);
+    return 1;
+}
+
 /// every(seconds, f [, n])
 int every(lua_State* state)
 {
     lua_settop(state, 3);
     TimerSettings settings;
-    settings.executionMode = tovrintimer::ExecutionMode::FixedRate;
-    takeArgument(state, 1, "every", "Period", settings);
-    settings.startDelaySeconds = settings.periodSeconds;
     if (!lua_isnil(state, 3)) {
         takeArgument(state, 3, "every", "TasksToExecute", settings);
     }
+    if (lua_istable(state, 1)) {
+        return everyTime(state, std::move(settings));
+    }
+    settings.executionMode = tovrintimer::ExecutionMode::FixedRate;
+    takeArgument(state, 1, "every", "Period", settings);
+    settings.startDelaySeconds = settings.periodSeconds;
     return makeStarted(state, "every", std::move(settings));
 }
 

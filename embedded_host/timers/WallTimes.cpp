@@ -140,6 +140,16 @@ std::int64_t readLocalTime(lua_State* state, int index, const std::string& what)
     return momentOf(duration_cast<seconds>(local.time_since_epoch()).count(), systemUtcOffset);
 }
 
+std::int64_t nextSecond(const TimePattern& pattern, double after, const std::string& what)
+{
+    const auto moment = nextTime(pattern, static_cast<std::int64_t>(std::floor(after)), systemUtcOffset);
+    if (!moment) {
+        throw std::invalid_argument(what + ": there is no day " + std::to_string(pattern.day.value_or(0))
+            + " of month " + std::to_string(pattern.month.value_or(0)));
+    }
+    return *moment;
+}
+
 /// date()
 int date(lua_State* state)
 {
@@ -155,7 +165,6 @@ int nextTimeOf(lua_State* state)
         throw std::invalid_argument(
             "nextTime: takes a table of fields of a local time, not " + describeValue(state, 1));
     }
-    const Values values = lua_isnil(state, 1) ? Values() : readFields(state, 1, "nextTime", fieldsOfPattern);
     double after = toSecondsSince1970(timersOf(state).clock().now());
     if (!lua_isnil(state, 2)) {
         after = lua_tonumber(state, 2);
@@ -164,14 +173,8 @@ int nextTimeOf(lua_State* state)
                 + ", but must be a number of seconds since 1970, at least 0 and at most 9223372036");
         }
     }
-    const TimePattern pattern { valueOf(values, "month"), valueOf(values, "day"), valueOf(values, "weekday"),
-        valueOf(values, "hour"), valueOf(values, "minute"), valueOf(values, "second") };
-    const auto moment = nextTime(pattern, static_cast<std::int64_t>(std::floor(after)), systemUtcOffset);
-    if (!moment) {
-        throw std::invalid_argument("nextTime: there is no day " + std::to_string(pattern.day.value_or(0))
-            + " of month " + std::to_string(pattern.month.value_or(0)));
-    }
-    lua_pushinteger(state, *moment);
+    const TimePattern pattern = lua_isnil(state, 1) ? TimePattern() : timePatternArgument(state, 1, "nextTime");
+    lua_pushinteger(state, nextSecond(pattern, after, "nextTime"));
     return 1;
 }
 
@@ -181,6 +184,19 @@ void openWallTimes(lua_State* state)
 {
     lua_register(state, "date", luaFunction<date>);
     lua_register(state, "nextTime", luaFunction<nextTimeOf>);
+}
+
+TimePattern timePatternArgument(lua_State* state, int index, const std::string& what)
+{
+    const Values values = readFields(state, index, what, fieldsOfPattern);
+    return { valueOf(values, "month"), valueOf(values, "day"), valueOf(values, "weekday"), valueOf(values, "hour"),
+        valueOf(values, "minute"), valueOf(values, "second") };
+}
+
+WallTime nextWallTime(lua_State* state, const TimePattern& pattern, const std::string& what)
+{
+    const double now = toSecondsSince1970(timersOf(state).clock().now());
+    return fromSecondsSince1970(static_cast<double>(nextSecond(pattern, now, what)));
 }
 
 WallTime wallTimeArgument(lua_State* state, int index, const std::string& what)

@@ -63,6 +63,17 @@ TEST(ReferenceTest, EachEntryHasAnExample)
     EXPECT_THAT(without, IsEmpty());
 }
 
+TEST(ReferenceTest, NoNameStandsTwiceInASection)
+{
+    std::vector<std::string> names;
+    for (const ReferenceEntry& entry : reference()) {
+        for (const std::string& name : entry.names) {
+            names.push_back(std::string(entry.section) + " " + name);
+        }
+    }
+    EXPECT_EQ(Names(names.begin(), names.end()).size(), names.size());
+}
+
 // ---- What there is, and what it tells of
 
 /// What the reference has in a section.

@@ -1,4 +1,5 @@
 #include "tests/scripts/ScriptTest.hpp"
+#include "tests/scripts/platform/Platform.hpp"
 
 namespace scripts {
 
@@ -144,6 +145,61 @@ t:startAt(when)
         "true\n");
 }
 
+TEST_F(WallClockTest, EveryTakesFieldsOfALocalTime)
+{
+    expectOutput(R"(
+local fields, times = {}, {}
+local t = every(fields, function(t, event)
+  times[#times + 1] = date()
+  print(event.Type, #times == 1 or times[#times] // 1 > times[#times - 1] // 1)
+end, 3)
+fields.hour = 3 -- too late
+print(t.TasksToExecute, t.ExecutionMode, t.Running, t.Remaining <= 1, t.NextTime == t.NextTime // 1, t.NextTime > date())
+print(t:wait())
+print(times[3] - times[1] < 60)
+)",
+        "3\tSingleShot\ttrue\ttrue\ttrue\ttrue\n"
+        "TimerFcn\ttrue\nTimerFcn\ttrue\nTimerFcn\ttrue\ntrue\ttasks done\ntrue\n");
+}
+
+TEST_F(WallClockTest, WhatRunsEveryTimeIsStoppedFromWithinAndOutlivesAnError)
+{
+    const Outcome failing = run(R"(
+local runs = 0
+every({}, function(t) runs = runs + 1 if runs == 2 then t:stop() end error("run " .. runs, 0) end)
+)");
+    EXPECT_THAT(linesWith(failing.err, "tovrin: "),
+        ElementsAre("tovrin: error in TimerFcn of timer \"timer-1\": run 1",
+            "tovrin: error in TimerFcn of timer \"timer-1\": run 2"));
+}
+
+TEST_F(WallClockTest, EveryRefusesWhatIsNoTime)
+{
+    expectRefusal("every({ hour = 25 }, print)", "every: hour is 25, but must be a whole number from 0 to 23");
+    expectRefusal("every({ month = 2, day = 30 }, print)", "every: there is no day 30 of month 2");
+    expectRefusal("every({}, 5)", "every: TimerFcn is 5, but must be a function");
+    expectRefusal("every({}, print, 0)",
+        "every: TasksToExecute is 0, but must be a whole number, at least 1 and at most 9007199254740992, or "
+        "math.huge");
+}
+
+TEST_F(WallClockTest, AnAppointmentKeepsItsTimerAndOneThatIsTakenBackDoesNot)
+{
+    expectOutput(R"(
+timer { TimerFcn = function() print("fires") end }:startAt(date() + 0.2)
+collectgarbage() collectgarbage()
+print(#timers())
+pause(0.4)
+local held = timer { TimerFcn = print, UserData = setmetatable({}, { __gc = function() print("given up") end }) }
+held:startAt(date() + 60)
+held:stop()
+held = nil
+collectgarbage() collectgarbage()
+print(#timers())
+)",
+        "1\nfires\ngiven up\n0\n");
+}
+
 TEST_F(WallClockTest, WhatItWaitsForIsExplained)
 {
     expectOutput(
@@ -199,6 +255,9 @@ TEST_F(WallClockTest, AWrongFieldOfTheNextTimeIsRefused)
 
 TEST_F(WallClockTest, ASignalTakesItBack)
 {
+    if (const char* reason = platform::whyNoControlC(); reason != nullptr) {
+        GTEST_SKIP() << reason;
+    }
     const Outcome outcome = runAndInterrupt(
         "timer { TimerFcn = print, StopFcn = print }:startAt(date() + 3600) print('waits')", { "waits" });
     EXPECT_EQ(outcome.out, "waits\n");
