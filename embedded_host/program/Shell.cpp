@@ -69,7 +69,7 @@ int runShell(const ShellOptions& options)
     const auto onQuestion = [&runner] { std::cerr << statusTable(runner.diagnosis()); };
     const platform::SignalWatcher watcher(onSignal, onQuestion);
     return runner.serve([&](Interpreter& interpreter) {
-        std::cout << "tovrin: Tab completes, Ctrl-D ends\n" << std::flush;
+        std::cout << "tovrin: help() for help, Ctrl-D ends\n" << std::flush;
         bool goesOn = true;
         for (const std::string& file : filesToRun(options)) {
             goesOn = goesOn && shell.runFile(interpreter, file);
