@@ -1,7 +1,7 @@
 # The build without optimisation that coverage and mutants share. It is made from a copy of the sources, so that a bug
 # can be put into them. To be sourced after lib.sh.
 
-unoptimisedPackages=("${buildPackages[@]}" libgtest-dev libgmock-dev rsync lld)
+unoptimisedPackages=("${buildPackages[@]}" libgtest-dev libgmock-dev libvterm-dev rsync lld)
 copy=$buildDir/unoptimised
 unoptimisedTree=$copy/build/coverage
 

@@ -19,16 +19,18 @@ constexpr int controlCStatus = 130;
 constexpr int hangUpStatus = 129;
 constexpr std::size_t maxBacklog = 10'000;
 
-/// Where a user's settings of programs are, for this one: $XDG_CONFIG_HOME, else ~/.config.
+/// Where a user's settings of programs are, for this one: in $XDG_CONFIG_HOME, else in ~/.config; empty if that is
+/// not known.
 std::string startFile()
 {
     // Nothing changes the environment. NOLINTBEGIN(concurrency-mt-unsafe)
     const char* const settings = std::getenv("XDG_CONFIG_HOME");
     const char* const home = std::getenv("HOME");
     // NOLINTEND(concurrency-mt-unsafe)
-    const bool isSet = settings != nullptr && *settings != 0;
-    return (isSet ? std::string(settings) : std::string(home == nullptr ? "" : home) + "/.config")
-        + "/tovrin/init.lua";
+    if (settings != nullptr && *settings != 0) {
+        return std::string(settings) + "/tovrin/init.lua";
+    }
+    return home != nullptr && *home != 0 ? std::string(home) + "/.config/tovrin/init.lua" : "";
 }
 
 std::vector<std::string> filesToRun(const ShellOptions& options)
@@ -67,7 +69,7 @@ int runShell(const ShellOptions& options)
     const auto onQuestion = [&runner] { std::cerr << statusTable(runner.diagnosis()); };
     const platform::SignalWatcher watcher(onSignal, onQuestion);
     return runner.serve([&](Interpreter& interpreter) {
-        std::cout << "tovrin: Tab completes, Ctrl-D ends\n" << std::flush;
+        std::cout << "tovrin: help() for help, Ctrl-D ends\n" << std::flush;
         bool goesOn = true;
         for (const std::string& file : filesToRun(options)) {
             goesOn = goesOn && shell.runFile(interpreter, file);

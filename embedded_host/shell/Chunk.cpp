@@ -61,9 +61,10 @@ bool isUnfinished(Interpreter& interpreter, const std::string& text)
 {
     bool answer = false;
     interpreter.protect([&](lua_State* state) {
-        const bool endsAnExpression = loadAs(state, "return " + text) == LUA_ERRSYNTAX && isOfTheEnd(state);
-        const bool endsStatements = loadAs(state, text) == LUA_ERRSYNTAX && isOfTheEnd(state);
-        answer = endsStatements || (endsAnExpression && !lua_isfunction(state, -1));
+        const bool isExpression = loadAs(state, "return " + text) == LUA_OK;
+        const bool isLongerExpression = !isExpression && isOfTheEnd(state);
+        const bool isStatements = loadAs(state, text) == LUA_OK;
+        answer = !isExpression && !isStatements && (isLongerExpression || isOfTheEnd(state));
         lua_settop(state, 0);
         return 0;
     });

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <clocale>
+#include <cstdlib>
 #include <iostream>
 #include <stdexcept>
 #include <string_view>
@@ -319,6 +320,11 @@ std::unique_ptr<LineInput> openLineInput()
 {
     if (isatty(STDIN_FILENO) == 0 || isatty(STDOUT_FILENO) == 0) {
         throw std::runtime_error("shell needs a terminal; tovrin run - reads a script from standard input");
+    }
+    const char* const type = std::getenv("TERM"); // NOLINT(concurrency-mt-unsafe): nothing changes the environment
+    if (type == nullptr || *type == 0 || std::string_view(type) == "dumb") {
+        throw std::runtime_error("shell needs a terminal that can move its cursor; the terminal type (TERM) is \""
+            + std::string(type == nullptr ? "" : type) + "\"; tovrin run - reads a script from standard input");
     }
     return std::make_unique<Editor>();
 }

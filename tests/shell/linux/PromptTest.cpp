@@ -159,7 +159,8 @@ TEST_F(PromptTest, TabCompletesAndListsWhatThereIs)
     shell.type("heartbeat:sta\t");
     EXPECT_TRUE(shell.waitForCursorRow("> heartbeat:sta"));
     shell.type("\t");
-    EXPECT_TRUE(shell.waitFor([&] { return shell.rows()[shell.rows().size() - 2] == "start  statistics"; }));
+    EXPECT_TRUE(
+        shell.waitFor([&] { return shell.rows()[shell.rows().size() - 2] == "start  startAt  statistics"; }));
     shell.type("r\t()");
     EXPECT_TRUE(shell.waitForCursorRow("> heartbeat:start()"));
 }

@@ -153,8 +153,8 @@ TEST_F(ScreenTest, ANarrowerTerminalHasThePromptDrawnAnewAndKeepsOutput)
         << "this terminal breaks no rows anew: of the narrow prompt a piece stays";
 }
 
-/// Whatever is written and typed: above the prompt stands what a terminal without one would show. Only not behind a
-/// wide character at the end of a row, where terminals themselves differ in what tabs and backspaces do.
+/// Whatever is written and typed: above the prompt stands what a terminal without one would show. Only not behind
+/// a wide character at the end of a row, where terminals themselves differ in what tabs and backspaces do.
 TEST_F(ScreenTest, RandomOutputStandsAboveThePromptAsWithoutOne)
 {
     const std::vector<std::string> pieces { "a", "bcd", "\n", "\xe6\xbc\xa2", "\xc3\xa9", "\n\tq", "\r", "z\b",

@@ -27,6 +27,15 @@ TEST_F(ShellFaultTest, APastedMegabyteIsTaken)
     EXPECT_TRUE(shell.waitForRow("1000000"));
 }
 
+TEST_F(ShellFaultTest, ATerminalThatCannotMoveItsCursorIsRefused)
+{
+    ShellProgram shell(folder(), { {}, { { "TERM", "dumb" } }, 100 });
+    EXPECT_EQ(shell.wait(), 1);
+    EXPECT_THAT(shell.rows().front(),
+        testing::StartsWith(
+            "tovrin: shell needs a terminal that can move its cursor; the terminal type (TERM) is \"dumb\""));
+}
+
 TEST_F(ShellFaultTest, InvalidUtf8IsShownWrittenOutAndReachesTheScriptAsItIs)
 {
     ShellProgram shell(folder(), {});
