@@ -87,6 +87,15 @@ TEST_F(TimerObjectTest, ATimerWhoseStartFailsIsKeptNoLongerThanAnother)
         "collectgarbage() assert(weak[1] == nil)");
 }
 
+TEST_F(TimerObjectTest, ATimerThatDeletesItselfIsCollected)
+{
+    execute("weak = setmetatable({}, { __mode = 'v' }) weak[1] = timer { TimerFcn = function(t) t:delete() done = "
+            "true "
+            "end }:start() while not done do pause(0.001) end");
+
+    execute("collectgarbage() assert(weak[1] == nil)");
+}
+
 TEST_F(TimerObjectTest, AFinalizerCannotStartATimerThatIsBeingCollected)
 {
     execute("local t = timer { Name = 't', TimerFcn = print } setmetatable({ t }, { __gc = function(held) "
