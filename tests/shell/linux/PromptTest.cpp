@@ -110,7 +110,7 @@ TEST_F(PromptTest, CtrlCTwiceEndsACallbackThatNeverReturns)
         EXPECT_TRUE(presses > 1 || !shell.has("> ^C"));
     }
     shell.enter("'here'");
-    EXPECT_TRUE(shell.has("\"here\""));
+    EXPECT_TRUE(shell.waitForRow("\"here\""));
 }
 
 TEST_F(PromptTest, CtrlDEndsAtOnceWhereNoTimerRuns)
