@@ -182,17 +182,19 @@ DispatchSlot& FiringLog::newSlot(const ObservedWork& work, bool isQueued) noexce
     if (m_hasDisplaced.load(std::memory_order_relaxed)) {
         forgetDisplaced(work.timer); // a timer has one TimerFcn queued at most
     }
-    keepIfQueued(slot);
+    if (slot.get(DispatchSlot::Taken) == 0) {
+        keepIfQueued(slot);
+    }
     slot.begin(place, work, dueOf(work), isQueued);
     std::atomic_ref(m_places[work.number % capacity]).store(place, std::memory_order_release);
     return slot;
 }
 
-/// Before its place is given to another.
+/// Before its place is given to another, one that the host has not been given.
 void FiringLog::keepIfQueued(const DispatchSlot& slot) noexcept
 {
     const auto place = static_cast<std::uint64_t>(slot.get(DispatchSlot::Place));
-    if (place == 0 || slot.get(DispatchSlot::Taken) != 0 || slot.get(DispatchSlot::Dispatched) != 0
+    if (place == 0 || slot.get(DispatchSlot::Dispatched) != 0
         || callbackAt(place).isAt(place)) { // it came to nothing
         return;
     }

@@ -54,6 +54,7 @@ void RunProgress::timerFcnEnds()
 TaskMark RunProgress::count()
 {
     m_count.count(m_wanted);
+    compare();
     return m_count.left() == 0 ? TaskMark::Last : TaskMark::Expected;
 }
 
@@ -68,6 +69,17 @@ void RunProgress::setTotal(std::uint64_t wanted)
             + " until this run has ended: the last TimerFcn by that number has been dispatched");
     }
     m_wanted = wanted;
+    compare();
+}
+
+/// The caller holds m_countMutex.
+void RunProgress::compare()
+{
+    const std::uint64_t counted = m_count.total() - m_count.left();
+    const bool isBeyond = m_mode == ExecutionMode::FixedRate && counted >= m_wanted && m_count.left() > 0;
+    if (m_isLibraryBeyond != isBeyond) {
+        m_isLibraryBeyond = isBeyond;
+    }
 }
 
 } // namespace tovrinhost

@@ -4,6 +4,7 @@
 #include "embedded_host/timers/TaskCount.hpp"
 #include "timer_src/main/TimerInfo.hpp"
 
+#include <atomic>
 #include <cstdint>
 #include <mutex>
 
@@ -41,11 +42,15 @@ public:
     /// Whether as many TimerFcns have begun as the timer is set to.
     bool hasBegunAll() const { return m_timerFcns >= m_wanted; }
 
+    /// Whether the library has dispatched all that the timer is set to, at a fixed rate, and goes on. Any thread.
+    bool isLibraryBeyond() const { return m_isLibraryBeyond; }
+
     /// Whether the TimerFcn that began last is the last for the library, too, as far as that has been counted.
     bool isLastOfLibrary() const { return m_isLastOfLibrary; }
 
 private:
     TaskMark count();
+    void compare();
 
     const tovrintimer::ExecutionMode m_mode;
 
@@ -59,6 +64,7 @@ private:
     std::uint64_t m_wanted;
     TaskCount m_count;
     bool m_startFcnComes; // with the next task
+    std::atomic<bool> m_isLibraryBeyond { false };
 };
 
 } // namespace tovrinhost

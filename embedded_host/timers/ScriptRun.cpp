@@ -9,6 +9,7 @@
 
 namespace tovrinhost {
 
+using tovrintimer::BusyMode;
 using tovrintimer::ExecutionMode;
 using tovrintimer::TimerInfo;
 using tovrintimer::TimerScheduler;
@@ -50,6 +51,9 @@ void ScriptRun::changeTasks(std::uint64_t tasks)
 {
     if (isUnderWay() && isRunning()) {
         m_progress.setTotal(tasks);
+        if (m_progress.isLibraryBeyond()) {
+            setBusyMode(BusyMode::Drop); // what falls due now is no overrun any more
+        }
     }
 }
 
@@ -142,13 +146,18 @@ TaskMark ScriptRun::markOfNextTask()
     const TaskMark mark = m_progress.taskComes(*m_timer);
     if (mark != TaskMark::None) {
         // The library asks for the busy mode twice, and loses a callback where it becomes Queue in between: not
-        // here. What has not changed is not written again, since the other threads would have to fetch it again.
-        const auto busyMode = static_cast<std::size_t>(m_busyModeWanted.load());
-        if (m_timer->getBusyMode() != busyMode) {
-            m_timer->setBusyMode(busyMode);
-        }
+        // here.
+        setBusyMode(m_progress.isLibraryBeyond() ? BusyMode::Drop : m_busyModeWanted.load());
     }
     return mark;
+}
+
+/// What has not changed is not written again, since the other threads would have to fetch it again.
+void ScriptRun::setBusyMode(BusyMode mode)
+{
+    if (m_timer->getBusyMode() != static_cast<std::size_t>(mode)) {
+        m_timer->setBusyMode(static_cast<std::size_t>(mode));
+    }
 }
 
 void ScriptRun::callbackBegins(Callback callback, const TaskNote& note)

@@ -146,6 +146,7 @@ private:
     void applySettings();
     void describe() const;
     TaskMark markOfNextTask();
+    void setBusyMode(tovrintimer::BusyMode mode);
     void noteBeginning(bool isTimerFcn, const TaskNote& note);
     void noteEnd(Callback callback, const TaskNote& note, bool hasFailed);
     void timerFcnsAreOver();

@@ -56,12 +56,13 @@ void describeEnd(lua_State* state, const ScriptRun& run)
 /// dropped before.
 int prepareCallback(lua_State* state)
 {
-    const Diagnosis& diagnosis = timersOf(state).diagnosis();
+    TimerSet& timers = timersOf(state);
+    const Diagnosis& diagnosis = timers.diagnosis();
     const FiringLog::Beginning& firing = diagnosis.latest();
     if (const ScriptRun* const run = pushCallback(state).run()) {
         describeEnd(state, *run);
     }
-    lua_pushnumber(state, toSecondsSince1970(timersOf(state).clock().now()));
+    lua_pushnumber(state, toSecondsSince1970(timers.clock().now()));
     if (firing.due == 0) {
         return 2; // nobody has told of it
     }

@@ -31,7 +31,7 @@ protected:
     void setAndAwait(std::int64_t seconds)
     {
         m_clock.set(seconds);
-        m_clock.awaitWait();
+        EXPECT_TRUE(m_clock.awaitWait()) << seconds;
     }
 
     MadeUpClock m_clock { 1000 };
@@ -44,7 +44,7 @@ TEST_F(AppointmentTest, AClockThatIsSetForwardBringsTheMoment)
 {
     EXPECT_EQ(run(single,
                   [&] {
-                      m_clock.awaitWait();
+                      EXPECT_TRUE(m_clock.awaitWait());
                       m_clock.set(4600);
                   }),
         "1000.0\ttrue\n4600.0\t4600.0\n");
@@ -54,7 +54,7 @@ TEST_F(AppointmentTest, AClockThatIsSetBackPutsItOff)
 {
     EXPECT_EQ(run(single,
                   [&] {
-                      m_clock.awaitWait();
+                      EXPECT_TRUE(m_clock.awaitWait());
                       for (const std::int64_t seconds : { 1009, 100, 1009, 0 }) {
                           setAndAwait(seconds);
                       }
@@ -67,7 +67,7 @@ TEST_F(AppointmentTest, AClockThatIsSetBackWhileTheScriptIsBusyPutsItOff)
 {
     EXPECT_EQ(run(std::string(single) + " while date() ~= 500 do end",
                   [&] {
-                      m_clock.awaitWait();
+                      EXPECT_TRUE(m_clock.awaitWait());
                       m_clock.set(1010);
                       m_clock.awaitNobody(); // the moment has come, but not for the script
                       setAndAwait(500);
@@ -82,7 +82,7 @@ TEST_F(AppointmentTest, APeriodFollowsWhateverTheClockShows)
                   "print }\n"
                   "t.TimerFcn = function(t) print(t.TasksExecuted) end t:startAt(1010)",
                   [&] {
-                      m_clock.awaitWait();
+                      EXPECT_TRUE(m_clock.awaitWait());
                       m_clock.set(1010);
                       m_clock.awaitNobody();
                       m_clock.set(0);

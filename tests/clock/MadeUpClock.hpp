@@ -27,13 +27,19 @@ public:
 
     void set(std::int64_t seconds) { m_seconds = seconds; }
 
-    /// Returns once somebody has seen what the clock shows now, and waits.
-    void awaitWait() const
+    /// Waits until somebody has seen what the clock shows now, and waits.
+    /// \returns false if nobody does
+    bool awaitWait() const
     {
         // One wait may have begun before the clock was set.
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
         for (const int seen = m_waits; m_waits < seen + 2;) {
+            if (std::chrono::steady_clock::now() > limit) {
+                return false;
+            }
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
+        return true;
     }
 
     /// Returns once nobody has waited for a while.

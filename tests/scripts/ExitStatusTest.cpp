@@ -18,7 +18,7 @@ std::string withStopFcn(const std::string& body)
     return "timer { StartDelay = 60, TimerFcn = print, StopFcn = function() " + body + " end }:start() ";
 }
 
-/// The table of statuses in README.md, row by row.
+/// The table of statuses in docs/language.md, row by row.
 class ExitStatusTest : public ScriptTest {
 protected:
     void expectStatuses(const std::vector<Row>& rows)

@@ -104,6 +104,21 @@ print(t:wait())
         "tasks done\ntrue\ttasks done\ntrue\ttasks done\n");
 }
 
+TEST_F(TaskNumberTest, ARunThatWasLoweredToItsNextCallbackIsNotOverrunThereEither)
+{
+    expectOutput(R"(
+local t = timer {
+  ExecutionMode = "FixedRate", BusyMode = "Error", Period = 0.3, TasksToExecute = 5,
+  TimerFcn = function(t)
+    if t.TasksExecuted == 1 then t.TasksToExecute = 2 else busy(0.7) print(t.Running, t.LastError) end
+  end,
+}
+t:start()
+print(t:wait())
+)",
+        "true\tnil\ntrue\ttasks done\n");
+}
+
 TEST_F(TaskNumberTest, RaisedBeforeTheLastCallbackItIsHonouredInEachMode)
 {
     expectOutput(R"(

@@ -48,7 +48,9 @@ struct Form {
 
 constexpr Form forms[] = {
     { "new", Event::Kind::New, 9 },
+    { "made", Event::Kind::Made, 13 },
     { "begin", Event::Kind::Begin, 7 },
+    { "told", Event::Kind::Told, 5 },
     { "end", Event::Kind::End, 8 },
     { "call", Event::Kind::Call, 8 },
     { "done", Event::Kind::Done, 8 },
@@ -56,6 +58,7 @@ constexpr Form forms[] = {
     { "raise", Event::Kind::Raise, 3 },
     { "exit", Event::Kind::Exit, 3 },
     { "over", Event::Kind::Over, 2 },
+    { "ending", Event::Kind::Ending, 2 },
 };
 
 Event makeEvent(Event::Kind kind, const std::vector<std::string>& fields)
@@ -67,6 +70,16 @@ Event makeEvent(Event::Kind kind, const std::vector<std::string>& fields)
     case Event::Kind::New:
         event.timer = fields[2];
         event.settings.assign(fields.begin() + 3, fields.end());
+        break;
+    case Event::Kind::Made:
+        event.timer = fields[2];
+        event.reading = { fields[10], fields[11], fields[12] };
+        event.settings.assign(fields.begin() + 3, fields.begin() + 10);
+        break;
+    case Event::Kind::Told:
+        event.timer = fields[2];
+        event.what = fields[3];
+        event.text = fields[4];
         break;
     case Event::Kind::Begin:
         event.timer = fields[2];
@@ -92,6 +105,7 @@ Event makeEvent(Event::Kind kind, const std::vector<std::string>& fields)
         event.text = fields[2];
         break;
     case Event::Kind::Over:
+    case Event::Kind::Ending:
     case Event::Kind::Report:
         break;
     }

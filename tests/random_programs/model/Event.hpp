@@ -20,7 +20,9 @@ struct Reading {
 struct Event {
     enum class Kind {
         New,
+        Made, ///< and started, by a short form
         Begin,
+        Told, ///< what the callback that has begun is told of the end of its run
         End,
         Call,
         Done,
@@ -28,6 +30,7 @@ struct Event {
         Raise,
         Exit,
         Over,
+        Ending, ///< no run begins any more
         Report, ///< of an error, by the program tovrin
     };
 
@@ -38,7 +41,9 @@ struct Event {
     std::string what; ///< the callback, or the verb; where a report says that the error was
     std::string text; ///< argument, result, error or exit code
     Reading reading;
-    std::vector<std::string> settings; ///< of a new timer: mode, busy mode, period, delay, tasks, callbacks
+    /// Of a new timer: mode, busy mode, period, delay, tasks, callbacks. Of one that a short form has made,
+    /// besides when that was called.
+    std::vector<std::string> settings;
 };
 
 /// Makes events of a program's output, standard error included.

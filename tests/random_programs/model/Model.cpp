@@ -3,6 +3,7 @@
 #include "tests/random_programs/model/RuleNames.hpp"
 
 #include <algorithm>
+#include <cctype>
 #include <sstream>
 #include <stdexcept>
 
@@ -12,8 +13,22 @@ namespace {
 
 bool isPump(const Event& event)
 {
-    return event.what == "pause" || event.what == "wait";
+    return event.what == "pause" || event.what.starts_with("wait");
 }
+
+/// "wait a b 0.001": what is called, the names of the timers, and the limit, if there is one.
+struct WaitForSeveral {
+    std::vector<std::string> names;
+    std::string limit;
+
+    explicit WaitForSeveral(const std::string& argument)
+    {
+        std::istringstream words(argument);
+        for (std::string word; words >> word;) {
+            (std::isdigit(static_cast<unsigned char>(word.front())) != 0 ? limit : names.emplace_back()) = word;
+        }
+    }
+};
 
 } // namespace
 
@@ -23,8 +38,13 @@ void Model::process(const Event& event)
         m_error ? "\"" + m_error->text + "\" in " + m_error->what + " is not" : "");
     switch (event.kind) {
     case Event::Kind::New:
-        require(m_timers.try_emplace(event.timer, event.timer, Settings::of(event.settings)).second,
-            rules::wellFormed, "two timers named " + event.timer);
+        makeTimer(event);
+        break;
+    case Event::Kind::Made:
+        makeTimer(event).made(event);
+        break;
+    case Event::Kind::Told:
+        told(event);
         break;
     case Event::Kind::Begin:
         begin(event);
@@ -52,10 +72,23 @@ void Model::process(const Event& event)
         require(m_stack.empty() && !m_isStopPhase, rules::nothingAfterExit, "the script goes on to its end");
         m_hasEnded = true;
         break;
+    case Event::Kind::Ending:
+        ending();
+        break;
     case Event::Kind::Report:
         report(event);
         break;
     }
+}
+
+TimerModel& Model::makeTimer(const Event& event)
+{
+    const auto [place, isNew] = m_timers.try_emplace(event.timer, event.timer, Settings::of(event.settings));
+    require(isNew, rules::wellFormed, "two timers named " + event.timer);
+    if (m_isStopPhase) {
+        place->second.stopPhaseBegins();
+    }
+    return place->second;
 }
 
 TimerModel& Model::timer(const Event& event)
@@ -98,6 +131,14 @@ void Model::requireNotNested(const Event& event) const
         require(!frame->run, rules::notNested,
             "the " + event.what + " of timer " + event.timer + " runs within its " + frame->begun.what);
     }
+}
+
+void Model::told(const Event& event)
+{
+    const bool fits = !m_stack.empty() && m_stack.back().run && m_stack.back().begun.timer == event.timer
+        && m_stack.back().begun.what == event.what;
+    require(fits, rules::wellFormed, "the " + event.what + " of timer " + event.timer + " has not begun");
+    timer(event).told(*m_stack.back().run, event);
 }
 
 void Model::end(const Event& event)
@@ -151,6 +192,9 @@ void Model::answer(const Event& event)
     if (event.timer != "-") {
         answerOfTimer(event, frame, timer(event));
     }
+    if (event.what.starts_with("wait") && event.timer == "-") {
+        answerToWaitForSeveral(event, frame);
+    }
     if (event.what == "pause") {
         const double asked = std::stod(frame.begun.text);
         require(isDone && event.time - frame.begun.time + grain >= asked, rules::neverEarly,
@@ -170,7 +214,7 @@ void Model::answerOfTimer(const Event& event, const Frame& frame, TimerModel& ti
         timer.start(event, frame.begun.time);
     } else if (event.what == "stop") {
         require(isDone || timer.isBeingDeleted(), rules::stopAlwaysSucceeds, event.text);
-        timer.stop();
+        timer.stop(event.text);
     } else if (event.what == "delete") {
         require(isDone || timer.isBeingDeleted(), rules::deleteRunsWhatWaits, "delete fails: " + event.text);
         timer.deleteEnds();
@@ -193,8 +237,10 @@ void Model::answerToWait(const Event& event, const Frame& frame, TimerModel& tim
     }
     require(!timer.isInCallback(), rules::waitInOwnCallback, "timer " + event.timer + ": it succeeds");
     const std::string& limit = frame.begun.text;
-    if (event.text == "true") {
+    if (event.text.starts_with("true ")) {
         timer.expectQuiet(rules::waitTrue);
+        require(event.text == "true " + timer.reason(), rules::reasons,
+            "wait says " + event.text + ", and has to say " + timer.reason());
         return;
     }
     require(event.text == "false" && !limit.empty(), rules::waitTrue, "wait says " + event.text);
@@ -202,6 +248,45 @@ void Model::answerToWait(const Event& event, const Frame& frame, TimerModel& tim
         "wait returns false before its limit");
     require(!timer.isQuiet(), rules::waitFalse, "timer " + event.timer + " has ended");
     requireWhatWaited(frame);
+}
+
+void Model::answerToWaitForSeveral(const Event& event, const Frame& frame)
+{
+    const WaitForSeveral asked(frame.begun.text);
+    std::vector<TimerModel*> timers;
+    bool mayFail = false; // a timer that has been deleted by now, or is waited for in its own callback
+    for (const std::string& name : asked.names) {
+        timers.push_back(&m_timers.at(name));
+        mayFail = mayFail || timers.back()->isDeleted() || timers.back()->isBeingDeleted()
+            || timers.back()->isInCallback();
+    }
+    if (event.kind == Event::Kind::Failed) {
+        require(mayFail, rules::waitForSeveral, "it fails: " + event.text);
+        return;
+    }
+    const bool isAny = event.what == "waitAny";
+    if (event.text == "false" || event.text == "nil") {
+        require(!asked.limit.empty() && event.time - frame.begun.time + grain >= std::stod(asked.limit),
+            rules::neverEarly, "it gives up before its limit");
+        const auto quiet = std::count_if(timers.begin(), timers.end(), [](const auto* t) { return t->isQuiet(); });
+        require(isAny ? quiet == 0 : quiet < static_cast<std::ptrdiff_t>(timers.size()), rules::waitForSeveral,
+            "it gives up, and " + std::to_string(quiet) + " have ended");
+        requireWhatWaited(frame);
+        return;
+    }
+    for (std::size_t i = 0; i < timers.size(); ++i) {
+        const bool isIt = isAny && event.text == asked.names[i];
+        if (!isAny || isIt) {
+            timers[i]->expectQuiet(rules::waitForSeveral);
+        } else {
+            require(!timers[i]->isQuiet(), rules::waitForSeveral,
+                "timer " + asked.names[i] + " has ended, and it gives " + event.text);
+        }
+        if (isIt) {
+            return;
+        }
+    }
+    require(!isAny, rules::waitForSeveral, "it gives " + event.text);
 }
 
 void Model::requireWhatWaited(const Frame& frame) const
@@ -234,7 +319,7 @@ void Model::report(const Event& event)
         "\"" + error.text + "\" in " + error.what + " is reported as \"" + event.text + "\" in " + event.what);
     if (event.what == "script") {
         beginStopPhase();
-    } else if (!timer(event).isDeleted()) {
+    } else if (!timer(event).isDeleted() && !event.what.starts_with("ErrorFcn")) {
         timer(event).reportOfCallback(event.text);
     }
 }
@@ -243,6 +328,21 @@ void Model::exit(const Event& event)
 {
     m_isGivenUp = m_isStopPhase;
     m_exitCodes.push_back(std::stoi(event.text));
+    beginStopPhase();
+}
+
+/// Nothing runs any more that keeps the program alive.
+void Model::ending()
+{
+    if (m_isStopPhase) {
+        return;
+    }
+    require(m_hasEnded && m_stack.empty(), rules::everyRunEnds, "the program ends in the midst of its script");
+    for (auto& [name, timer] : m_timers) {
+        if (timer.keepsAlive()) {
+            timer.expectQuiet(rules::everyRunEnds);
+        }
+    }
     beginStopPhase();
 }
 
@@ -264,6 +364,7 @@ void Model::finish(int status)
 {
     require(!m_error, rules::errorIsReported, m_error ? "\"" + m_error->text + "\" is not" : "");
     require(m_stack.empty() && (m_hasEnded || m_isStopPhase), rules::wellFormed, "the program ends in its midst");
+    ending();
     for (auto& [name, timer] : m_timers) {
         if (!m_isGivenUp) {
             timer.expectQuiet(rules::everyRunEnds);

@@ -40,10 +40,14 @@ private:
     void answer(const Event& event);
     void answerOfTimer(const Event& event, const Frame& frame, TimerModel& timer);
     void answerToWait(const Event& event, const Frame& frame, TimerModel& timer);
+    void answerToWaitForSeveral(const Event& event, const Frame& frame);
+    void told(const Event& event);
+    void ending();
     void report(const Event& event);
     void exit(const Event& event);
     void beginStopPhase();
 
+    TimerModel& makeTimer(const Event& event);
     TimerModel& timer(const Event& event);
     void requirePumping(const Event& event) const;
     void requireNotNested(const Event& event) const;

@@ -10,7 +10,7 @@ Run::Run(const Settings& settings, double acceptedAt)
     , looksEarly(isFixedRate || settings.mode == "FixedDelay")
     , mayOverrun(settings.canOverrun())
     , mayQueue(settings.busyMode == "Queue")
-    , tasks { settings.most() }
+    , tasks(settings.most())
     , shortestPeriod(settings.period)
     , m_base(acceptedAt + settings.startDelay)
 {
@@ -40,8 +40,11 @@ double Run::due() const
     return m_base + std::max(0.0, std::floor(shortestPeriod * 1000.0 + 1e-6) - 1.0) / 1000.0;
 }
 
-void Run::stop(bool hasStopFcn)
+void Run::stop(bool hasStopFcn, const std::string& why)
 {
+    if (!hasAll() && !cause) {
+        cause = why;
+    }
     if (end == End::No && !mayOverrun) {
         stopFcn.decide(hasStopFcn);
     } else if (end != End::Yes) {
@@ -53,9 +56,11 @@ void Run::stop(bool hasStopFcn)
     mayComeLate = false;
 }
 
-void Run::fail(const Settings& settings)
+void Run::fail(const Settings& settings, const std::string& failedCallback)
 {
-    stop(settings.hasStopFcn);
+    stop(settings.hasStopFcn, "error");
+    cause = "error";
+    failure = failedCallback;
     failed = true;
     endsByCount = false;
     errorFcn.decide(settings.hasErrorFcn);
@@ -63,14 +68,16 @@ void Run::fail(const Settings& settings)
 
 void Run::allowEnd(bool hasStopFcn)
 {
-    if (timerFcns >= most()) {
-        end = End::Yes;
-        endsByCount = true;
-        stopFcn.decide(hasStopFcn);
-    } else if (end == End::No && tasks.contains(timerFcns)) {
-        end = End::Maybe;
-        stopFcn.decide(hasStopFcn);
+    if (!hasAll()) {
+        return;
     }
+    if (end == End::No && !mayOverrun) {
+        stopFcn.decide(hasStopFcn);
+    } else {
+        stopFcn.change(hasStopFcn);
+    }
+    end = End::Yes;
+    endsByCount = true;
 }
 
 void Run::change(const Settings& settings, const std::string& property)
@@ -80,11 +87,13 @@ void Run::change(const Settings& settings, const std::string& property)
     mayQueue = mayQueue || settings.busyMode == "Queue";
     if (property == "TasksToExecute" && settings.mode != "SingleShot"
         && (end != End::Yes || (endsByCount && isInTimerFcn && !isStoppedInLast))) {
-        tasks.insert(settings.tasks);
-        if (endsByCount && timerFcns < most()) {
-            // The engine may have decided already that this TimerFcn is the last, or not yet.
-            end = End::Maybe;
+        tasks = settings.tasks;
+        isTasksChanged = true;
+        if (endsByCount && !hasAll()) {
+            end = End::No;
             endsByCount = false;
+        } else if (!endsByCount) {
+            allowEnd(settings.hasStopFcn);
         }
     }
     if (property == "StartFcn") {
@@ -102,6 +111,11 @@ void Run::change(const Settings& settings, const std::string& property)
     }
 }
 
+bool Run::mayGoOn() const
+{
+    return isTasksChanged && mayOverrun && timerFcns + 1 >= tasks;
+}
+
 bool Run::mayHaveEnded() const
 {
     return end != End::No || mayOverrun || (looksEarly && isStopFcnChanged);
@@ -114,7 +128,7 @@ bool Run::canBeOver() const
 
 bool Run::isOver() const
 {
-    const bool mayReport = mayOverrun && !isReported && timerFcns < most();
+    const bool mayReport = mayOverrun && !isReported && !hasAll();
     // At a fixed rate the last is said on another thread, after the last TimerFcn perhaps.
     const bool maySayMore = isFixedRate && endsByCount && !stopFcn.begun;
     return end == End::Yes && canBeOver() && !stopFcn.canBegin()
@@ -132,7 +146,8 @@ std::string Run::refuses(const std::string& callback) const
         return "its StartFcn has not run";
     }
     if (callback == "TimerFcn") {
-        return failed ? "the run has failed"
+        return hasAll() ? "the run has had all its TimerFcns"
+            : failed    ? "the run has failed"
             : end == End::Yes && !mayComeLate
             ? endsByCount ? "the run has had all its TimerFcns" : "the run has been ended"
             : "";
@@ -159,8 +174,8 @@ bool Run::expects(const std::string& callback) const
 
 void Run::noteEnd()
 {
-    const bool maySeeTheLast = looksEarly && isStopFcnChanged && tasks.contains(timerFcns + 1);
-    hasOverrun = hasOverrun || !(tasks.contains(timerFcns) || maySeeTheLast);
+    const bool maySeeTheLast = looksEarly && isStopFcnChanged && timerFcns + 1 >= tasks;
+    hasOverrun = hasOverrun || !(hasAll() || maySeeTheLast || mayGoOn());
     mayComeLate = looksEarly && (mayQueue || !isInTimerFcn);
     end = End::Yes;
 }

@@ -2,7 +2,7 @@
 
 #include "tests/random_programs/model/Settings.hpp"
 
-#include <set>
+#include <optional>
 #include <string>
 
 namespace random_programs {
@@ -59,8 +59,12 @@ struct Run {
     bool isStoppedInLast = false; ///< while its last TimerFcn runs
     bool isStopFcnChanged = false;
 
-    std::set<double> tasks; ///< each number of tasks that it has been told
+    double tasks; ///< that it is to have
+    bool isTasksChanged = false;
     double shortestPeriod;
+
+    std::optional<std::string> cause; ///< by which it has ended, if not by its last TimerFcn
+    std::string failure; ///< what its ErrorFcn is called for
 
     /// A TimerFcn begins, or one of a fixed spacing ends.
     void count();
@@ -69,15 +73,27 @@ struct Run {
     /// No TimerFcn begins earlier.
     double due() const;
 
-    /// It is stopped, or fails.
-    void stop(bool hasStopFcn);
-    void fail(const Settings& settings);
+    /// It is stopped. \param why as its StopFcn is told, unless nothing is prevented
+    void stop(bool hasStopFcn, const std::string& why);
+
+    /// \param failedCallback as its ErrorFcn is told
+    void fail(const Settings& settings, const std::string& failedCallback);
+
+    /// Whether all its TimerFcns have begun.
+    bool hasAll() const { return timerFcns >= tasks; }
+
+    /// As its StopFcn and `wait` are told.
+    std::string reason() const { return cause.value_or("tasks done"); }
 
     /// It may have come to its end of itself, and in the fixed-rate case without anybody seeing it.
     void allowEnd(bool hasStopFcn);
 
     /// The settings have been changed while it runs.
     void change(const Settings& settings, const std::string& property);
+
+    /// Whether the engine, which goes on beyond a number that was lowered to the next, may find itself overtaken
+    /// there.
+    bool mayGoOn() const;
 
     /// Whether it may have come to its end, for all that has been seen.
     bool mayHaveEnded() const;
@@ -99,8 +115,6 @@ struct Run {
 
     /// It has been seen to have come to its end of itself.
     void noteEnd();
-
-    double most() const { return *tasks.rbegin(); }
 
 private:
     double m_base; // of what is due next: no later than the engine's own

@@ -36,7 +36,9 @@ bool Settings::assign(const std::string& property, const std::string& value)
     if (property == "TasksToExecute") {
         return assignNumber(tasks, 1.0);
     }
-    if (property == "BusyMode") {
+    if (property == "KeepsAlive") {
+        keepsAlive = value == "true";
+    } else if (property == "BusyMode") {
         busyMode = value;
     } else if (property == "StartFcn") {
         hasStartFcn = value == "function";

@@ -15,6 +15,7 @@ struct Settings {
     bool hasStartFcn = false;
     bool hasStopFcn = false;
     bool hasErrorFcn = false;
+    bool keepsAlive = true; ///< the program, while it runs
 
     /// \param fields mode, busy mode, period, delay, tasks, callbacks
     static Settings of(const std::vector<std::string>& fields);

@@ -51,7 +51,7 @@ void TimerModel::end(Run& run, const Event& event)
     leaveCallback(run);
     const bool hasFailed = !event.text.empty();
     if (hasFailed && (event.what == "StartFcn" || event.what == "TimerFcn") && !m_isDeleted) {
-        run.fail(m_settings);
+        run.fail(m_settings, event.what + ": " + event.text);
     } else if (event.what == "TimerFcn" && m_settings.mode == "FixedSpacing") {
         run.space(event.time);
     }
@@ -100,6 +100,7 @@ void TimerModel::popRun()
     const Run& run = *m_runs.front();
     if (run.hasBegun || !run.isTakenBack) {
         m_latestCount = run.timerFcns;
+        m_latestReason = run.reason();
     }
     m_runs.pop_front();
 }
@@ -154,11 +155,51 @@ void TimerModel::accept(double called)
     m_runs.back()->hasBegun = beginsAtOnce;
 }
 
-void TimerModel::stop()
+void TimerModel::made(const Event& event)
 {
-    if (!m_runs.empty()) {
-        m_runs.back()->stop(m_settings.hasStopFcn);
+    if (m_isStopPhase) {
+        require(event.reading.running == "false", rules::running, label() + " is started as the program ends");
+        return;
     }
+    accept(std::stod(event.settings.back()));
+    read(event);
+}
+
+void TimerModel::stop(const std::string& result)
+{
+    const bool prevents = !m_runs.empty() && !m_runs.back()->cause && !m_runs.back()->hasAll();
+    require(isBeingDeleted() || result == (prevents ? "true" : "false"), rules::stopAlwaysSucceeds,
+        label() + ": stop says " + result);
+    if (!m_runs.empty()) {
+        m_runs.back()->stop(m_settings.hasStopFcn, "stopped");
+    }
+}
+
+void TimerModel::told(const Run& run, const Event& event) const
+{
+    const std::string expected = event.what == "StopFcn" ? run.reason() : run.failure;
+    require(event.text == expected, rules::reasons,
+        "the " + event.what + " of " + label() + " is told \"" + event.text + "\", which has to be \"" + expected
+            + '"');
+}
+
+TimerModel::Answer TimerModel::answerToTasks(double tasks, const Reading& before, const Reading& after) const
+{
+    if (m_settings.mode == "SingleShot" || before.running != "true" || m_runs.empty() || m_isStopPhase) {
+        return Answer::Accept;
+    }
+    const Run& run = *m_runs.back();
+    if (tasks <= run.tasks || run.cause) {
+        return Answer::Accept;
+    }
+    const bool isLast = run.endsByCount && run.isInTimerFcn;
+    if (m_settings.mode != "FixedRate" && (!run.endsByCount || (m_settings.mode == "FixedSpacing" && isLast))) {
+        return Answer::Accept;
+    }
+    // Whether the engine has counted the last one already is seen only where nothing was changed before.
+    const bool isCounted
+        = m_settings.mode == "FixedDelay" && isLast && !run.isTasksChanged && !run.isStoppedInLast;
+    return isCounted && after.running == "true" ? Answer::Refuse : Answer::Either;
 }
 
 void TimerModel::assign(const Event& answer, const std::string& assignment, const Reading& before)
@@ -171,7 +212,13 @@ void TimerModel::assign(const Event& answer, const std::string& assignment, cons
     // It may come to its end between the two looks.
     const bool isUnknown = property == "StartDelay" && before.running != answer.reading.running;
     const bool isDone = answer.kind == Event::Kind::Done;
-    require(isUnknown || isBeingDeleted() || isDone == (isValid && !isFixed), rules::assignments,
+    Answer expected = isValid && !isFixed ? Answer::Accept : Answer::Refuse;
+    if (isUnknown || isBeingDeleted()) {
+        expected = Answer::Either;
+    } else if (isValid && property == "TasksToExecute") {
+        expected = answerToTasks(settings.tasks, before, answer.reading);
+    }
+    require(expected == Answer::Either || isDone == (expected == Answer::Accept), rules::assignments,
         label() + ": " + assignment + (isDone ? " is done" : " is refused: " + answer.text));
     if (isDone) {
         m_settings = settings;
@@ -185,7 +232,7 @@ void TimerModel::deleteBegins()
 {
     ++m_deleting;
     for (const auto& run : m_runs) {
-        run->stop(m_settings.hasStopFcn);
+        run->stop(m_settings.hasStopFcn, "deleted");
         run->isTakenBack = run->isTakenBack || !run->hasBegun;
     }
 }
@@ -200,7 +247,9 @@ void TimerModel::deleteEnds()
         require(run->owes().empty(), rules::deleteRunsWhatWaits, label() + " is deleted, and " + run->owes());
     }
     m_isDeleted = true;
-    m_runs.clear();
+    while (!m_runs.empty()) {
+        popRun();
+    }
 }
 
 bool TimerModel::isQuiet() const
@@ -244,6 +293,8 @@ void TimerModel::reportOfOverrun(const Event& report)
         (*run)->isReported = true;
         (*run)->hasOverrun = true;
         (*run)->end = Run::End::Yes;
+        (*run)->cause = "overrun";
+        (*run)->failure = "overrun: " + report.text;
         reportOfCallback(report.text);
     }
 }
@@ -252,7 +303,7 @@ void TimerModel::stopPhaseBegins()
 {
     m_isStopPhase = true;
     for (const auto& run : m_runs) {
-        run->stop(m_settings.hasStopFcn);
+        run->stop(m_settings.hasStopFcn, "interrupted");
         run->isTakenBack = run->isTakenBack || !run->hasBegun || isBeingDeleted();
     }
 }

@@ -28,8 +28,14 @@ public:
 
     /// \param called when the script asked for it
     void start(const Event& answer, double called);
-    void stop();
+
+    /// A short form has made it, and started it.
+    void made(const Event& event);
+    void stop(const std::string& result);
     void assign(const Event& answer, const std::string& assignment, const Reading& before);
+
+    /// A callback of this run is told of the run's end.
+    void told(const Run& run, const Event& event) const;
 
     void deleteBegins();
     void deleteEnds();
@@ -39,6 +45,11 @@ public:
 
     /// A wait has returned true, or the program has ended.
     void expectQuiet(const char* rule);
+
+    /// How a wait that has returned true says that it has ended.
+    std::string reason() const { return m_latestReason; }
+
+    bool keepsAlive() const { return m_settings.keepsAlive; }
 
     /// An error has been reported, by one of its callbacks or where it was overtaken.
     void reportOfCallback(const std::string& text);
@@ -62,6 +73,7 @@ private:
     enum class Answer { Accept, Refuse, Either };
 
     Answer answerToStart() const;
+    Answer answerToTasks(double tasks, const Reading& before, const Reading& after) const;
     void accept(double called);
     std::shared_ptr<Run> runOf(const Event& event);
     void popRun();
@@ -72,7 +84,8 @@ private:
     const std::string m_name;
     Settings m_settings;
     std::deque<std::shared_ptr<Run>> m_runs;
-    int m_latestCount = 0; // of a run that is over
+    int m_latestCount = 0; // of a run that is over, like the next
+    std::string m_latestReason = "nil";
     std::set<std::string> m_lastErrors { "nil" }; // what LastError may be
     int m_active = 0; // of its callbacks, on the stack
     int m_deleting = 0;

@@ -35,7 +35,8 @@ void TimerModel::readRunning(const std::string& running)
         if (run.end == Run::End::Yes) {
             const bool hasLastTask = run.endsByCount && run.active > 0;
             mayBeTrue = !run.stopFcn.begun && (run.stopFcn.may || hasLastTask);
-            const bool mayBeEarly = run.isStoppedInLast || (run.looksEarly && run.isStopFcnChanged);
+            const bool mayBeEarly
+                = run.isStoppedInLast || (run.looksEarly && run.isStopFcnChanged) || run.mayGoOn();
             mayBeFalse = run.stopFcn.begun || !(run.stopFcn.must || (hasLastTask && !mayBeEarly));
         } else {
             mayBeFalse = run.mayHaveEnded() && !run.stopFcn.must;

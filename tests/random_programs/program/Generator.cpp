@@ -39,8 +39,16 @@ double randomValue(Choices& choices, Verb verb)
 {
     switch (verb) {
     case Verb::Wait:
+    case Verb::WaitBoth:
+    case Verb::WaitEither:
     case Verb::Pause:
         return choices.oneOf({ 0.0, 0.0, 0.5, 1.0, 2.0, 4.0, 6.0 });
+    case Verb::Once:
+        return randomDelay(choices);
+    case Verb::Often:
+        return randomPeriod(choices);
+    case Verb::SetKeepsAlive:
+        return choices.oneIn(3) ? 1.0 : 0.0;
     case Verb::Busy:
         return choices.oneOf({ 0.0, 0.5, 1.0, 2.0, 4.0, 8.0 });
     case Verb::SetPeriod:
@@ -72,12 +80,12 @@ double randomValue(Choices& choices, Verb verb)
 Verb randomChange(Choices& choices)
 {
     return choices.oneOf({ Verb::SetPeriod, Verb::SetTasks, Verb::SetTasks, Verb::SetBusyMode, Verb::SetStartDelay,
-        Verb::Assign, Verb::Assign, Verb::Remove });
+        Verb::Assign, Verb::Assign, Verb::Remove, Verb::SetKeepsAlive });
 }
 
 Verb randomRarity(Choices& choices)
 {
-    return choices.oneOf({ Verb::Caught, Verb::Collect, Verb::Haunt, Verb::Delete });
+    return choices.oneOf({ Verb::Caught, Verb::Collect, Verb::Haunt, Verb::Delete, Verb::Once, Verb::Often });
 }
 
 Verb randomVerbOfScript(Choices& choices)
@@ -89,7 +97,7 @@ Verb randomVerbOfScript(Choices& choices)
         : choices.oneIn(8)
         ? randomRarity(choices)
         : choices.oneOf({ Verb::Start, Verb::Start, Verb::Start, Verb::Start, Verb::Stop, Verb::Stop, Verb::Wait,
-            Verb::Wait, Verb::Pause, Verb::Pause, Verb::Pause, Verb::Busy });
+            Verb::Wait, Verb::WaitBoth, Verb::WaitEither, Verb::Pause, Verb::Pause, Verb::Pause, Verb::Busy });
 }
 
 Verb randomVerbOfCallback(Choices& choices)
@@ -101,7 +109,7 @@ Verb randomVerbOfCallback(Choices& choices)
         : choices.oneIn(8)
         ? randomRarity(choices)
         : choices.oneOf({ Verb::Start, Verb::Start, Verb::Start, Verb::Stop, Verb::Stop, Verb::Busy, Verb::Busy,
-            Verb::Busy, Verb::Raise, Verb::Raise, Verb::Pause, Verb::Wait });
+            Verb::Busy, Verb::Raise, Verb::Raise, Verb::Pause, Verb::Wait, Verb::WaitBoth, Verb::WaitEither });
 }
 
 int randomTimerOf(Choices& choices, const Program& program)
@@ -116,7 +124,9 @@ Step stepOfScript(Choices& choices, const Program& program)
     step.timer = randomTimerOf(choices, program);
     step.value = randomValue(choices, step.verb);
     // Callbacks that wait for each other without a limit would wait for ever: only the script may.
-    if (step.verb == Verb::Wait && choices.oneIn(3)) {
+    step.second = randomTimerOf(choices, program);
+    const bool isWait = step.verb == Verb::Wait || step.verb == Verb::WaitBoth || step.verb == Verb::WaitEither;
+    if (isWait && choices.oneIn(3)) {
         step.value = -1.0;
     }
     step.inCoroutine = choices.oneIn(8);
@@ -131,6 +141,7 @@ Step stepOfCallback(Choices& choices, const Program& program)
     step.call = choices.oneOf({ 0, 1, 1, 1, 2, 3 });
     step.verb = randomVerbOfCallback(choices);
     step.timer = choices.oneIn(2) ? step.actor : randomTimerOf(choices, program);
+    step.second = randomTimerOf(choices, program);
     step.value = randomValue(choices, step.verb);
     step.inCoroutine = choices.oneIn(8);
     return step;

@@ -81,6 +81,16 @@ std::string toLua(const Step& step)
         return "assign(" + timer + ", " + callbackName(step.value) + ")";
     case Verb::Remove:
         return "set(" + timer + ", " + callbackName(step.value) + ", nil)";
+    case Verb::Once:
+        return "once(" + text(step.value) + ")";
+    case Verb::Often:
+        return "often(" + text(step.value) + ", 3)";
+    case Verb::WaitBoth:
+    case Verb::WaitEither:
+        return (step.verb == Verb::WaitBoth ? "waitBoth(" : "waitEither(") + timer + ", " + timerName(step.second)
+            + (step.value < 0 ? "" : ", " + text(step.value)) + ")";
+    case Verb::SetKeepsAlive:
+        return setting(step.timer, "KeepsAlive", step.value > 0 ? "true" : "false");
     case Verb::Raise:
         return "raise()";
     case Verb::Caught:

@@ -24,6 +24,11 @@ enum class Verb {
     Caught, ///< an error that goes no further
     Exit, ///< os.exit with this code
     Collect, ///< the garbage
+    Once, ///< a timer that nobody holds, after so many milliseconds
+    Often, ///< the same, three times
+    WaitBoth, ///< for two timers, as Wait
+    WaitEither,
+    SetKeepsAlive, ///< 0: to false
     Haunt, ///< a finalizer that looks at the timer
 };
 
@@ -44,6 +49,7 @@ struct Step {
     int call = 0; ///< at which of its calls; 0: at each
     Verb verb = Verb::Start;
     int timer = 0;
+    int second = 0; ///< timer, of a wait for two
     double value = 0.0;
     bool inCoroutine = false;
 

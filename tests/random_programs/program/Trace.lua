@@ -2,7 +2,9 @@
 -- what the timer tells of itself at that moment; the model reads these lines and the program's reports.
 --
 --   @seconds|new|timer|mode|busy mode|period|start delay|tasks|callbacks
+--   @seconds|made|timer|mode|busy mode|period|start delay|tasks|callbacks|when it was called|Running|TasksExecuted|LastError
 --   @seconds|begin|timer|callback|Running|TasksExecuted|LastError
+--   @seconds|told|timer|callback|the reason of a StopFcn, or what an ErrorFcn is called for
 --   @seconds|end|timer|callback|error|Running|TasksExecuted|LastError
 --   @seconds|call|verb|timer|argument|Running|TasksExecuted|LastError
 --   @seconds|done|verb|timer|result|Running|TasksExecuted|LastError
@@ -10,13 +12,19 @@
 --   @seconds|raise|error
 --   @seconds|exit|code
 --   @seconds|over
+--   @seconds|ending
 io.stdout:setvbuf("line")
 
 local mostStarts = 12 -- of all timers together
 local mostTimerFcns = 10 -- of one timer, before it stops itself
 
-local timers, settings, bodies, counts = {}, {}, {}, {}
-local starts, errors = 0, 0
+local mostShortForms = 6
+
+-- The timers that short forms have made are held by nobody.
+local timers, held, settings, bodies, counts = setmetatable({}, { __mode = "v" }), {}, {}, {}, {}
+local starts, errors, shortForms = 0, 0, 0
+local isOver, isEnding = false, false
+local waitForAll, waitForAny = wait, waitAny
 
 local function line(...)
   local fields = table.pack(...)
@@ -32,7 +40,20 @@ local function state(name)
     running = running:find("has been deleted", 1, true) and "deleted" or running
     return running, "-", "-"
   end
+  local remaining = t.Remaining
+  if remaining and (remaining < 0 or not running) then return "wrong Remaining", t.TasksExecuted, t.LastError end
+  if find(name) ~= t then return "not found", t.TasksExecuted, t.LastError end
   return running, t.TasksExecuted, t.LastError
+end
+
+-- Once the script is over, it shows in no other way that no run begins any more.
+local probe = timer { KeepsAlive = false, StartDelay = 3600, TimerFcn = print }
+local function noteEnding()
+  if isOver and not isEnding then
+    isEnding = not probe:start().Running
+    probe:stop()
+    if isEnding then line("ending") end
+  end
 end
 
 local function act(verb, name, argument, action)
@@ -46,7 +67,10 @@ local function callback(name, kind)
   return function(t, event)
     counts[key] = (counts[key] or 0) + 1
     local count = counts[key]
+    noteEnding()
     line("begin", name, kind, state(name))
+    if kind == "StopFcn" then line("told", name, kind, event.Reason) end
+    if kind == "ErrorFcn" then line("told", name, kind, event.Callback .. ": " .. event.Error) end
     local isDone, text = pcall(function()
       assert(t == timers[name] and event.Type == kind)
       if kind == "TimerFcn" and count >= mostTimerFcns then stop(name) end
@@ -67,6 +91,7 @@ function new(name, callbacks, properties)
   settings[name] = { callbacks, properties }
   timers[name] = timer(all)
   local t = timers[name]
+  held[name] = t
   line("new", name, t.ExecutionMode, t.BusyMode, t.Period, t.StartDelay, t.TasksToExecute, callbacks)
 end
 
@@ -80,16 +105,50 @@ end
 function start(name)
   if starts < mostStarts then
     starts = starts + 1
-    act("start", name, "", function(t) t:start() end)
+    act("start", name, "", function(t) assert(t:start() == t) end)
   end
 end
 
-function stop(name) act("stop", name, "", function(t) t:stop() end) end
+-- A timer that `make(f)` makes and starts.
+local function short(make)
+  if shortForms == mostShortForms then return end
+  shortForms = shortForms + 1
+  local called = now()
+  local t = make(function(t, event) callback(t.Name, "TimerFcn")(t, event) end)
+  timers[t.Name] = t
+  line("made", t.Name, t.ExecutionMode, t.BusyMode, t.Period, t.StartDelay, t.TasksToExecute, "",
+    string.format("%.6f", called), state(t.Name))
+end
+
+function once(milliseconds) short(function(f) return after(milliseconds / 1000, f) end) end
+function often(milliseconds, number) short(function(f) return every(milliseconds / 1000, f, number) end) end
+
+function stop(name) act("stop", name, "", function(t) return t:stop() end) end
 function delete(name) act("delete", name, "", function(t) t:delete() end) end
 
 function wait(name, milliseconds)
   local seconds = milliseconds and milliseconds / 1000
-  act("wait", name, seconds or "", function(t) return t:wait(seconds) end)
+  act("wait", name, seconds or "", function(t)
+    local isQuiet, reason = t:wait(seconds)
+    return isQuiet and "true " .. tostring(reason) or isQuiet
+  end)
+end
+
+-- For two timers, until both are quiet, or one.
+local function several(verb, first, second, milliseconds, action)
+  local seconds = milliseconds and milliseconds / 1000
+  act(verb, "-", first .. " " .. second .. " " .. (seconds or ""), function()
+    return action(held[first], held[second], seconds)
+  end)
+end
+
+function waitBoth(first, second, milliseconds) several("waitAll", first, second, milliseconds, waitForAll) end
+
+function waitEither(first, second, milliseconds)
+  several("waitAny", first, second, milliseconds, function(...)
+    local t = waitForAny(...)
+    return t == held[first] and first or t == held[second] and second or t
+  end)
 end
 
 function sleep(milliseconds)
@@ -131,4 +190,7 @@ end
 
 function inCoroutine(action) coroutine.wrap(action)() end
 
-function over() line("over") end
+function over()
+  line("over")
+  isOver = true
+end

@@ -25,7 +25,7 @@ TEST(TraceOfActionsTest, RunningIsTrueFromTheStart)
 TEST(TraceOfActionsTest, RunningIsTrueUntilTheStopFcn)
 {
     expectBroken(rules::running,
-        singleShot + started + Lines { "|call|stop|a||true|0|nil", "|done|stop|a|nil|false|0|nil" });
+        singleShot + started + Lines { "|call|stop|a||true|0|nil", "|done|stop|a|true|false|0|nil" });
     expectBroken(rules::running,
         singleShot + started + over + startFcnRun + timerFcnRun + Lines { "|begin|a|StopFcn|true|1|nil" });
 }
@@ -62,6 +62,115 @@ TEST(TraceOfActionsTest, AStopSucceeds)
         singleShot + Lines { "|call|stop|a||false|0|nil", "|failed|stop|a|no|false|0|nil" });
 }
 
+TEST(TraceOfActionsTest, AStopTellsWhetherItHasPreventedATimerFcn)
+{
+    expectBroken(rules::stopAlwaysSucceeds,
+        singleShot + started + Lines { "|call|stop|a||true|0|nil", "|done|stop|a|false|true|0|nil" });
+    expectBroken(rules::stopAlwaysSucceeds,
+        singleShot + Lines { "|call|stop|a||false|0|nil", "|done|stop|a|true|false|0|nil" });
+    expectBroken(rules::stopAlwaysSucceeds,
+        plainSingleShot + started + over
+            + Lines {
+                "|begin|a|TimerFcn|true|1|nil", "|call|stop|a||true|1|nil", "|done|stop|a|true|false|1|nil" });
+}
+
+TEST(TraceOfActionsTest, AStopFcnAndAWaitAreToldTheReason)
+{
+    const Lines beforeStop
+        = singleShot + started + over + startFcnRun + timerFcnRun + Lines { "|begin|a|StopFcn|false|1|nil" };
+    expectKept(beforeStop + Lines { "|told|a|StopFcn|tasks done", "|end|a|StopFcn||false|1|nil" });
+    expectBroken(rules::reasons, beforeStop + Lines { "|told|a|StopFcn|stopped" });
+    expectBroken(rules::reasons,
+        singleShot + started + Lines { "|exit|3" } + startFcnRun
+            + Lines { "|begin|a|StopFcn|false|0|nil", "|told|a|StopFcn|stopped" },
+        3);
+    const Lines waiting = plainSingleShot + started + Lines { "|call|wait|a||true|0|nil" } + timerFcnRun;
+    expectKept(waiting + Lines { "|done|wait|a|true tasks done|false|1|nil" } + over);
+    expectBroken(rules::reasons, waiting + Lines { "|done|wait|a|true stopped|false|1|nil" });
+    expectBroken(rules::waitTrue, waiting + Lines { "|done|wait|a|true|false|1|nil" });
+}
+
+TEST(TraceOfActionsTest, AnErrorFcnIsToldWhatItIsCalledFor)
+{
+    const Lines beforeError = Lines { "|new|a|SingleShot|Drop|0.001|0.0|1|ErrorFcn StopFcn" } + started + over
+        + failed + reported + Lines { "|begin|a|ErrorFcn|true|1|boom" };
+    const Lines after = Lines { "|end|a|ErrorFcn||true|1|boom" } + stopFcnAfterError;
+    expectKept(beforeError + Lines { "|told|a|ErrorFcn|TimerFcn: boom" } + after, 1);
+    expectBroken(rules::reasons, beforeError + Lines { "|told|a|ErrorFcn|TimerFcn: other" } + after, 1);
+    expectBroken(rules::reasons, beforeError + Lines { "|told|a|ErrorFcn|StartFcn: boom" } + after, 1);
+}
+
+TEST(TraceOfActionsTest, AWaitForSeveralEndsWithAllOrTheFirst)
+{
+    const Lines two = plainSingleShot + Lines { "|new|b|SingleShot|Drop|0.001|0.1|1|" } + started
+        + Lines { "|call|start|b||false|0|nil", "|done|start|b|nil|true|0|nil" };
+    const auto asked = [&two](const std::string& verb, const std::string& limit) {
+        return two + Lines { "|call|" + verb + "|-|b a " + limit + "|-|-|-" } + timerFcnRun;
+    };
+    expectBroken(rules::waitForSeveral, asked("waitAll", "") + Lines { "|done|waitAll|-|true|-|-|-" });
+    expectBroken(rules::neverEarly, asked("waitAll", "5.0") + Lines { "|done|waitAll|-|false|-|-|-" });
+    expectBroken(rules::neverEarly, asked("waitAll", "") + Lines { "|done|waitAll|-|false|-|-|-" });
+    expectBroken(rules::waitForSeveral, asked("waitAll", "") + Lines { "|failed|waitAll|-|no|-|-|-" });
+    expectBroken(rules::waitForSeveral, asked("waitAny", "0.0") + Lines { "|done|waitAny|-|nil|-|-|-" });
+    expectBroken(rules::waitForSeveral, asked("waitAny", "") + Lines { "|done|waitAny|-|b|-|-|-" });
+    expectBroken(rules::waitForSeveral, asked("waitAny", "") + Lines { "|done|waitAny|-|c|-|-|-" });
+    expectBroken(rules::waitForSeveral,
+        plainSingleShot
+            + Lines {
+                "|new|b|SingleShot|Drop|0.001|0.1|1|", "|call|waitAny|-|b a |-|-|-", "|done|waitAny|-|a|-|-|-" });
+}
+
+TEST(TraceOfActionsTest, AProgramEndsWhenOnlyTimersAreLeftThatDoNotKeepItAlive)
+{
+    const Lines background = delayedSingleShot + started
+        + Lines { "|call|set|a|KeepsAlive=false|true|0|nil", "|done|set|a|nil|true|0|nil" };
+    expectKept(background + over);
+    expectKept(background + over + Lines { "|ending" });
+    expectBroken(rules::everyRunEnds, background + Lines { "|ending" });
+    expectBroken(rules::everyRunEnds, delayedSingleShot + started + over + Lines { "|ending" });
+    expectBroken(rules::everyRunEnds,
+        Lines { "|new|a|SingleShot|Drop|0.001|0.1|1|StopFcn" } + started
+            + Lines { "|call|set|a|KeepsAlive=false|true|0|nil", "|done|set|a|nil|true|0|nil" } + over);
+}
+
+TEST(TraceOfActionsTest, ATimerOfAShortFormRunsFromTheCallOn)
+{
+    const std::string made = "|made|timer-1|SingleShot|Drop|1.0|0.002|inf||";
+    expectKept(Lines { made + "0.000|true|0|nil", "|over", "|begin|timer-1|TimerFcn|true|1|nil",
+                   "|end|timer-1|TimerFcn||true|1|nil" }
+        + Lines {});
+    expectBroken(
+        rules::neverEarly, Lines { made + "0.002|true|0|nil", "|over", "|begin|timer-1|TimerFcn|true|1|nil" });
+    expectBroken(rules::running, { made + "0.001|false|0|nil" });
+    expectBroken(rules::everyRunEnds, { made + "0.001|true|0|nil", "|over" });
+}
+
+TEST(TraceOfActionsTest, ANumberOfTasksEndsTheRunOrIsRefused)
+{
+    const Lines five { "|new|a|FixedDelay|Drop|0.001|0.0|2|" };
+    const Lines lowered { "|call|set|a|TasksToExecute=1.0|true|1|nil", "|done|set|a|nil|true|1|nil" };
+    const Lines inFirst = five + started + over + Lines { "|begin|a|TimerFcn|true|1|nil" };
+    const Lines end { "|end|a|TimerFcn||true|1|nil" };
+    expectKept(inFirst + lowered + end);
+    expectBroken(rules::orderInARun, inFirst + lowered + end + Lines { "|begin|a|TimerFcn|true|2|nil" });
+    expectBroken(rules::everyRunEnds, inFirst + end);
+    const Lines inLast
+        = inFirst + end + Lines { "|begin|a|TimerFcn|true|2|nil", "|call|set|a|TasksToExecute=3.0|true|2|nil" };
+    expectBroken(rules::assignments, inLast + Lines { "|done|set|a|nil|true|2|nil" });
+    expectBroken(rules::assignments,
+        inFirst + Lines { "|call|set|a|TasksToExecute=3.0|true|1|nil", "|failed|set|a|no|true|1|nil" });
+}
+
+TEST(TraceOfActionsTest, AnErrorFcnsErrorIsNotLastError)
+{
+    const Lines firstError = Lines { "|new|a|SingleShot|Drop|0.001|0.0|1|ErrorFcn StopFcn" } + started + over
+        + failed + reported
+        + Lines { "|begin|a|ErrorFcn|true|1|boom", "|raise|bang", "|end|a|ErrorFcn|bang|true|1|boom",
+              R"(tovrin: error in ErrorFcn of timer "a": bang)" };
+    expectKept(firstError + stopFcnAfterError, 1);
+    expectBroken(rules::lastError, firstError + Lines { "|begin|a|StopFcn|false|1|bang" }, 1);
+}
+
 TEST(TraceOfActionsTest, AssignmentsFailWhereTheyHaveTo)
 {
     expectBroken(rules::assignments,
@@ -76,11 +185,11 @@ TEST(TraceOfActionsTest, AWaitIsTrueAtTheEndOfTheRun)
 {
     expectBroken(rules::waitTrue,
         singleShot + started + Lines { "|call|wait|a||true|0|nil" } + startFcnRun + timerFcnRun
-            + Lines { "|done|wait|a|true|true|1|nil" });
+            + Lines { "|done|wait|a|true tasks done|true|1|nil" });
     expectBroken(rules::waitTrue,
         singleShot + started + Lines { "|call|wait|a||true|0|nil" } + startFcnRun + timerFcnRun
             + Lines { "|begin|a|StopFcn|false|1|nil", "|call|start|a||false|1|nil", "|done|start|a|nil|true|1|nil",
-                "|end|a|StopFcn||true|1|nil", "|done|wait|a|true|true|1|nil" });
+                "|end|a|StopFcn||true|1|nil", "|done|wait|a|true tasks done|true|1|nil" });
 }
 
 TEST(TraceOfActionsTest, AWaitWithoutLimitIsNotFalse)

@@ -54,7 +54,7 @@ inline const Lines plainSingleShot { "|new|a|SingleShot|Drop|0.001|0.0|1|" };
 inline const Lines delayedSingleShot { "|new|a|SingleShot|Drop|0.001|0.1|1|" };
 inline const Lines strictFixedRate { "|new|a|FixedRate|Error|0.001|0.0|5|StopFcn ErrorFcn" };
 inline const Lines started { "|call|start|a||false|0|nil", "|done|start|a|nil|true|0|nil" };
-inline const Lines stopped { "|call|stop|a||true|0|nil", "|done|stop|a|nil|true|0|nil" };
+inline const Lines stopped { "|call|stop|a||true|0|nil", "|done|stop|a|true|true|0|nil" };
 inline const Lines startFcnRun { "|begin|a|StartFcn|true|0|nil", "|end|a|StartFcn||true|0|nil" };
 inline const Lines timerFcnRun { "|begin|a|TimerFcn|true|1|nil", "|end|a|TimerFcn||true|1|nil" };
 inline const Lines stopFcnRun { "|begin|a|StopFcn|false|1|nil", "|end|a|StopFcn||false|1|nil" };

@@ -78,6 +78,36 @@ TEST_F(MemoryTest, ACallbackThatTakesAllMemoryAndKeepsItEndsTheProgramToo)
     }
 }
 
+TEST_F(MemoryTest, AHundredThousandTimersThatNobodyHoldsNeedTheMemoryOfAFew)
+{
+    // What is measured begins once the tables of the latest timers are full, which hold 32,768 of them.
+    const Outcome outcome = run(R"(
+local function kilobytes()
+  for line in io.lines("/proc/self/status") do
+    local found = line:match("^VmRSS:%s*(%d+) kB")
+    if found then return tonumber(found) end
+  end
+end
+local ran = 0
+local function f() ran = ran + 1 end
+local before
+for i = 1, 100000 do
+  after(0.001, f)
+  if i % 200 == 0 then pause(0.002) end
+  if i == 40000 then collectgarbage() before = kilobytes() end
+end
+while #timers { Running = true } > 0 do pause(0.001) end
+collectgarbage()
+print(ran, #timers())
+print("grown " .. kilobytes() - before)
+print("lua " .. collectgarbage("count"))
+)");
+
+    EXPECT_THAT(lines(outcome.out), ElementsAre("100000\t0", testing::_, testing::_)) << outcome.err;
+    EXPECT_THAT(numbersAfter(outcome.out, "grown"), ElementsAre(testing::Lt(3000.0))); // it was 140,000
+    EXPECT_THAT(numbersAfter(outcome.out, "lua"), ElementsAre(testing::Lt(500.0)));
+}
+
 } // namespace
 
 } // namespace scripts
