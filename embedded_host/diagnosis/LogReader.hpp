@@ -15,7 +15,8 @@ struct News {
     std::vector<Firing> handedOver; ///< that the scheduler is done with; they may be over as well
     std::vector<Firing> over;
     std::size_t waiting = 0; ///< callbacks that wait in the host's queue now
-    std::uint64_t lost = 0; ///< firings so far that fell out of the log before they were read, or could not be told
+    std::uint64_t lost
+        = 0; ///< firings so far that fell out of the log before they were read, or could not be told
 };
 
 /// Reads the log again and again, and each thing once.

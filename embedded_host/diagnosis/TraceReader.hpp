@@ -16,7 +16,8 @@ struct TraceQuestion {
     std::string file;
     std::optional<std::string> timer; ///< by name
     std::optional<std::uint64_t> run;
-    std::size_t worst = 10; ///< at most so many: those that were the latest; and of those that never ran, the first
+    std::size_t worst
+        = 10; ///< at most so many: those that were the latest; and of those that never ran, the first
 };
 
 /// Reads explanations out of a trace, the latest firing first.

@@ -110,7 +110,7 @@ std::variant<Action, Leave> readCommandLine(int argc, const char* const* argv)
     Words arguments;
     CLI::App program("Runs scripts whose timers are driven by the timer engine.", "tovrin");
     program.require_subcommand(1);
-    program.set_version_flag("--version", std::string("tovrin ") + TOVRIN_VERSION, "Print the version and exit");
+    program.set_version_flag("--version", std::string("tovrin ") + programVersion(), "Print the version and exit");
     CLI::App* const run = addRunCommand(program, arguments, action);
     addExplainCommand(program, action);
     addReportCommand(program, action);

@@ -23,6 +23,9 @@ void addShellCommand(CLI::App& program, Action& action);
 void addTimersCommand(CLI::App& program, Action& action);
 void addTopCommand(CLI::App& program, Action& action);
 
+/// As CMake has it: "0.1.0".
+const char* programVersion();
+
 /// The table of exit statuses.
 std::string exitStatuses();
 

@@ -15,7 +15,6 @@ namespace tovrinhost {
 
 namespace {
 
-constexpr int controlCStatus = 130;
 constexpr int hangUpStatus = 129;
 constexpr std::size_t maxBacklog = 10'000;
 

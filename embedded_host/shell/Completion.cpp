@@ -15,7 +15,7 @@ namespace tovrinhost {
 
 namespace {
 
-using Words = std::set<std::string>;
+using WordSet = std::set<std::string>;
 
 bool isOfName(char byte)
 {
@@ -59,9 +59,9 @@ std::size_t openQuote(std::string_view text)
 }
 
 /// What may stand between quotes, by what is in front of them.
-Words quotedWords(lua_State* state, std::string_view before)
+WordSet quotedWords(lua_State* state, std::string_view before)
 {
-    Words words;
+    WordSet words;
     before = trimmed(before);
     const auto beforeSign = [&](std::string_view sign) {
         return before.ends_with(sign) ? trimmed(before.substr(0, before.size() - sign.size()))
@@ -100,7 +100,7 @@ void goToField(lua_State* state, const std::string& name)
 }
 
 /// The names in the table on top of the stack.
-void addNames(lua_State* state, bool functionsOnly, Words& words)
+void addNames(lua_State* state, bool functionsOnly, WordSet& words)
 {
     for (lua_pushnil(state); lua_next(state, -2) != 0; lua_pop(state, 1)) {
         if (lua_type(state, -2) == LUA_TSTRING && (!functionsOnly || lua_isfunction(state, -1))) {
@@ -110,7 +110,7 @@ void addNames(lua_State* state, bool functionsOnly, Words& words)
 }
 
 /// The fields, or the methods, of the value on top of the stack.
-void addFields(lua_State* state, bool methods, Words& words)
+void addFields(lua_State* state, bool methods, WordSet& words)
 {
     if (isLiveTimer(state, -1)) {
         const auto names = methods ? methodNames() : propertyNames();
@@ -157,9 +157,9 @@ bool pushPath(lua_State* state, std::string_view path)
 constexpr std::array keywords { "and", "break", "do", "else", "elseif", "end", "false", "for", "function", "goto",
     "if", "in", "local", "nil", "not", "or", "repeat", "return", "then", "true", "until", "while" };
 
-Words nameWords(lua_State* state, std::string_view before)
+WordSet nameWords(lua_State* state, std::string_view before)
 {
-    Words words;
+    WordSet words;
     if (!before.ends_with('.') && !before.ends_with(':')) {
         lua_pushglobaltable(state);
         addNames(state, false, words);
@@ -182,7 +182,7 @@ Completion complete(lua_State* state, std::string_view text, std::size_t cursor)
 {
     text = text.substr(0, cursor);
     Completion completion;
-    Words words;
+    WordSet words;
     const std::size_t quote = openQuote(text);
     if (quote == std::string_view::npos) {
         const std::string_view before = beforeName(text);

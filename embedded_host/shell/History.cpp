@@ -72,6 +72,9 @@ void History::shorten(const std::vector<std::string>& entries) const
 
 void History::append(const std::string& entry)
 {
+    if (entry.size() > longestEntry) {
+        return;
+    }
     try {
         platform::makePrivateFolder(m_folder);
         platform::appendPrivately(m_file, toLine(entry));

@@ -20,10 +20,12 @@ public:
     /// The latest entries, the oldest first. A file that cannot be read has none.
     std::vector<std::string> load();
 
+    /// Keeps the entry, unless it is longer than any is to be.
     /// \throws std::runtime_error with a text for people if it cannot be written
     void append(const std::string& entry);
 
     static constexpr std::size_t mostEntries = 1000;
+    static constexpr std::size_t longestEntry = 65536; // bytes
 
 private:
     void shorten(const std::vector<std::string>& entries) const;

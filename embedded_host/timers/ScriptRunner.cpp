@@ -12,12 +12,6 @@
 
 namespace tovrinhost {
 
-namespace {
-
-constexpr int controlCStatus = 130;
-
-} // namespace
-
 ScriptRunner::ScriptRunner(std::size_t maxBacklog, const WallClock& clock)
     : m_engine(Engine::start())
     , m_timers(m_engine, m_errors, maxBacklog, clock)

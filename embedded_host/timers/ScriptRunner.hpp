@@ -11,6 +11,9 @@
 
 namespace tovrinhost {
 
+/// The exit status after Ctrl-C.
+inline constexpr int controlCStatus = 130;
+
 /// Runs a script, then serves its timers until none runs any more.
 ///
 /// Threading: `interrupt`, any thread. Everything else, one thread, which is not the interpreter's.

@@ -10,6 +10,7 @@
 
 #include <lauxlib.h>
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <stdexcept>
@@ -126,10 +127,10 @@ int allProperties(lua_State* state)
     return pushProperties(state);
 }
 
-constexpr luaL_Reg methods[] = { { "start", luaFunction<start> }, { "startAt", luaFunction<startAt> },
-    { "stop", luaFunction<stop> }, { "wait", luaFunction<wait> }, { "delete", luaFunction<destroy> },
-    { "properties", luaFunction<allProperties> }, { "explain", luaFunction<explain> },
-    { "statistics", luaFunction<statistics> } };
+constexpr auto methods = std::to_array<luaL_Reg>({ { "start", luaFunction<start> },
+    { "startAt", luaFunction<startAt> }, { "stop", luaFunction<stop> }, { "wait", luaFunction<wait> },
+    { "delete", luaFunction<destroy> }, { "properties", luaFunction<allProperties> },
+    { "explain", luaFunction<explain> }, { "statistics", luaFunction<statistics> } });
 
 } // namespace
 

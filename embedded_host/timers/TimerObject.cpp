@@ -8,6 +8,7 @@
 
 #include <lauxlib.h>
 
+#include <array>
 #include <memory>
 #include <new>
 #include <utility>
@@ -101,9 +102,9 @@ void makeMetatable(lua_State* state)
     luaL_newmetatable(state, timerType);
     lua_pushvalue(state, -1);
     lua_rawsetp(state, LUA_REGISTRYINDEX, &metatableKey);
-    constexpr luaL_Reg metamethods[] = { { "__newindex", luaFunction<assignProperty> },
-        { "__tostring", luaFunction<toString> }, { "__gc", luaFunction<collect> }, { nullptr, nullptr } };
-    luaL_setfuncs(state, metamethods, 0);
+    constexpr auto metamethods = std::to_array<luaL_Reg>({ { "__newindex", luaFunction<assignProperty> },
+        { "__tostring", luaFunction<toString> }, { "__gc", luaFunction<collect> }, { nullptr, nullptr } });
+    luaL_setfuncs(state, metamethods.data(), 0);
     pushMethods(state);
     lua_pushcclosure(state, luaFunction<readProperty>, 1);
     lua_setfield(state, -2, "__index");

@@ -34,8 +34,8 @@ TEST_F(ChunkTest, WhatMoreHasToFollowIsUnfinished)
             { "for i = 1, 2 do", "function f()", "x = {", "1 +", "f(", "s = [[", "--[[ a", "if x", "local" }) {
             EXPECT_TRUE(tovrinhost::isUnfinished(interpreter, text)) << text;
         }
-        for (const char* text : { "", "1 + 1", "x", "t.x", "x = 1", "for i = 1, 2 do end", "x = = 1", "s = 'a", "end",
-                 "return", "goto nowhere" }) {
+        for (const char* text : { "", "1 + 1", "x", "t.x", "x = 1", "for i = 1, 2 do end", "x = = 1", "s = 'a",
+                 "end", "return", "goto nowhere" }) {
             EXPECT_FALSE(tovrinhost::isUnfinished(interpreter, text)) << text;
         }
     });

@@ -1,5 +1,7 @@
 #include "embedded_host/program/platform/Platform.hpp"
 
+#include "embedded_host/timers/ScriptRunner.hpp"
+
 #include <windows.h>
 
 #include <cerrno>
@@ -10,8 +12,6 @@
 namespace tovrinhost::platform {
 
 namespace {
-
-constexpr int controlCStatus = 130;
 
 /// The functions to call, for the system's own thread that brings a Ctrl-C or a Ctrl-Break.
 struct Registration {

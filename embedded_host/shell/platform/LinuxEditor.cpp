@@ -57,6 +57,9 @@ void mendLineBreaks(std::wstring& text)
 
 Editor::Editor()
 {
+    // libedit asks it what is a letter. There is no other thread yet that could.
+    // NOLINTNEXTLINE(concurrency-mt-unsafe)
+    std::setlocale(LC_CTYPE, "C.UTF-8");
     if (const std::string folder = historyFolder(); !folder.empty()) {
         m_history.emplace(folder);
     }
@@ -66,9 +69,6 @@ Editor::~Editor() = default;
 
 void Editor::open()
 {
-    // libedit asks it what is a letter. Later, other threads may ask the same.
-    // NOLINTNEXTLINE(concurrency-mt-unsafe)
-    std::setlocale(LC_CTYPE, "C.UTF-8");
     m_nowhere.reset(std::fopen("/dev/null", "w"));
     m_entries.reset(history_winit());
     m_line.reset(el_init_fd("tovrin", stdin, m_nowhere.get(), m_nowhere.get(), STDIN_FILENO,

@@ -19,7 +19,7 @@ namespace {
 
 void writeTo(const std::string& path, int flags, const std::string& text)
 {
-    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | flags, S_IRUSR | S_IWUSR);
+    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | flags, S_IRUSR | S_IWUSR);
     if (file < 0) {
         fail(path);
     }

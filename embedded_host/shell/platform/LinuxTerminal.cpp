@@ -48,6 +48,13 @@ void writeAll(int file, std::string_view text)
     }
 }
 
+termios modesOf(int terminal)
+{
+    termios modes {};
+    checked(tcgetattr(terminal, &modes), "tcgetattr");
+    return modes;
+}
+
 winsize sizeOf(int terminal)
 {
     winsize size {};
@@ -62,15 +69,15 @@ winsize sizeOf(int terminal)
 
 Terminal::Terminal()
     : m_terminal(checked(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3), "dup"))
+    , m_modesBefore(modesOf(STDIN_FILENO))
+    , m_poke(checked(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd"))
     , m_screen([this](std::string_view text) { writeAll(m_terminal, text); }, sizeOf(m_terminal).ws_col,
           sizeOf(m_terminal).ws_row)
+    , m_modesOfPrompt(m_modesBefore)
 {
-    checked(tcgetattr(STDIN_FILENO, &m_modesBefore), "tcgetattr");
-    m_modesOfPrompt = m_modesBefore;
     const sigset_t signals = signalsOfJobControl();
     pthread_sigmask(SIG_BLOCK, &signals, &m_signalsBefore);
     m_signals = checked(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK), "signalfd");
-    m_poke = checked(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd");
     std::array<int, 2> ends {};
     checked(pipe2(ends.data(), O_CLOEXEC), "pipe");
     m_pipe = ends[0];

@@ -77,10 +77,10 @@ private:
     void poke() const;
 
     const int m_terminal; // the terminal itself, as long as standard output is the pipe
-    termios m_modesBefore {};
+    const termios m_modesBefore;
     sigset_t m_signalsBefore {};
     int m_signals = -1;
-    int m_poke = -1;
+    const int m_poke;
     int m_pipe = -1;
     int m_errorBefore = -1; // standard error, if it is none of ours
 
@@ -88,7 +88,7 @@ private:
     Screen m_screen; // guarded by m_mutex, like the next five
     std::string m_pending;
     Clock::time_point m_printed;
-    termios m_modesOfPrompt {};
+    termios m_modesOfPrompt;
     std::function<void()> m_wake; // null while nobody waits for keys
     bool m_isClosing = false;
 

@@ -31,7 +31,7 @@ std::string toBytes(std::wstring_view wide)
 {
     std::string bytes;
     for (const wchar_t unit : wide) {
-        const auto character = static_cast<std::uint32_t>(unit);
+        const std::uint32_t character = std::char_traits<wchar_t>::to_int_type(unit);
         if (character >= firstByte && character <= lastByte) {
             bytes += static_cast<char>(character - firstByte);
         } else {

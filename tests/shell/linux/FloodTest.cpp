@@ -87,6 +87,25 @@ TEST_P(FloodTest, EveryLineIsThereOnceInOrderAndTheInputIntact)
     EXPECT_TRUE(shell.has("\"second pasted \xe6\xbc\xa2\xe5\xad\x97\""));
 }
 
+using BurstTest = ShellTest;
+
+TEST_F(BurstTest, ABurstOfOutputIsWholeAndInOrder)
+{
+    ShellProgram shell(folder(), {});
+    shell.enter("after(0.2, function() for i = 1, 20000 do print('line ' .. i) end end)");
+    shell.type("1 + 1");
+    EXPECT_TRUE(shell.waitForRow("line 20000"));
+    EXPECT_TRUE(shell.waitForCursorRow("> 1 + 1"));
+    Rows expected;
+    for (int i = 1; i <= 20000; ++i) {
+        expected.push_back("line " + std::to_string(i));
+    }
+    expected.push_back("> 1 + 1");
+    const Rows rows = shell.rows();
+    ASSERT_GE(rows.size(), expected.size());
+    EXPECT_TRUE(std::equal(expected.rbegin(), expected.rend(), rows.rbegin()));
+}
+
 } // namespace
 
 } // namespace shell_tests

@@ -49,6 +49,15 @@ TEST_F(HistoryTest, TheLatestThousandAreKept)
         std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 }
 
+TEST_F(HistoryTest, AnEntryOfGreatLengthIsNotKept)
+{
+    History history(folder.path());
+    history.append(std::string(History::longestEntry + 1, 'x'));
+    EXPECT_THAT(history.load(), IsEmpty());
+    history.append(std::string(History::longestEntry, 'x'));
+    EXPECT_EQ(history.load().size(), 1U);
+}
+
 TEST_F(HistoryTest, WhatCannotBeWrittenIsNamed)
 {
     folder.write("file", "");

@@ -27,6 +27,20 @@ TEST_F(JobControlTest, CtrlZGivesTheTerminalBackAndGoingOnShowsTheInputAgain)
     EXPECT_THAT(below(shell), ElementsAre("> 1 + 2", "3", ">"));
 }
 
+TEST_F(JobControlTest, AShellThatWasStoppedFromOutsideTakesTheTerminalAgain)
+{
+    ShellProgram shell(folder(), {});
+    shell.type("1 + 2");
+    EXPECT_TRUE(shell.waitForCursorRow("> 1 + 2"));
+    shell.signal(SIGSTOP);
+    EXPECT_TRUE(shell.waitUntilStopped());
+    shell.makeTerminalAsUsual();
+    shell.signal(SIGCONT);
+    EXPECT_TRUE(shell.waitFor([&] { return !shell.isTerminalAsUsual(); }));
+    shell.enter(" + 3");
+    EXPECT_THAT(below(shell), ElementsAre("> 1 + 2 + 3", "6", ">"));
+}
+
 TEST_F(JobControlTest, AChunkIsSuspendedAndGoesOn)
 {
     ShellProgram shell(folder(), {});

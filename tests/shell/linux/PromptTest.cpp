@@ -26,6 +26,13 @@ TEST_F(PromptTest, ExpressionsShowTheirValuesAndStatementsDoNot)
             "42      \"a\"     nil     { 1, k = true }", "> _", "42", ">"));
 }
 
+TEST_F(PromptTest, TheProgramAloneIsAShellOnATerminal)
+{
+    ShellProgram shell(folder(), { {}, {}, 80, 24, false });
+    shell.enter("1 + 1");
+    EXPECT_THAT(below(shell), ElementsAre("> 1 + 1", "2", ">"));
+}
+
 TEST_F(PromptTest, AnUnfinishedChunkAsksForMoreAndItsLinesCanBeEdited)
 {
     ShellProgram shell(folder(), {});

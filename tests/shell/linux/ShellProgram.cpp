@@ -45,7 +45,10 @@ ShellProgram::ShellProgram(const std::string& folder, const Options& options)
         for (const auto& [name, value] : options.variables) {
             setenv(name.c_str(), value.c_str(), 1);
         }
-        std::vector<std::string> words { TOVRIN_PROGRAM, "shell" };
+        std::vector<std::string> words { TOVRIN_PROGRAM };
+        if (options.isNamed) {
+            words.emplace_back("shell");
+        }
         words.insert(words.end(), options.words.begin(), options.words.end());
         std::vector<char*> pointers;
         for (std::string& word : words) {
@@ -168,6 +171,14 @@ bool ShellProgram::isTerminalAsUsual() const
     termios modes {};
     tcgetattr(m_terminal, &modes);
     return (modes.c_lflag & ICANON) != 0 && (modes.c_lflag & ECHO) != 0;
+}
+
+void ShellProgram::makeTerminalAsUsual() const
+{
+    termios modes {};
+    tcgetattr(m_terminal, &modes);
+    modes.c_lflag |= static_cast<tcflag_t>(ICANON | ECHO);
+    tcsetattr(m_terminal, TCSANOW, &modes);
 }
 
 bool ShellProgram::read(int milliseconds)

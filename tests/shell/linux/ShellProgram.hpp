@@ -21,6 +21,7 @@ public:
         std::map<std::string, std::string> variables;
         int width = 80;
         int height = 24;
+        bool isNamed = true; ///< "tovrin shell", not "tovrin" alone
     };
 
     /// Returns once the prompt is there, or the program has ended.
@@ -65,6 +66,9 @@ public:
 
     /// Whether what is typed waits for Enter, and is shown by the terminal itself.
     bool isTerminalAsUsual() const;
+
+    /// As another program leaves the terminal that has had it meanwhile.
+    void makeTerminalAsUsual() const;
 
     /// All that it has sent.
     const std::string& sent() const { return m_sent; }
