@@ -108,6 +108,7 @@ TEST_F(PromptTest, CtrlCTwiceEndsACallbackThatNeverReturns)
     shell.enter(
         "t = timer { TimerFcn = function() while true do local till = now() + 0.01 while now() < till do end"
         " print('alive') end end }; t:start()");
+    EXPECT_TRUE(shell.waitForRow("alive"));
     // The first press is for the input: the callback goes on. Two that come at the same time are one.
     for (int presses = 1; !shell.has("> ^C"); ++presses) {
         shell.type("\003");
