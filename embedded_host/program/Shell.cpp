@@ -6,10 +6,10 @@
 #include "embedded_host/shell/Shell.hpp"
 #include "embedded_host/timers/ScriptRunner.hpp"
 
-#include <atomic>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
+#include <mutex>
 
 namespace tovrinhost {
 
@@ -52,18 +52,21 @@ int runShell(const ShellOptions& options)
     const platform::SignalsLeftToWatcher left;
     ScriptRunner runner(maxBacklog);
     Shell shell(runner.timers(), *input, [&runner] { return runner.isInterrupted(); });
-    std::atomic<bool> isEnding { false };
+    std::mutex mutex; // guards the next two; a signal is for one side of an end or for the other
+    bool isEnding = false;
+    int first = 0;
     const auto onSignal = [&](int status) {
+        const std::lock_guard lock(mutex);
         if (status == controlCStatus && !isEnding) {
             shell.controlC();
-            return;
-        }
-        if (runner.isInterrupted()) {
+        } else if (first == 0) {
+            first = status;
+            runner.interrupt(status);
+        } else if (status != hangUpStatus) { // a terminal that goes away may say so more than once
             std::cerr << "tovrin: interrupted again, leaving at once\n";
             input->giveBack();
-            std::_Exit(status);
+            std::_Exit(first);
         }
-        runner.interrupt(status);
     };
     const auto onQuestion = [&runner] { std::cerr << statusTable(runner.diagnosis()); };
     const platform::SignalWatcher watcher(onSignal, onQuestion);
@@ -73,10 +76,13 @@ int runShell(const ShellOptions& options)
         for (const std::string& file : filesToRun(options)) {
             goesOn = goesOn && shell.runFile(interpreter, file);
         }
-        if (goesOn && !shell.serve(interpreter)) {
+        const bool isGone = goesOn && !shell.serve(interpreter);
+        const std::lock_guard lock(mutex);
+        isEnding = true;
+        if (isGone && first == 0) {
+            first = hangUpStatus; // the signal, if it is still to come, is not to interrupt a StopFcn
             runner.interrupt(hangUpStatus);
         }
-        isEnding = true;
     });
 }
 

@@ -146,6 +146,7 @@ void pushMethods(lua_State* state)
 std::vector<std::string> methodNames()
 {
     std::vector<std::string> names;
+    names.reserve(methods.size());
     for (const luaL_Reg& method : methods) {
         names.emplace_back(method.name);
     }

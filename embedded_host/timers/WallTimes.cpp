@@ -69,9 +69,10 @@ using Values = std::map<std::string, int>;
         + (nearest.empty() ? "" : "did you mean \"" + nearest + "\"? ") + "The fields are " + list);
 }
 
-[[noreturn]] void failNumber(const std::string& what, const std::string& value, const TimeField& field)
+[[noreturn]] void failNumber(
+    const std::string& what, const std::string& name, const std::string& value, const TimeField& field)
 {
-    throw std::invalid_argument(what + " is " + value + ", but must be a whole number from "
+    throw std::invalid_argument(what + ": " + name + " is " + value + ", but must be a whole number from "
         + std::to_string(field.least) + " to " + std::to_string(field.most));
 }
 
@@ -91,7 +92,7 @@ Values readFields(lua_State* state, int index, const std::string& what, std::spa
         int isWhole = 0;
         const lua_Integer value = lua_tointegerx(state, -1, &isWhole);
         if (lua_type(state, -1) != LUA_TNUMBER || isWhole == 0 || value < field->least || value > field->most) {
-            failNumber(what + ": " + name, describeValue(state, -1), *field);
+            failNumber(what, name, describeValue(state, -1), *field);
         }
         if (!values.emplace(field->name, static_cast<int>(value)).second) {
             throw std::invalid_argument(what + ": " + field->name + " and " + field->alias

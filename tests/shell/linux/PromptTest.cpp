@@ -116,7 +116,8 @@ TEST_F(PromptTest, CtrlCTwiceEndsACallbackThatNeverReturns)
         EXPECT_TRUE(shell.waitFor([&] { return shell.has("> ^C") || shell.rows().size() >= before + 20; }));
         EXPECT_TRUE(presses > 1 || !shell.has("> ^C"));
     }
-    shell.enter("'here'");
+    EXPECT_TRUE(shell.waitForCursorRow(">"));
+    shell.type("'here'\r");
     EXPECT_TRUE(shell.waitForRow("\"here\""));
 }
 
