@@ -3,6 +3,8 @@
 
 #include <boost/filesystem.hpp>
 
+#include <regex>
+
 namespace scripts {
 
 namespace {
@@ -130,7 +132,7 @@ TEST_F(CommandLineTest, AFolderThatThePathOfModulesCannotNameIsLeftOut)
 TEST_F(CommandLineTest, TheVersionIsShownOnRequest)
 {
     const Outcome outcome = tovrin({ "--version" });
-    EXPECT_THAT(outcome.out, testing::MatchesRegex("tovrin [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+    EXPECT_TRUE(std::regex_match(outcome.out, std::regex("tovrin [0-9]+\\.[0-9]+\\.[0-9]+\n"))) << outcome.out;
     EXPECT_EQ(outcome.status, 0);
 }
 

@@ -3,12 +3,11 @@
 
 #include <fstream>
 #include <iterator>
+#include <regex>
 
 namespace scripts {
 
 namespace {
-
-using testing::MatchesRegex;
 
 /// The examples of everyday work.
 class EverydayExamplesTest : public ScriptTest {
@@ -62,7 +61,7 @@ TEST_F(EverydayExamplesTest, EveryFullSecond)
     ASSERT_EQ(times.size(), 3U) << outcome.out << outcome.err;
     int last = -1;
     for (const std::string& time : times) {
-        EXPECT_THAT(time, MatchesRegex("[0-9][0-9]:[0-9][0-9]:[0-9][0-9]"));
+        ASSERT_TRUE(std::regex_match(time, std::regex("[0-9][0-9]:[0-9][0-9]:[0-9][0-9]"))) << time;
         const int seconds = (std::stoi(time) * 60 + std::stoi(time.substr(3))) * 60 + std::stoi(time.substr(6));
         EXPECT_TRUE(seconds > last || seconds < 60) << outcome.out; // midnight
         last = seconds;

@@ -46,6 +46,14 @@ TEST_F(InterruptTest, OutputComesLineByLine)
     EXPECT_EQ(outcome.status, 130);
 }
 
+TEST_F(InterruptTest, IsTheReasonThatStopFcnsAreTold)
+{
+    expectOrderlyEnd(
+        "timer { StartDelay = 60, TimerFcn = print, StopFcn = function(_, event) print(event.Reason) end }"
+        ":start() print('ready') pause(60)",
+        "ready\ninterrupted\n");
+}
+
 TEST_F(InterruptTest, StopsTimersThatAreServed)
 {
     expectOrderlyEnd(runningTimer + "print('ready')", "StartFcn\nready\nStopFcn\n");
