@@ -117,11 +117,14 @@ std::variant<Action, Leave> readCommandLine(int argc, const char* const* argv)
     addShellCommand(program, action);
     addTimersCommand(program, action);
     addTopCommand(program, action);
-    program.footer(
-        "tovrin FILE [ARG...] is short for tovrin run FILE [ARG...], and so is tovrin -e CODE for tovrin run "
-        "-e CODE. Without a word, tovrin is the shell on a terminal; else a script is read from standard "
-        "input.\n\n"
-        + exitStatuses());
+    // Once somebody asks for help: to look the table up takes a while.
+    program.footer([] {
+        return "tovrin FILE [ARG...] is short for tovrin run FILE [ARG...], and so is tovrin -e CODE for tovrin "
+               "run "
+               "-e CODE. Without a word, tovrin is the shell on a terminal; else a script is read from standard "
+               "input.\n\n"
+            + exitStatuses();
+    });
     try {
         parse(program, *run, Words(argv + 1, argv + argc), arguments);
     } catch (const CLI::Success& help) {

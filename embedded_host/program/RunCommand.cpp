@@ -149,10 +149,12 @@ CLI::App* addRunCommand(CLI::App& program, const std::vector<std::string>& argum
     run->add_option("ARG", script.arguments, "What the script finds in 'arg': all words behind FILE");
     run->add_option("-e", *code, "The script itself, in place of FILE")->type_name("CODE");
     addOptions(*run, options);
-    run->footer(
-        "SIGUSR1, or Ctrl-Break on Windows, has a table of all timers and the ten latest callbacks written to "
-        "standard error.\n\n"
-        + exitStatuses());
+    run->footer([] {
+        return "SIGUSR1, or Ctrl-Break on Windows, has a table of all timers and the ten latest callbacks written "
+               "to "
+               "standard error.\n\n"
+            + exitStatuses();
+    });
     run->callback([options, code, &arguments, &action] {
         if (options->script.name.empty() && !*code) {
             throw CLI::RequiredError("FILE");
