@@ -44,6 +44,7 @@ double randomValue(Choices& choices, Verb verb)
     case Verb::Pause:
         return choices.oneOf({ 0.0, 0.0, 0.5, 1.0, 2.0, 4.0, 6.0 });
     case Verb::Once:
+    case Verb::Appoint:
         return randomDelay(choices);
     case Verb::Often:
         return randomPeriod(choices);
@@ -85,7 +86,8 @@ Verb randomChange(Choices& choices)
 
 Verb randomRarity(Choices& choices)
 {
-    return choices.oneOf({ Verb::Caught, Verb::Collect, Verb::Haunt, Verb::Delete, Verb::Once, Verb::Often });
+    return choices.oneOf(
+        { Verb::Caught, Verb::Collect, Verb::Haunt, Verb::Delete, Verb::Once, Verb::Often, Verb::Appoint });
 }
 
 Verb randomVerbOfScript(Choices& choices)

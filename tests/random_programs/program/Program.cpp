@@ -83,6 +83,8 @@ std::string toLua(const Step& step)
         return "set(" + timer + ", " + callbackName(step.value) + ", nil)";
     case Verb::Once:
         return "once(" + text(step.value) + ")";
+    case Verb::Appoint:
+        return "appoint(" + text(step.value) + ")";
     case Verb::Often:
         return "often(" + text(step.value) + ", 3)";
     case Verb::WaitBoth:

@@ -25,6 +25,7 @@ enum class Verb {
     Exit, ///< os.exit with this code
     Collect, ///< the garbage
     Once, ///< a timer that nobody holds, after so many milliseconds
+    Appoint, ///< the same, at a moment of the wall clock
     Often, ///< the same, three times
     WaitBoth, ///< for two timers, as Wait
     WaitEither,

@@ -109,18 +109,26 @@ function start(name)
   end
 end
 
--- A timer that `make(f)` makes and starts.
-local function short(make)
+-- A timer that `make(f)` makes and starts; after `delay` seconds, if that is not its StartDelay.
+local function short(make, delay)
   if shortForms == mostShortForms then return end
   shortForms = shortForms + 1
   local called = now()
   local t = make(function(t, event) callback(t.Name, "TimerFcn")(t, event) end)
   timers[t.Name] = t
-  line("made", t.Name, t.ExecutionMode, t.BusyMode, t.Period, t.StartDelay, t.TasksToExecute, "",
+  line("made", t.Name, t.ExecutionMode, t.BusyMode, t.Period, delay or t.StartDelay, t.TasksToExecute, "",
     string.format("%.6f", called), state(t.Name))
 end
 
 function once(milliseconds) short(function(f) return after(milliseconds / 1000, f) end) end
+function appoint(milliseconds)
+  local seconds = milliseconds / 1000
+  short(function(f)
+    local t = timer { TimerFcn = f }
+    t:startAt(date() + seconds)
+    return t
+  end, seconds)
+end
 function often(milliseconds, number) short(function(f) return every(milliseconds / 1000, f, number) end) end
 
 function stop(name) act("stop", name, "", function(t) return t:stop() end) end
