@@ -6,13 +6,15 @@ namespace shell_tests {
 
 namespace {
 
+using namespace std::string_literals;
+
 using tovrinhost::platform::takeWide;
 using tovrinhost::platform::toBytes;
 using tovrinhost::platform::toWide;
 
 TEST(WideTextTest, AnyBytesComeBackAsTheyWere)
 {
-    const std::string bytes("a\xc3\xa9\xe6\xbc\xa2\xf0\x9f\x98\x80\xff\xc3(\xed\xa0\x80\xe6\xbc\0z", 22);
+    const std::string bytes = "a\xc3\xa9\xe6\xbc\xa2\xf0\x9f\x98\x80\xff\xc3(\xed\xa0\x80\xe6\xbc\0z"s;
     EXPECT_EQ(toBytes(toWide(bytes)), bytes);
     EXPECT_EQ(toWide("\xc3\xa9z"), L"\u00e9z");
 }
