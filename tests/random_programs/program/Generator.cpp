@@ -73,6 +73,7 @@ double randomValue(Choices& choices, Verb verb)
     case Verb::Caught:
     case Verb::Collect:
     case Verb::Haunt:
+    case Verb::OnTheSecond:
         break;
     }
     return 0.0;
@@ -86,6 +87,9 @@ Verb randomChange(Choices& choices)
 
 Verb randomRarity(Choices& choices)
 {
+    if (choices.oneIn(20)) {
+        return Verb::OnTheSecond; // which takes long
+    }
     return choices.oneOf(
         { Verb::Caught, Verb::Collect, Verb::Haunt, Verb::Delete, Verb::Once, Verb::Often, Verb::Appoint });
 }

@@ -85,6 +85,8 @@ std::string toLua(const Step& step)
         return "once(" + text(step.value) + ")";
     case Verb::Appoint:
         return "appoint(" + text(step.value) + ")";
+    case Verb::OnTheSecond:
+        return "onTheSecond()";
     case Verb::Often:
         return "often(" + text(step.value) + ", 3)";
     case Verb::WaitBoth:

@@ -26,6 +26,7 @@ enum class Verb {
     Collect, ///< the garbage
     Once, ///< a timer that nobody holds, after so many milliseconds
     Appoint, ///< the same, at a moment of the wall clock
+    OnTheSecond, ///< the same, at the next full second
     Often, ///< the same, three times
     WaitBoth, ///< for two timers, as Wait
     WaitEither,

@@ -20,11 +20,12 @@ local mostTimerFcns = 10 -- of one timer, before it stops itself
 
 local mostShortForms = 6
 
+local waitForAll, waitForAny, listed = wait, waitAny, timers
+
 -- The timers that short forms have made are held by nobody.
 local timers, held, settings, bodies, counts = setmetatable({}, { __mode = "v" }), {}, {}, {}, {}
 local starts, errors, shortForms = 0, 0, 0
 local isOver, isEnding = false, false
-local waitForAll, waitForAny = wait, waitAny
 
 local function line(...)
   local fields = table.pack(...)
@@ -43,6 +44,10 @@ local function state(name)
   local remaining = t.Remaining
   if remaining and (remaining < 0 or not running) then return "wrong Remaining", t.TasksExecuted, t.LastError end
   if find(name) ~= t then return "not found", t.TasksExecuted, t.LastError end
+  if listed { Name = name }[1] ~= t or t:properties().Name ~= name then return "not listed", t.TasksExecuted, t.LastError end
+  for property, value in pairs(t) do
+    if property == "Name" and value ~= name then return "another name", t.TasksExecuted, t.LastError end
+  end
   return running, t.TasksExecuted, t.LastError
 end
 
@@ -128,6 +133,9 @@ function appoint(milliseconds)
     t:startAt(date() + seconds)
     return t
   end, seconds)
+end
+function onTheSecond()
+  short(function(f) return every({}, f, 1) end, nextTime {} - date())
 end
 function often(milliseconds, number) short(function(f) return every(milliseconds / 1000, f, number) end) end
 
