@@ -15,9 +15,8 @@ constexpr std::size_t longestSequence = 256; // what is longer is none
 /// The length of the terminal's sequence that the text begins with; npos if it is cut short.
 std::size_t lengthOfSequence(std::string_view text)
 {
-    const auto endAt = [](std::size_t end, std::size_t length) {
-        return end == std::string_view::npos ? end : end + length;
-    };
+    const auto endAt
+        = [](std::size_t end, std::size_t length) { return end == std::string_view::npos ? end : end + length; };
     const auto isBetween = [](char byte, char first, char last) { return byte >= first && byte <= last; };
     if (text.size() < 2) {
         return std::string_view::npos;
