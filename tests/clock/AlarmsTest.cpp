@@ -35,6 +35,7 @@ protected:
         return m_calls;
     }
 
+    /// Sleeps in between, since the calls come on another thread, which is not to be disturbed.
     void awaitCalls(std::size_t count)
     {
         while (calls().size() < count) {

@@ -27,8 +27,8 @@ public:
 
     void set(std::int64_t seconds) { m_seconds = seconds; }
 
-    /// Waits until somebody has seen what the clock shows now, and waits.
-    /// \returns false if nobody does
+    /// Waits until somebody has seen what the clock shows now, and waits. Looks again and again, since those who
+    /// wait at a made-up clock tell nobody. \returns false if nobody does
     bool awaitWait() const
     {
         // One wait may have begun before the clock was set.
@@ -42,7 +42,7 @@ public:
         return true;
     }
 
-    /// Returns once nobody has waited for a while.
+    /// Returns once nobody has waited for a while: that something does not come shows in no other way.
     void awaitNobody() const
     {
         for (int seen = -1; seen != m_waits;) {
