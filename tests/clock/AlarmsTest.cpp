@@ -3,7 +3,9 @@
 
 #include <gmock/gmock.h>
 
+#include <condition_variable>
 #include <future>
+#include <mutex>
 #include <vector>
 
 namespace tovrinhost {
@@ -26,6 +28,7 @@ protected:
             const std::lock_guard lock(m_mutex);
             m_calls.push_back(call);
             m_times.push_back(m_clock.now());
+            m_called.notify_one();
         });
     }
 
@@ -35,16 +38,15 @@ protected:
         return m_calls;
     }
 
-    /// Sleeps in between, since the calls come on another thread, which is not to be disturbed.
     void awaitCalls(std::size_t count)
     {
-        while (calls().size() < count) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
+        std::unique_lock lock(m_mutex);
+        m_called.wait(lock, [&] { return m_calls.size() >= count; });
     }
 
     MadeUpClock m_clock { 1000 };
     std::mutex m_mutex;
+    std::condition_variable m_called;
     std::vector<int> m_calls; // guarded by m_mutex, like the next
     std::vector<WallTime> m_times;
     std::unique_ptr<Alarms> m_alarms; // before the rest is destroyed
