@@ -25,6 +25,23 @@ Weather randomWeather(Random& random)
     return weather;
 }
 
+Kernel::Options optionsOfSchedule(std::uint64_t schedule)
+{
+    Kernel::Options options;
+    options.seed = schedule;
+    Random random(schedule);
+    options.weather = calmWeather;
+    if (schedule != 0) {
+        options.weather.switches = random.oneOf<std::uint64_t>({ 2, 3, 6, 20 });
+        options.weather.spuriousWakeUps = random.oneOf<std::uint64_t>({ 0, 100, 20 });
+    }
+    options.stepLimit = 0;
+    options.busyAfter = 0;
+    options.begin = 1'000'000 * millisecond;
+    options.stackSize = std::size_t { 8 } * 1024 * 1024;
+    return options;
+}
+
 Kernel::Kernel(const Options& options)
     : m_options(options)
     , m_random(options.seed)

@@ -145,6 +145,8 @@ public:
     /// Lets all others go on until each of them is blocked. Time stands still.
     void letOthersRun();
 
+    bool othersAreReady() const { return m_ready.size() > 1; }
+
     /// The earliest moment that another thread waits for; none where that is so far away that nothing is due then.
     std::optional<Moment> nextMoment() const;
 
@@ -240,6 +242,11 @@ private:
     std::vector<std::function<void()>> m_outside; // guarded by m_outsideMutex
     std::atomic<bool> m_someoneIsOutside { false }; // written under it, read without
 };
+
+/// What programs of users run with: no step too many, and a moment that is easy to read. Schedule 0 is the calm
+/// one; each other number has threads go on, and waits end, in an order of its own. No wait ends late in any of
+/// them.
+Kernel::Options optionsOfSchedule(std::uint64_t schedule);
 
 /// One operation of the running thread: a point where another may go on, and a line in its stack of operations.
 class Operation {
