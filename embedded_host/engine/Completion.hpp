@@ -1,0 +1,30 @@
+#pragma once
+
+#include "timer_src/main/Concurrency.hpp"
+
+#include <exception>
+
+namespace tovrinhost {
+
+/// The end of something that one thread does and another waits for.
+///
+/// Threading: `finish` once, on any thread; `wait` on one other. Ownership: shared by both threads.
+class Completion {
+public:
+    /// \param error what went wrong; null if nothing did. It is handed over to who waits: the caller keeps no
+    /// share,
+    ///        so that the two threads do not count its users at the same time
+    void finish(std::exception_ptr error = nullptr);
+
+    /// Returns once it has ended.
+    /// \throws what `finish` was given
+    void wait();
+
+private:
+    tovrintimer::Mutex m_mutex;
+    tovrintimer::ConditionVariable m_changed;
+    bool m_hasEnded = false; // guarded by m_mutex, like the next
+    std::exception_ptr m_error;
+};
+
+} // namespace tovrinhost
