@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/Export.hpp"
 #include "timer_src/main/Concurrency.hpp"
 
 #include <exception>
@@ -9,7 +10,7 @@ namespace tovrinhost {
 /// The end of something that one thread does and another waits for.
 ///
 /// Threading: `finish` once, on any thread; `wait` on one other. Ownership: shared by both threads.
-class Completion {
+class TOVRINHOST_API Completion {
 public:
     /// \param error what went wrong; null if nothing did. It is handed over to who waits: the caller keeps no
     /// share,
