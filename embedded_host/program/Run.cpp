@@ -8,6 +8,7 @@
 #include "embedded_host/status/StatusProtocol.hpp"
 #include "embedded_host/status/StatusServer.hpp"
 #include "embedded_host/timers/ScriptRunner.hpp"
+#include "timer_src/main/Concurrency.hpp"
 
 #include <cstdlib>
 #include <iostream>
@@ -46,9 +47,10 @@ int run(const RunOptions& options)
             std::_Exit(first);
         }
         first = status;
-        runner.interrupt(status);
+        tovrintimer::fromOutside([&runner, status] { runner.interrupt(status); });
     };
-    const auto onQuestion = [&runner] { std::cerr << statusTable(runner.diagnosis()); };
+    const auto onQuestion
+        = [&runner] { tovrintimer::fromOutside([&runner] { std::cerr << statusTable(runner.diagnosis()); }); };
     const platform::SignalWatcher watcher(onSignal, onQuestion);
     Watching watching(options, runner.diagnosis());
     std::optional<StatusServer> server;
