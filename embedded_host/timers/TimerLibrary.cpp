@@ -82,9 +82,23 @@ int pause(lua_State* state)
     return 0;
 }
 
+/// busy(seconds)
+int beBusy(lua_State* state)
+{
+    const EventLoop::Deadline deadline = deadlineArgument(state, 1, "busy: the time");
+    const EventLoop& loop = timersOf(state).engine().loop();
+    const auto isInterrupted = [&loop] { return loop.interruption() != Interruption::None; };
+    tovrintimer::workUntil(deadline.value_or(EventLoop::Clock::time_point::max()), isInterrupted);
+    if (isInterrupted()) {
+        throw Interrupted();
+    }
+    return 0;
+}
+
 /// now()
 int monotonicSeconds(lua_State* state)
 {
+    tovrintimer::clockWasLookedAt();
     // Counted from the beginning of the script, so that the seconds have many digits behind the point.
     const FiringLog& log = timersOf(state).diagnosis().log();
     lua_pushnumber(state, toSeconds(log.now() - log.beginning()));
@@ -132,6 +146,7 @@ void openTimerLibrary(Interpreter& interpreter, TimerSet& timers, int& exitCode)
         }
         lua_register(state, "timer", luaFunction<newTimerObject>);
         lua_register(state, "pause", luaFunction<pause>);
+        lua_register(state, "busy", luaFunction<beBusy>);
         lua_register(state, "now", luaFunction<monotonicSeconds>);
 
         lua_getglobal(state, "os");
