@@ -24,8 +24,7 @@ using Words = std::vector<std::string>;
 
 bool isCommand(const std::string& word)
 {
-    return std::any_of(
-        commands.begin(), commands.end(), [&](const Command* known) { return word == known->name; });
+    return std::ranges::any_of(commands(), [&](const Command* known) { return word == known->name; });
 }
 
 bool isOption(const std::string& word)
