@@ -17,6 +17,7 @@ using Action = std::function<int()>;
 // is what is to be done.
 /// \param arguments the words behind the script, which are not parsed
 CLI::App* addRunCommand(CLI::App& program, const std::vector<std::string>& arguments, Action& action);
+void addPlanCommand(CLI::App& program, Action& action);
 void addExplainCommand(CLI::App& program, Action& action);
 void addReportCommand(CLI::App& program, Action& action);
 void addShellCommand(CLI::App& program, Action& action);

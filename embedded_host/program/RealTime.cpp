@@ -33,6 +33,7 @@ void rememberWords(int argc, const char* const* argv)
 CLI::App* addCommands(CLI::App& program, const std::vector<std::string>& arguments, Action& action)
 {
     CLI::App* const run = addRunCommand(program, arguments, action);
+    addPlanCommand(program, action);
     addExplainCommand(program, action);
     addReportCommand(program, action);
     addShellCommand(program, action);
@@ -41,17 +42,22 @@ CLI::App* addCommands(CLI::App& program, const std::vector<std::string>& argumen
     return run;
 }
 
+int planInVirtualTime(const PlanOptions& /*options*/)
+{
+    return continueInVirtualTime();
+}
+
 int runByItsClock(const RunOptions& options)
 {
     if (options.pace) {
         return continueInVirtualTime();
     }
-    return run(options, [&options](Diagnosis& diagnosis) -> std::shared_ptr<void> {
+    return run(options, [&options](ScriptRunner& runner) -> std::shared_ptr<void> {
         if (!options.servesStatus) {
             return nullptr;
         }
-        return std::make_shared<StatusServer>([&diagnosis, &options](std::string_view request) {
-            return protocol::answer(request, diagnosis, ownProcess(), options.script.name);
+        return std::make_shared<StatusServer>([&runner, &options](std::string_view request) {
+            return protocol::answer(request, runner.diagnosis(), ownProcess(), options.script.name);
         });
     });
 }

@@ -29,6 +29,7 @@ void rememberWords(int /*argc*/, const char* const* /*argv*/)
 
 CLI::App* addCommands(CLI::App& program, const std::vector<std::string>& arguments, Action& action)
 {
+    addPlanCommand(program, action);
     return addRunCommand(program, arguments, action);
 }
 
@@ -39,7 +40,7 @@ int runByItsClock(const RunOptions& options)
     world.calendarAtZero = calendarAtBeginning(world.pace) - world.begin;
     virtual_time::Kernel kernel(world);
     kernel.begin();
-    return run(options, [](Diagnosis&) { return nullptr; });
+    return run(options, [](ScriptRunner&) { return nullptr; });
 }
 
 } // namespace tovrinhost
