@@ -12,9 +12,9 @@ namespace tovrinhost {
 /// Threading: `finish` once, on any thread; `wait` on one other. Ownership: shared by both threads.
 class TOVRINHOST_API Completion {
 public:
-    /// \param error what went wrong; null if nothing did. It is handed over to who waits: the caller keeps no
-    /// share,
-    ///        so that the two threads do not count its users at the same time
+    /// \param error what went wrong; null if nothing did. It goes to who waits: the caller keeps no share of it,
+    /// nor
+    ///        of what it consists of, as copies of the standard exceptions do of their text
     void finish(std::exception_ptr error = nullptr);
 
     /// Returns once it has ended.

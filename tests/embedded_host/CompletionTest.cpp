@@ -1,10 +1,11 @@
 #include "embedded_host/engine/Completion.hpp"
 
+#include "embedded_host/engine/ScriptError.hpp"
+
 #include <gmock/gmock.h>
 
 #include <atomic>
 #include <memory>
-#include <stdexcept>
 #include <thread>
 
 namespace tovrinhost {
@@ -38,10 +39,9 @@ TEST(CompletionTest, WhatHasEndedIsNotWaitedFor)
 TEST(CompletionTest, AnErrorComesOutOfTheWait)
 {
     const auto completion = std::make_shared<Completion>();
-    std::thread worker(
-        [completion] { completion->finish(std::make_exception_ptr(std::runtime_error("no luck"))); });
+    std::thread worker([completion] { completion->finish(std::make_exception_ptr(ScriptError("no luck", ""))); });
 
-    EXPECT_THAT([&] { completion->wait(); }, testing::ThrowsMessage<std::runtime_error>("no luck"));
+    EXPECT_THAT([&] { completion->wait(); }, testing::ThrowsMessage<ScriptError>("no luck"));
     worker.join();
 }
 

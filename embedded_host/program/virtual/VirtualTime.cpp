@@ -3,6 +3,7 @@
 #include "embedded_host/program/Commands.hpp"
 #include "virtual_time/Kernel.hpp"
 
+#include <array>
 #include <chrono>
 
 namespace tovrinhost {
@@ -27,10 +28,10 @@ void rememberWords(int /*argc*/, const char* const* /*argv*/)
 {
 }
 
-CLI::App* addCommands(CLI::App& program, const std::vector<std::string>& arguments, Action& action)
+std::span<const Command* const> commands()
 {
-    addPlanCommand(program, action);
-    return addRunCommand(program, arguments, action);
+    static constexpr std::array all { &runCommand, &planCommand };
+    return all;
 }
 
 int runByItsClock(const RunOptions& options)
