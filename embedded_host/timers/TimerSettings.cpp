@@ -14,9 +14,15 @@ double toMilliseconds(double seconds)
     return std::round(seconds * 1e9) / 1e6;
 }
 
-double startDelayMilliseconds(double seconds)
+double toWholeMilliseconds(double seconds)
 {
-    return seconds > 0.0 ? std::ceil(toMilliseconds(seconds)) + 1.0 : 0.0;
+    return std::ceil(toMilliseconds(seconds));
+}
+
+/// No shorter from whatever moment within a millisecond on: one more for the part of it that has passed by then.
+double fromAnyMoment(double seconds)
+{
+    return toWholeMilliseconds(seconds) + 1.0;
 }
 
 } // namespace
@@ -35,14 +41,20 @@ TimerDescription TimerSettings::describe() const
         std::snprintf(text.data(), text.size(), ", %g s", periodSeconds);
         description.settings += text.data();
     }
-    description.period = periodNanoseconds();
+    description.period = executionMode == ExecutionMode::FixedRate ? beatNanoseconds() : periodNanoseconds();
     description.places = places;
     return description;
 }
 
 Nanoseconds TimerSettings::periodNanoseconds() const
 {
-    return static_cast<Nanoseconds>(periodSeconds * 1e9);
+    return std::llround(periodSeconds * 1e9);
+}
+
+Nanoseconds TimerSettings::beatNanoseconds() const
+{
+    constexpr Nanoseconds millisecond = 1'000'000;
+    return static_cast<Nanoseconds>(toWholeMilliseconds(periodSeconds)) * millisecond;
 }
 
 std::uint64_t TimerSettings::taskCount() const
@@ -55,9 +67,10 @@ std::uint64_t TimerSettings::taskCount() const
 
 void TimerSettings::applyTo(tovrintimer::TimerInfo& timer) const
 {
+    const bool isRate = executionMode == tovrintimer::ExecutionMode::FixedRate;
     timer.setExecutionMode(static_cast<size_t>(executionMode));
-    timer.setPeriod(toMilliseconds(periodSeconds));
-    timer.setStartDelay(startDelayMilliseconds(startDelaySeconds));
+    timer.setPeriod(isRate ? toWholeMilliseconds(periodSeconds) : fromAnyMoment(periodSeconds));
+    timer.setStartDelay(startDelaySeconds > 0.0 ? fromAnyMoment(startDelaySeconds) : 0.0);
     timer.setStartFcnIsEmpty(!hasStartFcn);
 }
 
