@@ -43,6 +43,7 @@ void addPlanOptions(CLI::App& plan, Request& request)
 
 } // namespace
 
-const Command planCommand { "plan", "Tell what would fire when, without waiting for it", addPlanOptions };
+constinit const Command planCommand { "plan", "Tell what would fire when, without waiting for it",
+    addPlanOptions };
 
 } // namespace tovrinhost
