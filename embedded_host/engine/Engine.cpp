@@ -1,6 +1,6 @@
 #include "embedded_host/engine/Engine.hpp"
 
-#include "embedded_host/engine/Completion.hpp"
+#include "embedded_host/engine/AwaitedEnd.hpp"
 #include "embedded_host/engine/InterpreterThread.hpp"
 #include "embedded_host/engine/RequestLine.hpp"
 #include "embedded_host/engine/ScriptError.hpp"
@@ -101,7 +101,7 @@ template <typename Evaluate> auto evaluateLater(EventLoop& loop, EventLoop::When
 /// Work for the interpreter thread whose end another thread waits for. That comes also if the loop drops it.
 class AwaitedWork {
 public:
-    AwaitedWork(std::function<void()> work, std::shared_ptr<Completion> end)
+    AwaitedWork(std::function<void()> work, std::shared_ptr<AwaitedEnd> end)
         : m_work(std::move(work))
         , m_end(std::move(end))
     {
@@ -130,7 +130,7 @@ public:
 
 private:
     const std::function<void()> m_work;
-    std::shared_ptr<Completion> m_end; ///< null once it has been told
+    std::shared_ptr<AwaitedEnd> m_end; ///< null once it has been told
 };
 
 /// The owner of a task that belongs to no timer.
@@ -259,7 +259,7 @@ void Engine::run(const std::function<void(Interpreter&)>& work)
         evaluate();
         return;
     }
-    const auto end = std::make_shared<Completion>();
+    const auto end = std::make_shared<AwaitedEnd>();
     m_loop.post(EventLoop::When::Idle, [awaited = std::make_shared<AwaitedWork>(evaluate, end)] { (*awaited)(); });
     end->wait();
 }

@@ -56,7 +56,7 @@ PlanDocument::PlanDocument(PlanOutput& output, std::string script, Nanoseconds s
 
 void PlanDocument::begin(const std::vector<TimerTable::Description>& /*timers*/)
 {
-    m_output.write("{\"tovrin\":1,\"script\":" + dump(m_script) + ",\"from\":" + dump(toSeconds(m_calendar))
+    m_output.write(R"({"tovrin":1,"script":)" + dump(m_script) + ",\"from\":" + dump(toSeconds(m_calendar))
         + ",\"for\":" + dump(toSeconds(m_span)) + ",\"firings\":[");
 }
 

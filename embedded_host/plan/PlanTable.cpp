@@ -23,7 +23,7 @@ template <typename... Values> std::string format(const char* form, Values... val
     return text.data();
 }
 
-std::string seconds(Nanoseconds span)
+std::string inSeconds(Nanoseconds span)
 {
     return format("%.3f", toSeconds(span));
 }
@@ -70,7 +70,7 @@ std::string noteOf(const PlanRow& row)
         break;
     }
     if (row.dropped > 0 && row.droppedFrom != row.due) {
-        add(std::to_string(row.dropped) + " dropped from " + seconds(row.droppedFrom) + " on");
+        add(std::to_string(row.dropped) + " dropped from " + inSeconds(row.droppedFrom) + " on");
     } else if (row.dropped > 1) {
         add(std::to_string(row.dropped) + " of them");
     }
@@ -82,7 +82,7 @@ std::string noteOf(const PlanRow& row)
 
 std::string endText(const PlanEnd& end)
 {
-    const std::string at = seconds(end.at) + " s";
+    const std::string at = inSeconds(end.at) + " s";
     switch (end.why) {
     case PlanEnd::Why::Span:
         return "The plan ends after " + at + "; what is due later is left out.\n";
@@ -99,7 +99,7 @@ std::string endText(const PlanEnd& end)
 PlanTable::PlanTable(PlanOutput& output, Nanoseconds span, Nanoseconds calendar)
     : m_output(output)
     , m_calendar(calendar)
-    , m_momentWidth(std::max<std::size_t>(8, seconds(span).size()))
+    , m_momentWidth(std::max<std::size_t>(8, inSeconds(span).size()))
 {
 }
 
@@ -124,10 +124,10 @@ std::string PlanTable::nameColumn(const std::string& name)
 void PlanTable::write(const PlanRow& row)
 {
     const std::string run = row.run == 0 ? "-" : std::to_string(row.run);
-    m_output.write(alignedRight(seconds(row.at), m_momentWidth) + "  " + localTime(m_calendar + row.at) + "  "
+    m_output.write(alignedRight(inSeconds(row.at), m_momentWidth) + "  " + localTime(m_calendar + row.at) + "  "
         + nameColumn(row.timer) + "  " + format("%-8s  %6s", row.callback.c_str(), run.c_str()) + "  "
-        + alignedRight(seconds(row.lateness()), 8) + "  " + alignedRight(row.took ? seconds(*row.took) : "-", 8)
-        + noteOf(row) + "\n");
+        + alignedRight(inSeconds(row.lateness()), 8) + "  "
+        + alignedRight(row.took ? inSeconds(*row.took) : "-", 8) + noteOf(row) + "\n");
 }
 
 void PlanTable::end(const PlanTotals& totals, const PlanEnd& end)
@@ -142,7 +142,7 @@ void PlanTable::end(const PlanTotals& totals, const PlanEnd& end)
         m_output.write(nameColumn(total.timer)
             + format("  %8llu  %8llu  %8llu  ", static_cast<unsigned long long>(total.fired),
                 static_cast<unsigned long long>(total.dropped), static_cast<unsigned long long>(total.failed))
-            + alignedRight(seconds(total.mostLateness), 9) + format("  %6.1f\n", busy));
+            + alignedRight(inSeconds(total.mostLateness), 9) + format("  %6.1f\n", busy));
     }
     if (totals.rowsLeftOut() > 0) {
         m_output.write("and " + std::to_string(totals.rowsLeftOut()) + " firings of other timers\n");

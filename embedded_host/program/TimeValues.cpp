@@ -22,7 +22,7 @@ struct Unit {
 
 constexpr double minute = 60;
 constexpr double hour = 60 * minute;
-constexpr double day = 24 * hour;
+constexpr double wholeDay = 24 * hour;
 
 /// In the order in which they may follow each other.
 constexpr std::array<Unit, 4> units { { { 'd', day }, { 'h', hour }, { 'm', minute }, { 's', 1 } } };

@@ -28,7 +28,8 @@ double fromAnyMoment(double seconds)
 {
     if constexpr (tovrintimer::timeStandsStillAtWork) {
         const auto now = tovrintimer::SteadyClock::now().time_since_epoch();
-        return toWholeMilliseconds(seconds) + (now % std::chrono::milliseconds(1) == now.zero() ? 0.0 : 1.0);
+        const bool isWhole = (now % std::chrono::milliseconds(1)).count() == 0;
+        return toWholeMilliseconds(seconds) + (isWhole ? 0.0 : 1.0);
     }
     return toWholeMilliseconds(seconds) + 1.0;
 }

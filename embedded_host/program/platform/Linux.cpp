@@ -88,7 +88,7 @@ std::FILE* divertStandardOutput(bool toStandardError)
     if (stream == nullptr) {
         throw std::system_error(errno, std::generic_category(), "cannot write to standard output");
     }
-    const int next = toStandardError ? STDERR_FILENO : open("/dev/null", O_WRONLY | O_CLOEXEC);
+    const int next = toStandardError ? STDERR_FILENO : ::open("/dev/null", O_WRONLY | O_CLOEXEC);
     if (next < 0 || dup2(next, STDOUT_FILENO) < 0) {
         throw std::system_error(errno, std::generic_category(), "cannot divert standard output");
     }
@@ -121,9 +121,10 @@ int continueAs(const char* name, const std::vector<const char*>& words)
     if (const int now = personality(0xffffffff); now != -1) {
         personality(static_cast<unsigned long>(now) | ADDR_NO_RANDOMIZE);
     }
+    std::vector<std::string> own(words.begin(), words.end());
     std::vector<char*> arguments;
-    for (const char* const word : words) {
-        arguments.push_back(const_cast<char*>(word)); // it does not write to them
+    for (std::string& word : own) {
+        arguments.push_back(word.data());
     }
     arguments.push_back(nullptr);
     execv(program.c_str(), arguments.data());

@@ -1,10 +1,10 @@
-#include "embedded_host/engine/Completion.hpp"
+#include "embedded_host/engine/AwaitedEnd.hpp"
 
 #include <utility>
 
 namespace tovrinhost {
 
-void Completion::finish(std::exception_ptr error)
+void AwaitedEnd::finish(std::exception_ptr error)
 {
     {
         const tovrintimer::Lock lock(m_mutex);
@@ -14,7 +14,7 @@ void Completion::finish(std::exception_ptr error)
     m_changed.notify_one();
 }
 
-void Completion::wait()
+void AwaitedEnd::wait()
 {
     tovrintimer::Lock lock(m_mutex);
     m_changed.wait(lock, [this] { return m_hasEnded; });

@@ -10,7 +10,7 @@ namespace tovrinhost {
 /// The end of something that one thread does and another waits for.
 ///
 /// Threading: `finish` once, on any thread; `wait` on one other. Ownership: shared by both threads.
-class TOVRINHOST_API Completion {
+class TOVRINHOST_API AwaitedEnd {
 public:
     /// \param error what went wrong; null if nothing did. It goes to who waits: the caller keeps no share of it,
     /// nor
