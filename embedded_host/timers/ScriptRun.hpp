@@ -141,6 +141,7 @@ private:
 
     TaskNote taskComes() override;
     void callbackBegins(Callback callback, const TaskNote& note) override;
+    void periodCounts() noexcept override { m_settings.applyPeriodTo(*m_timer); }
     void taskEnds(Callback callback, const TaskNote& note, const std::exception_ptr& error) noexcept override;
     void taskIsDropped(const TaskNote& note) noexcept override;
     void hasStopped() noexcept override;

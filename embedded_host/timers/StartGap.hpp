@@ -1,9 +1,9 @@
 #pragma once
 
 #include "embedded_host/diagnosis/FiringLog.hpp"
+#include "timer_src/main/Concurrency.hpp"
 
 #include <chrono>
-#include <thread>
 
 namespace tovrinhost {
 
@@ -29,7 +29,7 @@ public:
     void await(const FiringLog& clock) const
     {
         for (Nanoseconds left = m_end - clock.now(); left > 0; left = m_end - clock.now()) {
-            std::this_thread::sleep_for(std::chrono::nanoseconds(left));
+            tovrintimer::sleepFor(std::chrono::nanoseconds(left));
         }
     }
 

@@ -1,5 +1,8 @@
 #include "embedded_host/timers/TimerSettings.hpp"
 
+#include "timer_src/main/Concurrency.hpp"
+
+#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -20,8 +23,13 @@ double toWholeMilliseconds(double seconds)
 }
 
 /// No shorter from whatever moment within a millisecond on: one more for the part of it that has passed by then.
+/// Where time stands still at work, it is known whether one has.
 double fromAnyMoment(double seconds)
 {
+    if constexpr (tovrintimer::timeStandsStillAtWork) {
+        const auto now = tovrintimer::SteadyClock::now().time_since_epoch();
+        return toWholeMilliseconds(seconds) + (now % std::chrono::milliseconds(1) == now.zero() ? 0.0 : 1.0);
+    }
     return toWholeMilliseconds(seconds) + 1.0;
 }
 
@@ -65,11 +73,16 @@ std::uint64_t TimerSettings::taskCount() const
                                           : std::numeric_limits<std::uint64_t>::max();
 }
 
-void TimerSettings::applyTo(tovrintimer::TimerInfo& timer) const
+void TimerSettings::applyPeriodTo(tovrintimer::TimerInfo& timer) const
 {
     const bool isRate = executionMode == tovrintimer::ExecutionMode::FixedRate;
-    timer.setExecutionMode(static_cast<size_t>(executionMode));
     timer.setPeriod(isRate ? toWholeMilliseconds(periodSeconds) : fromAnyMoment(periodSeconds));
+}
+
+void TimerSettings::applyTo(tovrintimer::TimerInfo& timer) const
+{
+    timer.setExecutionMode(static_cast<size_t>(executionMode));
+    applyPeriodTo(timer);
     timer.setStartDelay(startDelaySeconds > 0.0 ? fromAnyMoment(startDelaySeconds) : 0.0);
     timer.setStartFcnIsEmpty(!hasStartFcn);
 }

@@ -53,6 +53,9 @@ struct TimerSettings {
     /// from which they count. A fixed rate counts from due moments, which are whole: one millisecond more would be
     /// a slower rate.
     void applyTo(tovrintimer::TimerInfo& timer) const;
+
+    /// The period alone, as it counts from this moment on.
+    void applyPeriodTo(tovrintimer::TimerInfo& timer) const;
 };
 
 } // namespace tovrinhost

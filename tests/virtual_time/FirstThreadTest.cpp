@@ -64,6 +64,20 @@ TEST_F(FirstThreadTest, LettingOthersRunTakesNoTime)
     EXPECT_FALSE(m_kernel.othersAreReady());
 }
 
+TEST_F(FirstThreadTest, LettingOthersRunLetsThoseRunToo)
+{
+    m_kernel.spawn("a", [this] {
+        say("a");
+        m_kernel.spawn("b", [this] {
+            say("b");
+            m_kernel.spawn("c", [this] { say("c"); });
+        });
+    });
+    m_kernel.letOthersRun();
+
+    EXPECT_THAT(m_story, ElementsAre("a", "b", "c"));
+}
+
 TEST_F(FirstThreadTest, ADeadlockIsThrownOutOfItsWaitAndLeavesTheOthersAsTheyAre)
 {
     Mutex mutex;
