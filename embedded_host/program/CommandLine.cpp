@@ -109,6 +109,11 @@ void parse(CLI::App& program, Words words, Request& request)
         const auto begin = beginOfArguments(*program.get_subcommand(words.front()), words);
         request.scriptArguments.assign(begin, words.end());
         words.erase(begin, words.end());
+    } else if (words.front() == planCommand.name) {
+        // Its options may stand behind the script, too: only what this mark separates is not looked at.
+        const auto mark = std::find(words.begin(), words.end(), "--");
+        request.scriptArguments.assign(mark == words.end() ? mark : mark + 1, words.end());
+        words.erase(mark, words.end());
     }
     std::reverse(words.begin(), words.end()); // as it wants them
     program.parse(std::move(words));

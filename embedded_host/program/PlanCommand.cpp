@@ -1,6 +1,5 @@
 #include "embedded_host/program/Clocks.hpp"
 #include "embedded_host/program/Commands.hpp"
-#include "embedded_host/program/StandardInput.hpp"
 #include "embedded_host/program/TimeValues.hpp"
 
 #include <CLI/CLI.hpp>
@@ -32,12 +31,9 @@ void addPlanOptions(CLI::App& plan, Request& request)
         "Have what the script prints written to standard error; without it, it is left out");
     plan.footer(exitStatuses);
     plan.callback([options, &request] {
-        request.action = [options] {
-            if (options->script.name == "-") {
-                options->script.text = { readStandardInput(), "=stdin" };
-            }
-            return planInVirtualTime(*options);
-        };
+        auto& arguments = options->script.arguments;
+        arguments.insert(arguments.end(), request.scriptArguments.begin(), request.scriptArguments.end());
+        request.action = [options] { return planInVirtualTime(*options); };
     });
 }
 

@@ -2,6 +2,7 @@
 #include "embedded_host/plan/PlanDocument.hpp"
 #include "embedded_host/plan/PlanTable.hpp"
 #include "embedded_host/program/Clocks.hpp"
+#include "embedded_host/program/StandardInput.hpp"
 #include "embedded_host/program/platform/Platform.hpp"
 #include "virtual_time/Kernel.hpp"
 
@@ -44,6 +45,9 @@ int planInVirtualTime(const PlanOptions& options)
     PlanResult result;
     RunOptions script;
     script.script = options.script;
+    if (options.script.name == "-") {
+        script.script.text = { readStandardInput(), "=stdin" };
+    }
     int status = run(script, [&](ScriptRunner& runner) {
         return std::make_shared<Plan>(runner, options.span, *writer, output, result);
     });
