@@ -21,7 +21,7 @@ Plan::Plan(ScriptRunner& runner, Nanoseconds span, PlanWriter& writer, PlanOutpu
 {
 }
 
-Plan::~Plan()
+Plan::~Plan() // NOLINT(bugprone-exception-escape): as said there
 {
     {
         const std::lock_guard lock(m_mutex);

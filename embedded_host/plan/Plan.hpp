@@ -26,7 +26,7 @@ public:
     Plan(ScriptRunner& runner, Nanoseconds span, PlanWriter& writer, PlanOutput& output, PlanResult& result);
     Plan(const Plan&) = delete;
     Plan& operator=(const Plan&) = delete;
-    ~Plan();
+    ~Plan(); // NOLINT(bugprone-exception-escape): what is thrown where nothing can go on any more ends the program
 
 private:
     void follow();

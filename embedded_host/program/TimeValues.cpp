@@ -25,7 +25,7 @@ constexpr double hour = 60 * minute;
 constexpr double wholeDay = 24 * hour;
 
 /// In the order in which they may follow each other.
-constexpr std::array<Unit, 4> units { { { 'd', day }, { 'h', hour }, { 'm', minute }, { 's', 1 } } };
+constexpr std::array<Unit, 4> units { { { 'd', wholeDay }, { 'h', hour }, { 'm', minute }, { 's', 1 } } };
 
 /// Takes a number without a sign off the beginning of the text. \returns none where there is none
 std::optional<double> takeNumber(std::string_view& text)
@@ -111,7 +111,7 @@ std::optional<std::int64_t> readLocalTime(std::string_view text)
 Nanoseconds toSpan(const char* option, const std::string& text)
 {
     constexpr double least = 0.001;
-    constexpr double most = 366 * day;
+    constexpr double most = 366 * wholeDay;
     const auto seconds = readDuration(text);
     if (!seconds || !(*seconds >= least && *seconds <= most)) {
         failOption(option, text,
