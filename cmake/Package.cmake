@@ -25,6 +25,12 @@ install(FILES
 install(FILES
   timer_src/main/platform/ConditionVariable.hpp
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tovrintimer/timer_src/main/platform)
+if(TARGET tovrintimer_testing)
+  install(TARGETS tovrintimer_testing EXPORT tovrintimerTargets)
+  install(DIRECTORY virtual_time/
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tovrintimer/virtual_time
+    FILES_MATCHING PATTERN "*.hpp" PATTERN VirtualThread.hpp EXCLUDE PATTERN platform EXCLUDE)
+endif()
 # For those who write a host of their own: what it has to define, and the smallest one that there is.
 install(FILES host/host-definitions.txt DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY tests/external_host/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples/host)

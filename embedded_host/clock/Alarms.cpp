@@ -18,7 +18,7 @@ Alarms::Number Alarms::set(WallTime moment, std::function<void()> call)
 {
     const std::lock_guard lock(m_mutex);
     if (!m_thread.joinable()) {
-        m_thread = std::thread([this] { serve(); });
+        m_thread = tovrintimer::Thread([this] { serve(); });
     }
     m_calls.emplace(Key { moment, ++m_latest }, std::move(call));
     m_changed.notify_one();
@@ -34,12 +34,14 @@ void Alarms::cancel(WallTime moment, Number alarm)
 
 void Alarms::serve()
 {
-    std::unique_lock lock(m_mutex);
+    tovrintimer::Lock lock(m_mutex);
     while (!m_ends) {
-        if (m_calls.empty()) {
-            m_changed.wait(lock);
-        } else if (const WallTime first = m_calls.begin()->first.first; m_clock.now() < first) {
-            m_clock.wait(m_changed, lock, first);
+        const auto first = firstMoment();
+        const auto isChanged = [&] { return m_ends || firstMoment() != first; };
+        if (!first) {
+            m_changed.wait(lock, isChanged);
+        } else if (m_clock.now() < *first) {
+            m_clock.wait(m_changed, lock, *first, isChanged);
         } else {
             auto due = m_calls.extract(m_calls.begin());
             lock.unlock();
@@ -48,6 +50,12 @@ void Alarms::serve()
             lock.lock();
         }
     }
+}
+
+/// The caller holds m_mutex.
+std::optional<WallTime> Alarms::firstMoment() const
+{
+    return m_calls.empty() ? std::nullopt : std::optional(m_calls.begin()->first.first);
 }
 
 } // namespace tovrinhost

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
-#include <thread>
+#include <optional>
 #include <utility>
 
 namespace tovrinhost {
@@ -40,14 +40,15 @@ private:
     using Key = std::pair<WallTime, Number>;
 
     void serve();
+    std::optional<WallTime> firstMoment() const;
 
     const WallClock& m_clock;
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
+    tovrintimer::Mutex m_mutex;
+    tovrintimer::ConditionVariable m_changed;
     std::map<Key, std::function<void()>> m_calls; // guarded by m_mutex, like all below
     Number m_latest = 0;
     bool m_ends = false;
-    std::thread m_thread;
+    tovrintimer::Thread m_thread;
 };
 
 } // namespace tovrinhost

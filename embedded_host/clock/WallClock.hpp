@@ -1,8 +1,9 @@
 #pragma once
 
+#include "timer_src/main/Concurrency.hpp"
+
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
+#include <functional>
 
 namespace tovrinhost {
 
@@ -16,10 +17,11 @@ class WallClock {
 public:
     virtual WallTime now() const = 0;
 
-    /// Waits until the clock shows `moment`, however it is set meanwhile, or until `changed` is notified. May end
-    /// earlier: the caller looks at the clock again.
-    virtual void wait(
-        std::condition_variable& changed, std::unique_lock<std::mutex>& lock, WallTime moment) const = 0;
+    /// Waits until the clock shows `moment`, however it is set meanwhile, or until `ends` holds as `changed` is
+    /// notified. May end earlier: the caller looks at the clock again.
+    /// \param ends asked with the lock held
+    virtual void wait(tovrintimer::ConditionVariable& changed, tovrintimer::Lock& lock, WallTime moment,
+        const std::function<bool()>& ends) const = 0;
 
 protected:
     ~WallClock() = default;

@@ -1,5 +1,7 @@
 #include "embedded_host/diagnosis/FiringLog.hpp"
 
+#include "timer_src/main/Concurrency.hpp"
+
 #include <algorithm>
 #include <chrono>
 #include <exception>
@@ -9,6 +11,7 @@ namespace tovrinhost {
 
 using tovrintimer::DropReason;
 using tovrintimer::ObservedWork;
+using tovrintimer::ofThisThread;
 
 namespace {
 
@@ -17,8 +20,6 @@ struct Dispatch {
     std::uint64_t number = 0; ///< 0: nothing
     DispatchSlot* slot = nullptr;
 };
-
-thread_local Dispatch dispatchedHere;
 
 Nanoseconds dueOf(const ObservedWork& work)
 {
@@ -32,7 +33,7 @@ Nanoseconds dueOf(const ObservedWork& work)
 
 Nanoseconds FiringLog::steadyClock() noexcept
 {
-    return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
+    return std::chrono::nanoseconds(tovrintimer::SteadyClock::now().time_since_epoch()).count();
 }
 
 FiringLog::FiringLog(Clock clock)
@@ -63,17 +64,17 @@ void FiringLog::dispatched(const ObservedWork& work) noexcept
     DispatchSlot& slot = slotFor(work);
     slot.set(DispatchSlot::Due, dueOf(work)); // it may have been hastened
     slot.set(DispatchSlot::Dispatched, m_clock());
-    dispatchedHere = { work.number, &slot };
+    ofThisThread<Dispatch>() = { work.number, &slot };
 }
 
 void FiringLog::handedOver(const ObservedWork& /*work*/) noexcept
 {
-    dispatchedHere = {};
+    ofThisThread<Dispatch>() = {};
 }
 
 void FiringLog::dropped(const ObservedWork& work, DropReason why) noexcept
 {
-    dispatchedHere = {};
+    ofThisThread<Dispatch>() = {};
     DispatchSlot& slot = slotFor(work);
     if (why != DropReason::BusyModeDrop) {
         const auto place = static_cast<std::uint64_t>(slot.get(DispatchSlot::Place));
@@ -91,7 +92,7 @@ void FiringLog::dropped(const ObservedWork& work, DropReason why) noexcept
 
 void FiringLog::hostHasIt(TaskNote& note) noexcept
 {
-    const auto [number, slot] = dispatchedHere;
+    const auto [number, slot] = ofThisThread<Dispatch>();
     if (number == 0) {
         return;
     }

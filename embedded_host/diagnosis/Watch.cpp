@@ -31,8 +31,9 @@ void Watch::run()
     setCurrentThreadName("diagnosis");
     for (bool ends = false; !ends;) {
         {
-            std::unique_lock lock(m_mutex);
-            ends = m_changed.wait_for(lock, pause, [this] { return m_ends; });
+            tovrintimer::Lock lock(m_mutex);
+            const auto next = tovrintimer::SteadyClock::now() + pause;
+            ends = m_changed.wait_until(lock, next, [this] { return m_ends; });
         }
         try {
             m_tell(m_reader.read());

@@ -1,11 +1,9 @@
 #pragma once
 
 #include "embedded_host/diagnosis/LogReader.hpp"
+#include "timer_src/main/Concurrency.hpp"
 
-#include <condition_variable>
 #include <functional>
-#include <mutex>
-#include <thread>
 
 namespace tovrinhost {
 
@@ -25,10 +23,10 @@ private:
 
     LogReader m_reader; // only for the watch's thread, like the next
     const std::function<void(const News&)> m_tell;
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
+    tovrintimer::Mutex m_mutex;
+    tovrintimer::ConditionVariable m_changed;
     bool m_ends = false; // guarded by m_mutex
-    std::thread m_thread;
+    tovrintimer::Thread m_thread;
 };
 
 } // namespace tovrinhost

@@ -1,5 +1,6 @@
 #include "embedded_host/engine/Engine.hpp"
 
+#include "embedded_host/engine/Completion.hpp"
 #include "embedded_host/engine/InterpreterThread.hpp"
 #include "embedded_host/engine/RequestLine.hpp"
 #include "embedded_host/engine/ScriptError.hpp"
@@ -11,6 +12,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <exception>
 #include <iostream>
 #include <type_traits>
 #include <utility>
@@ -96,6 +98,41 @@ template <typename Evaluate> auto evaluateLater(EventLoop& loop, EventLoop::When
     return result;
 }
 
+/// Work for the interpreter thread whose end another thread waits for. That comes also if the loop drops it.
+class AwaitedWork {
+public:
+    AwaitedWork(std::function<void()> work, std::shared_ptr<Completion> end)
+        : m_work(std::move(work))
+        , m_end(std::move(end))
+    {
+    }
+    AwaitedWork(const AwaitedWork&) = delete;
+    AwaitedWork& operator=(const AwaitedWork&) = delete;
+
+    ~AwaitedWork()
+    {
+        if (m_end) {
+            m_end->finish(std::make_exception_ptr(ScriptError("the engine has been shut down", "")));
+        }
+    }
+
+    /// To be called once.
+    void operator()()
+    {
+        std::exception_ptr error;
+        try {
+            m_work();
+        } catch (...) {
+            error = std::current_exception();
+        }
+        std::exchange(m_end, nullptr)->finish(std::move(error));
+    }
+
+private:
+    const std::function<void()> m_work;
+    std::shared_ptr<Completion> m_end; ///< null once it has been told
+};
+
 /// The owner of a task that belongs to no timer.
 class NoTimer final : public TaskOwner {
 public:
@@ -124,7 +161,7 @@ std::shared_ptr<Engine> Engine::start()
     // A share of the loop is one of the engine that it is part of.
     engine->m_queueManager
         = makeQueueManager(engine->m_contextId, std::shared_ptr<EventLoop>(engine, &engine->m_loop));
-    engine->m_thread = std::thread([raw = engine.get()] { raw->serve(); });
+    engine->m_thread = tovrintimer::Thread([raw = engine.get()] { raw->serve(); });
     // From here on the interpreter exists.
     engine->run([](Interpreter&) {});
     return engine;
@@ -202,7 +239,7 @@ void Engine::interrupt(Interruption why)
     if (!isInterpreterThread(m_loop)) {
         // Lua may have been about to note that there is no hook any more, after one of the script's or of an
         // earlier interruption: then it has just overwritten the mark that makes it look at the new one.
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        tovrintimer::sleepFor(std::chrono::milliseconds(1));
         interject();
     }
 }
@@ -217,9 +254,14 @@ void Engine::interject()
 
 void Engine::run(const std::function<void(Interpreter&)>& work)
 {
-    const auto evaluate = [this, &work] { work(*m_interpreter); };
-    (isInterpreterThread(m_loop) ? evaluateNow(evaluate) : evaluateLater(m_loop, EventLoop::When::Idle, evaluate))
-        .get();
+    const auto evaluate = [this, &work] { evaluateAsScript([&] { work(*m_interpreter); }); };
+    if (isInterpreterThread(m_loop)) {
+        evaluate();
+        return;
+    }
+    const auto end = std::make_shared<Completion>();
+    m_loop.post(EventLoop::When::Idle, [awaited = std::make_shared<AwaitedWork>(evaluate, end)] { (*awaited)(); });
+    end->wait();
 }
 
 } // namespace tovrinhost

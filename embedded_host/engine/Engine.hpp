@@ -8,7 +8,6 @@
 
 #include <memory>
 #include <mutex>
-#include <thread>
 
 namespace iqm {
 class Iqm;
@@ -48,7 +47,7 @@ public:
     EventLoop& loop() { return m_loop; }
 
     /// Does something on the interpreter thread, once it is idle, and waits.
-    /// \throws ScriptError for whatever `work` throws
+    /// \throws ScriptError for whatever `work` throws, and where the engine has been shut down
     void run(const std::function<void(Interpreter&)>& work);
 
 private:
@@ -65,7 +64,7 @@ private:
     std::mutex m_interjectionMutex;
     std::unique_ptr<platform::Interjection> m_interjection; // guarded by it; there while the interpreter serves
 
-    std::thread m_thread;
+    tovrintimer::Thread m_thread;
 };
 
 } // namespace tovrinhost

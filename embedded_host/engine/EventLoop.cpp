@@ -8,9 +8,11 @@
 
 namespace tovrinhost {
 
+using tovrintimer::Lock;
+
 void EventLoop::post(When when, Work request)
 {
-    std::unique_lock lock(m_mutex);
+    Lock lock(m_mutex);
     if (m_stopped) {
         return;
     }
@@ -20,7 +22,7 @@ void EventLoop::post(When when, Work request)
 
 void EventLoop::postUrgent(Work request)
 {
-    std::unique_lock lock(m_mutex);
+    Lock lock(m_mutex);
     if (m_stopped) {
         return;
     }
@@ -33,7 +35,7 @@ bool EventLoop::submit(
     const std::shared_ptr<TaskOwner>& owner, Work task, bool wakes, std::size_t limit, const TaskNote& note)
 {
     const bool isOther = !isInterpreterThread(*this);
-    std::unique_lock lock(m_mutex);
+    Lock lock(m_mutex);
     if (m_stopped || (owner->m_closed && isOther)) {
         lock.unlock();
         owner->taskIsDropped(note);
@@ -50,7 +52,7 @@ bool EventLoop::submit(
 
 void EventLoop::wake()
 {
-    raiseAttention(std::unique_lock(m_mutex));
+    raiseAttention(Lock(m_mutex));
 }
 
 /// Takes over what has arrived.
@@ -216,7 +218,7 @@ void EventLoop::runUntilStopped()
 
 void EventLoop::stop()
 {
-    std::unique_lock lock(m_mutex);
+    Lock lock(m_mutex);
     m_stopped = true;
     const auto arrived = std::exchange(m_arrived, {});
     const auto urgent = std::exchange(m_urgent, {});
@@ -262,7 +264,7 @@ void EventLoop::waitForAttention(const Deadline& deadline)
     if (m_observer != nullptr) {
         m_observer->sleeps();
     }
-    std::unique_lock lock(m_mutex);
+    Lock lock(m_mutex);
     const auto called = [this] { return m_attention; };
     m_sleeps = true;
     if (deadline) {
@@ -278,7 +280,7 @@ void EventLoop::waitForAttention(const Deadline& deadline)
     }
 }
 
-void EventLoop::raiseAttention(std::unique_lock<std::mutex> lock)
+void EventLoop::raiseAttention(Lock lock)
 {
     m_attention = true;
     const bool wakes = std::exchange(m_sleeps, false);

@@ -4,17 +4,15 @@
 #include "embedded_host/engine/Interruption.hpp"
 #include "embedded_host/engine/TaskOwner.hpp"
 #include "host/Export.hpp"
+#include "timer_src/main/Concurrency.hpp"
 
 #include <atomic>
-#include <chrono>
-#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <functional>
 #include <limits>
 #include <memory>
-#include <mutex>
 #include <optional>
 
 namespace tovrinhost {
@@ -36,7 +34,7 @@ namespace tovrinhost {
 class TOVRINHOST_API EventLoop {
 public:
     using Work = std::function<void()>;
-    using Clock = std::chrono::steady_clock;
+    using Clock = tovrintimer::SteadyClock;
     using Deadline = std::optional<Clock::time_point>;
 
     enum class When { Idle, AtEventLoop };
@@ -117,10 +115,10 @@ private:
     bool collectUnderLock();
     std::uint64_t arrivals() const;
     void waitForAttention(const Deadline& deadline);
-    void raiseAttention(std::unique_lock<std::mutex> lock);
+    void raiseAttention(tovrintimer::Lock lock);
 
-    mutable std::mutex m_mutex;
-    std::condition_variable m_changed;
+    mutable tovrintimer::Mutex m_mutex;
+    tovrintimer::ConditionVariable m_changed;
     std::deque<Entry> m_arrived; // guarded by m_mutex, like the next four
     std::deque<Entry> m_urgent;
     std::uint64_t m_arrivals = 0;

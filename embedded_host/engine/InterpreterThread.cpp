@@ -1,26 +1,36 @@
 #include "embedded_host/engine/InterpreterThread.hpp"
 
+#include "timer_src/main/Concurrency.hpp"
+
 namespace tovrinhost {
 
 namespace {
 
-thread_local const EventLoop* loopOfThisThread = nullptr;
+/// What a thread is the interpreter thread of.
+struct Interprets {
+    const EventLoop* loop = nullptr;
+};
+
+const EventLoop*& loopOfThisThread() noexcept
+{
+    return tovrintimer::ofThisThread<Interprets>().loop;
+}
 
 } // namespace
 
 bool isInterpreterThread(const EventLoop& loop) noexcept
 {
-    return loopOfThisThread == &loop;
+    return loopOfThisThread() == &loop;
 }
 
 InterpreterThread::InterpreterThread(const EventLoop& loop) noexcept
 {
-    loopOfThisThread = &loop;
+    loopOfThisThread() = &loop;
 }
 
 InterpreterThread::~InterpreterThread()
 {
-    loopOfThisThread = nullptr;
+    loopOfThisThread() = nullptr;
 }
 
 } // namespace tovrinhost

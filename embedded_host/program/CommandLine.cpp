@@ -111,12 +111,7 @@ std::variant<Action, Leave> readCommandLine(int argc, const char* const* argv)
     CLI::App program("Runs scripts whose timers are driven by the timer engine.", "tovrin");
     program.require_subcommand(1);
     program.set_version_flag("--version", std::string("tovrin ") + programVersion(), "Print the version and exit");
-    CLI::App* const run = addRunCommand(program, arguments, action);
-    addExplainCommand(program, action);
-    addReportCommand(program, action);
-    addShellCommand(program, action);
-    addTimersCommand(program, action);
-    addTopCommand(program, action);
+    CLI::App* const run = addCommands(program, arguments, action);
     // Once somebody asks for help: to look the table up takes a while.
     program.footer([] {
         return "tovrin FILE [ARG...] is short for tovrin run FILE [ARG...], and so is tovrin -e CODE for tovrin "

@@ -23,6 +23,9 @@ void addShellCommand(CLI::App& program, Action& action);
 void addTimersCommand(CLI::App& program, Action& action);
 void addTopCommand(CLI::App& program, Action& action);
 
+/// Those that this program has. \returns the one that runs a script
+CLI::App* addCommands(CLI::App& program, const std::vector<std::string>& arguments, Action& action);
+
 /// As CMake has it: "0.1.0".
 const char* programVersion();
 

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <limits>
+#include <optional>
 #include <string>
 
 namespace tovrinhost {
@@ -16,5 +17,8 @@ std::size_t toCount(
     const char* option, const std::string& text, std::size_t most = std::numeric_limits<std::size_t>::max());
 
 double toSeconds(const char* option, const std::string& text);
+
+/// Of a clock: none for "real", 0 for "virtual", N for "real:N".
+std::optional<double> toPace(const char* option, const std::string& text);
 
 } // namespace tovrinhost

@@ -5,13 +5,11 @@
 #include "embedded_host/program/Watching.hpp"
 #include "embedded_host/program/platform/Platform.hpp"
 #include "embedded_host/services/Features.hpp"
-#include "embedded_host/status/StatusProtocol.hpp"
-#include "embedded_host/status/StatusServer.hpp"
 #include "embedded_host/timers/ScriptRunner.hpp"
+#include "timer_src/main/Concurrency.hpp"
 
 #include <cstdlib>
 #include <iostream>
-#include <string_view>
 
 namespace tovrinhost {
 
@@ -34,7 +32,7 @@ void configure(const RunOptions& options)
 
 } // namespace
 
-int run(const RunOptions& options)
+int run(const RunOptions& options, const Companion& companion)
 {
     configure(options);
     const platform::SignalsLeftToWatcher left; // by the threads of the runner, too
@@ -46,17 +44,13 @@ int run(const RunOptions& options)
             std::_Exit(first);
         }
         first = status;
-        runner.interrupt(status);
+        tovrintimer::fromOutside([&runner, status] { runner.interrupt(status); });
     };
-    const auto onQuestion = [&runner] { std::cerr << statusTable(runner.diagnosis()); };
+    const auto onQuestion
+        = [&runner] { tovrintimer::fromOutside([&runner] { std::cerr << statusTable(runner.diagnosis()); }); };
     const platform::SignalWatcher watcher(onSignal, onQuestion);
     Watching watching(options, runner.diagnosis());
-    std::optional<StatusServer> server;
-    if (options.servesStatus) {
-        server.emplace([&diagnosis = runner.diagnosis(), &options](std::string_view request) {
-            return protocol::answer(request, diagnosis, ownProcess(), options.script.name);
-        });
-    }
+    const std::shared_ptr<void> beside = companion(runner.diagnosis());
     const int status = runner.run(options.script);
     const bool isComplete = watching.end();
     return status == EXIT_SUCCESS && !isComplete ? EXIT_FAILURE : status;

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "embedded_host/diagnosis/Diagnosis.hpp"
 #include "embedded_host/engine/Script.hpp"
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -20,9 +23,13 @@ struct RunOptions {
     std::optional<double> lateAbove; ///< seconds
     bool servesStatus = false; ///< to `tovrin timers` and `tovrin top`
     std::size_t maxBacklog = 10'000; ///< how many callbacks of one timer may wait
+    std::optional<double> pace; ///< of the clock: none for the real one, else as VirtualTime.hpp has it
 };
 
+/// Something that lives beside the script while that runs.
+using Companion = std::function<std::shared_ptr<void>(Diagnosis&)>;
+
 /// Runs a script until no timer of it runs any more. \returns the exit status
-int run(const RunOptions& options);
+int run(const RunOptions& options, const Companion& companion);
 
 } // namespace tovrinhost

@@ -1,6 +1,6 @@
+#include "embedded_host/program/Clocks.hpp"
 #include "embedded_host/program/Commands.hpp"
 #include "embedded_host/program/OptionValues.hpp"
-#include "embedded_host/program/Run.hpp"
 #include "embedded_host/program/StandardInput.hpp"
 #include "embedded_host/services/Features.hpp"
 
@@ -119,6 +119,13 @@ void addOptions(CLI::App& run, const std::shared_ptr<RunOptions>& options)
     run.add_flag("--status", options->servesStatus,
         "Tell tovrin timers and tovrin top of the same user how the timers are doing; not on Windows");
     run.add_option_function<std::string>(
+           "--clock", [options](const std::string& text) { options->pace = toPace("--clock", text); },
+           "What time goes by: real; virtual, in which a wait takes no time; or real:N, N times faster than the "
+           "real "
+           "one")
+        ->default_str("real")
+        ->type_name("CLOCK");
+    run.add_option_function<std::string>(
            "--max-backlog",
            [options](const std::string& text) { options->maxBacklog = toCount("--max-backlog", text); },
            "How many callbacks of one timer may wait to be run; one more is an error of the timer")
@@ -159,10 +166,14 @@ CLI::App* addRunCommand(CLI::App& program, const std::vector<std::string>& argum
         if (options->script.name.empty() && !*code) {
             throw CLI::RequiredError("FILE");
         }
+        if (options->servesStatus && options->pace) {
+            throw CLI::ValidationError(
+                "--status", "it is for the real clock: in virtual time nobody else looks on");
+        }
         options->script.arguments = arguments;
         action = [options, code] {
             findScript(options->script, *code);
-            return tovrinhost::run(*options);
+            return runByItsClock(*options);
         };
     });
     return run;

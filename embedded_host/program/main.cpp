@@ -1,5 +1,6 @@
 #include "embedded_host/log/Escape.hpp"
 #include "embedded_host/log/LogSinks.hpp"
+#include "embedded_host/program/Clocks.hpp"
 #include "embedded_host/program/CommandLine.hpp"
 #include "embedded_host/program/platform/Platform.hpp"
 
@@ -25,6 +26,7 @@ bool endOutput()
 
 int runProgram(int argc, const char* const* argv)
 {
+    rememberWords(argc, argv);
     const auto asked = readCommandLine(argc, argv);
     if (const auto* leave = std::get_if<Leave>(&asked)) {
         return leave->status;

@@ -2,11 +2,11 @@
 
 #include "embedded_host/engine/TimerEngine.hpp"
 #include "embedded_host/timers/TaskCount.hpp"
+#include "timer_src/main/Concurrency.hpp"
 #include "timer_src/main/TimerInfo.hpp"
 
 #include <atomic>
 #include <cstdint>
-#include <mutex>
 
 namespace tovrinhost {
 
@@ -60,7 +60,7 @@ private:
 
     // At a fixed rate the dispatching thread counts. Written under m_countMutex; the interpreter thread, which is
     // the only one that changes the number, reads that without.
-    std::mutex m_countMutex;
+    tovrintimer::Mutex m_countMutex;
     std::uint64_t m_wanted;
     TaskCount m_count;
     bool m_startFcnComes; // with the next task

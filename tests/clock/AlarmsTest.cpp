@@ -127,15 +127,16 @@ TEST_F(AlarmsTest, ThoseThatAreLeftAreNotCalled)
 TEST(SystemWallClockTest, AWaitForAMomentThatHasComeIsOver)
 {
     const WallClock& clock = systemWallClock();
-    std::mutex mutex;
-    std::condition_variable never;
-    std::unique_lock lock(mutex);
+    tovrintimer::Mutex mutex;
+    tovrintimer::ConditionVariable never;
+    tovrintimer::Lock lock(mutex);
+    const auto notYet = [] { return false; };
     const WallTime moment = clock.now() + std::chrono::milliseconds(50);
     while (clock.now() < moment) {
-        clock.wait(never, lock, moment);
+        clock.wait(never, lock, moment, notYet);
     }
-    clock.wait(never, lock, clock.now() - std::chrono::hours(1));
-    clock.wait(never, lock, WallTime());
+    clock.wait(never, lock, clock.now() - std::chrono::hours(1), notYet);
+    clock.wait(never, lock, WallTime(), notYet);
 }
 
 TEST(SystemWallClockTest, SecondsAreRoundedUpAndNoneIsBefore1970)

@@ -17,10 +17,11 @@ public:
 
     WallTime now() const override { return at(m_seconds); }
 
-    void wait(std::condition_variable& changed, std::unique_lock<std::mutex>& lock, WallTime) const override
+    void wait(tovrintimer::ConditionVariable& changed, tovrintimer::Lock& lock, WallTime,
+        const std::function<bool()>& ends) const override
     {
         ++m_waits;
-        changed.wait_for(lock, std::chrono::milliseconds(1));
+        changed.wait_until(lock, std::chrono::steady_clock::now() + std::chrono::milliseconds(1), std::cref(ends));
     }
 
     static WallTime at(std::int64_t seconds) { return WallTime(std::chrono::seconds(seconds)); }

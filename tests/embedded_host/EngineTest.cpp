@@ -12,6 +12,8 @@
 #include <cmath>
 #include <future>
 #include <limits>
+#include <stdexcept>
+#include <thread>
 
 namespace tovrinhost {
 
@@ -166,7 +168,39 @@ TEST_F(EngineTest, AnEngineThatHasBeenShutDownRefusesFurtherWork)
     m_engine->shutDown();
 
     EXPECT_THROW(call("print", {}, 0), boost::broken_promise);
+    EXPECT_THAT([&] { execute("print()"); }, testing::ThrowsMessage<ScriptError>("the engine has been shut down"));
     EXPECT_NO_THROW(processTovrinTimerTask(m_engine, [] { FAIL() << "run after the end"; }));
+}
+
+TEST_F(EngineTest, WorkThatWaitsAsTheEngineIsShutDownFails)
+{
+    std::promise<void> begins;
+    std::promise<void> goesOn;
+    std::thread occupant([&] {
+        m_engine->run([&](Interpreter&) {
+            begins.set_value();
+            goesOn.get_future().get();
+        });
+    });
+    begins.get_future().get();
+    auto waits = std::async(
+        std::launch::async, [&] { m_engine->run([](Interpreter&) { FAIL() << "run after the end"; }); });
+    // It waits behind the occupant, or has not come yet: it fails either way.
+    m_engine->loop().stop();
+    goesOn.set_value();
+    occupant.join();
+
+    EXPECT_THAT([&] { waits.get(); }, testing::ThrowsMessage<ScriptError>("the engine has been shut down"));
+}
+
+TEST_F(EngineTest, WhatLeavesWorkOnTheInterpreterThreadIsAScriptsErrorThere)
+{
+    const auto fails = [](Interpreter&) { throw std::runtime_error("no luck"); };
+
+    EXPECT_THAT([&] { m_engine->run(fails); }, testing::ThrowsMessage<ScriptError>("no luck"));
+    m_engine->run([&](Interpreter&) {
+        EXPECT_THAT([&] { m_engine->run(fails); }, testing::ThrowsMessage<ScriptError>("no luck"));
+    });
 }
 
 TEST_F(EngineTest, AnEngineOfAnotherHostIsRefused)

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <thread>
+#include <vector>
 
 namespace tovrintimer::platform {
 
@@ -13,6 +14,19 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr DueTime start { 1000ms };
+
+/// A clock that is set, forward or back.
+struct SettableClock {
+    using duration = std::chrono::nanoseconds;
+    using rep = duration::rep;
+    using period = duration::period;
+    using time_point = std::chrono::time_point<SettableClock>;
+    static constexpr bool is_steady = false;
+
+    static time_point now() { return time_point(SteadyClock::now().time_since_epoch() + ahead); }
+
+    static inline duration ahead { 0 };
+};
 
 TEST(ConditionVariableTest, AWaitOfSixtyDaysIsMadeOfSixtyThatThePlatformCanDo)
 {
@@ -87,6 +101,48 @@ TEST(ConditionVariableTest, ThePredicateIsAskedAtEachStopAndTheWaitEndsNotBefore
     EXPECT_GE(SteadyClock::now(), due);
     // At the beginning, at the deadline, and at least once in between, however late this thread wakes up.
     EXPECT_GE(asked, 3);
+}
+
+TEST(ConditionVariableTest, AMomentThatAClockHasPassedIsWaitedForOnceThatIsSetBack)
+{
+    ConditionVariable condition;
+    Mutex mutex;
+    Lock lock(mutex);
+    SettableClock::ahead = 1h;
+    EXPECT_FALSE(condition.wait_until(lock, SettableClock::now(), [] { return false; }));
+
+    SettableClock::ahead = 0h;
+    const auto moment = SettableClock::now() + 30ms;
+    EXPECT_FALSE(condition.wait_until(lock, moment, [] { return false; }));
+
+    EXPECT_GE(SettableClock::now(), moment);
+}
+
+TEST(ConditionVariableTest, AWaitWithoutADeadlineEndsOnceItsPredicateHolds)
+{
+    ConditionVariable condition;
+    Mutex mutex;
+    int calls = 0;
+    std::vector<int> seen;
+    Lock lock(mutex);
+    std::thread caller([&] {
+        for (int call = 0; call < 2; ++call) {
+            const Lock callersLock(mutex);
+            ++calls;
+            condition.notify_one();
+        }
+    });
+
+    condition.wait(lock, [&] {
+        EXPECT_TRUE(lock.owns_lock());
+        seen.push_back(calls);
+        return calls == 2;
+    });
+
+    EXPECT_EQ(seen.front(), 0);
+    EXPECT_EQ(seen.back(), 2);
+    lock.unlock();
+    caller.join();
 }
 
 TEST(ConditionVariableTest, ANotificationEndsTheWait)

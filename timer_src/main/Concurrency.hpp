@@ -6,11 +6,15 @@
 #include <chrono>
 #include <mutex>
 #include <thread>
+#include <type_traits>
+#include <utility>
 
 namespace tovrintimer {
 
-// The one place that names the clocks, the lock, the condition variable, the thread and what is shared without a
-// lock. Everything else in the library uses these names, so that a build may put other types behind them.
+// The one place that names the clocks, the lock, the condition variable, the thread, what a thread has of its own,
+// and what is shared without a lock. Everything else uses these names, so that a build may put other types behind
+// them: the library, and of the embedded host whatever waits, looks at the steady clock or makes threads, but for
+// what a terminal, a socket or a signal is waited for with.
 
 using SteadyClock = std::chrono::steady_clock;
 using SystemClock = std::chrono::system_clock;
@@ -23,6 +27,26 @@ template <typename T> using Atomic = std::atomic<T>;
 inline Thread::id currentThreadId()
 {
     return std::this_thread::get_id();
+}
+
+inline void sleepFor(std::chrono::nanoseconds span)
+{
+    std::this_thread::sleep_for(span);
+}
+
+/// What the calling thread has of this type: one object for each thread, as `T {}` makes it.
+template <typename T> T& ofThisThread()
+{
+    // Nothing has to run where a thread begins or ends.
+    static_assert(std::is_trivially_destructible_v<T>);
+    constinit thread_local T object {};
+    return object;
+}
+
+/// Calls for a thread that is none of a `Thread`'s and not the program's first: one that waits for signals.
+template <typename Call> void fromOutside(Call&& call)
+{
+    std::forward<Call>(call)();
 }
 
 } // namespace tovrintimer

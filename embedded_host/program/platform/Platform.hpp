@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace tovrinhost::platform {
 
@@ -17,6 +18,13 @@ bool isInputATerminal();
 /// Writes what is still to be written.
 /// \returns the errno of the first write that failed since the program began, 0 if none did
 int flushStandardOutput();
+
+/// Has another program of this installation go on in place of this one, with the words of its command line. Where
+/// the system cannot put one program in the place of another, this one waits for it.
+/// \param name what its file is called, beside this program's or in libexec/tovrin
+/// \returns its exit status
+/// \throws std::system_error if there is no such program, or it cannot be started
+int continueAs(const char* name, const std::vector<const char*>& words);
 
 /// Keeps the signals that ask the program to end, or how it is doing, away from this thread, and from those that
 /// it makes meanwhile: only the watcher's gets them. Pending calls of the others are not disturbed.

@@ -4,9 +4,14 @@
 
 #include <windows.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
 #include <mutex>
+#include <string>
+#include <system_error>
 #include <utility>
 
 namespace tovrinhost::platform {
@@ -55,6 +60,34 @@ bool isInputATerminal()
 {
     DWORD mode = 0; // only a console has one
     return GetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), &mode) != 0;
+}
+
+int continueAs(const char* name, const std::vector<const char*>& /*words*/)
+{
+    std::array<wchar_t, 32'768> self {};
+    GetModuleFileNameW(nullptr, self.data(), static_cast<DWORD>(self.size()));
+    const std::filesystem::path folder = std::filesystem::path(self.data()).parent_path();
+    std::filesystem::path program = folder / (std::string(name) + ".exe");
+    if (std::error_code ignored; !std::filesystem::exists(program, ignored)) {
+        program = folder.parent_path() / "libexec" / "tovrin" / program.filename();
+    }
+    // The other program gets Ctrl-C as well, and ends; this one is to tell its status.
+    SetConsoleCtrlHandler([](DWORD) -> BOOL { return TRUE; }, TRUE);
+    STARTUPINFOW startup {};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process {};
+    const BOOL inheritsHandles = TRUE;
+    if (!CreateProcessW(program.c_str(), GetCommandLineW(), nullptr, nullptr, inheritsHandles, 0, nullptr, nullptr,
+            &startup, &process)) {
+        throw std::system_error(
+            static_cast<int>(GetLastError()), std::system_category(), "cannot start " + program.string());
+    }
+    WaitForSingleObject(process.hProcess, INFINITE);
+    DWORD status = EXIT_FAILURE;
+    GetExitCodeProcess(process.hProcess, &status);
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+    return static_cast<int>(status);
 }
 
 int flushStandardOutput()

@@ -35,13 +35,13 @@ namespace {
 /// A wait for the moment itself, by the clock that may be set, is one that the kernel ends when that is set.
 TEST(SystemWallClockTest, TheKernelWaitsForTheMomentItself)
 {
-    std::mutex mutex;
-    std::condition_variable never;
-    std::unique_lock lock(mutex);
+    tovrintimer::Mutex mutex;
+    tovrintimer::ConditionVariable never;
+    tovrintimer::Lock lock(mutex);
     const WallTime moment = systemWallClock().now() + std::chrono::milliseconds(20);
     deadlines.clear();
     while (systemWallClock().now() < moment) {
-        systemWallClock().wait(never, lock, moment);
+        systemWallClock().wait(never, lock, moment, [] { return false; });
     }
 
     ASSERT_FALSE(deadlines.empty());

@@ -1,11 +1,11 @@
 #include "tests/random_programs/program/Program.hpp"
-#include "tests/simulation/kernel/Random.hpp"
+#include "virtual_time/Random.hpp"
 
 namespace random_programs {
 
 namespace {
 
-using simulation::Choices;
+using virtual_time::Choices;
 
 double randomPeriod(Choices& choices)
 {
@@ -157,7 +157,7 @@ Step stepOfCallback(Choices& choices, const Program& program)
 
 Program programOf(std::uint64_t seed)
 {
-    simulation::Random choices(seed);
+    virtual_time::Random choices(seed);
     Program program;
     const auto timers = 4 + choices.below(5);
     for (std::uint64_t i = 0; i < timers; ++i) {

@@ -1,3 +1,4 @@
+#include "tests/simulation/fuzz/Bytes.hpp"
 #include "tests/simulation/run/Simulation.hpp"
 
 #include <cstdlib>

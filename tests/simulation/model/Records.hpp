@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/foundation/msg_svc/exchange/IDType.hpp"
-#include "tests/simulation/kernel/Kernel.hpp"
+#include "tests/simulation/VirtualTime.hpp"
 #include "tests/simulation/model/History.hpp"
 #include "timer_src/main/TimerInfo.hpp"
 #include "timer_src/main/WorkKind.hpp"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/simulation/kernel/Kernel.hpp"
+#include "tests/simulation/VirtualTime.hpp"
 #include "tests/simulation/program/Program.hpp"
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "tests/simulation/kernel/Types.hpp"
+#include "tests/simulation/VirtualTime.hpp"
 #include "tests/simulation/run/Apart.hpp"
 
 #include <gmock/gmock.h>

@@ -1,4 +1,5 @@
 #include "tests/simulation/program/Program.hpp"
+#include "tests/simulation/fuzz/Bytes.hpp"
 #include "tests/simulation/run/Shrink.hpp"
 #include "tests/simulation/run/Simulation.hpp"
 

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <utility>
 
 namespace tovrintimer::platform {
 
@@ -22,7 +23,9 @@ constexpr TimePoint nextStop(TimePoint now, TimePoint deadline, typename TimePoi
 /// more than a day of shorter ones, after each of which it looks at the predicate. Otherwise like
 /// std::condition_variable.
 ///
-/// All waits are by the same clock, which never goes back: what it has been seen to pass is not looked up again.
+/// All waits by a steady clock are by the same one, which never goes back: what it has been seen to pass is not
+/// looked up again. A wait by the system clock is for the moment itself, as far as the platform can: it follows
+/// the clock when that is set.
 ///
 /// A wait that leaves the kernel out does not let go of the lock either. Who waits for the lock gets it when its
 /// owner unlocks it: the scheduler thread does so for each dispatch, which takes longer than all that it does
@@ -36,16 +39,24 @@ public:
 
     void notify_one() noexcept { m_condition.notify_one(); }
 
+    template <typename Predicate> void wait(std::unique_lock<std::mutex>& lock, Predicate predicate)
+    {
+        m_condition.wait(lock, std::move(predicate));
+    }
+
     template <typename Clock, typename Duration, typename Predicate>
     bool wait_until(
         std::unique_lock<std::mutex>& lock, std::chrono::time_point<Clock, Duration> deadline, Predicate predicate)
     {
         while (!predicate()) {
-            if (deadline.time_since_epoch() <= std::chrono::duration_cast<Duration>(m_latestReading)) {
+            if (Clock::is_steady
+                && deadline.time_since_epoch() <= std::chrono::duration_cast<Duration>(m_latestReading)) {
                 return predicate();
             }
             const auto now = std::chrono::time_point_cast<Duration>(Clock::now());
-            m_latestReading = std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch());
+            if (Clock::is_steady) {
+                m_latestReading = std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch());
+            }
             if (now >= deadline) {
                 return predicate();
             }

@@ -1,10 +1,10 @@
-#include "tests/simulation/kernel/VirtualThread.hpp"
+#include "virtual_time/VirtualThread.hpp"
 
 #include <cstdlib>
 #include <iomanip>
 #include <sstream>
 
-namespace simulation {
+namespace virtual_time {
 
 // What is told of a run: its failure, its trace, and the threads' stacks of operations.
 
@@ -13,8 +13,22 @@ void Kernel::fail(const std::string& failure)
     m_verdict.failure = failure;
     m_atomic = 0;
     note("FAILED: " + failure);
-    running().fiber->leaveFor(m_root);
-    std::abort(); // nobody comes back to it
+    if (!m_hasBegun) {
+        running().fiber->leaveFor(m_root);
+        std::abort(); // nobody comes back to it
+    }
+    if (m_running == 0) {
+        throw Failure(failure);
+    }
+    m_threads.front()->failure = failure;
+    if (!m_threads.front()->ready) {
+        makeReady(0);
+    }
+    running().ready = false;
+    running().wakesAt = never;
+    std::erase(m_ready, m_running);
+    switchTo(0);
+    std::abort(); // the same
 }
 
 void Kernel::note(const std::string& line)
@@ -97,4 +111,4 @@ Doing::~Doing()
     Kernel::current()->leave();
 }
 
-} // namespace simulation
+} // namespace virtual_time

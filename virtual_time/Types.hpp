@@ -1,15 +1,15 @@
 #pragma once
 
-#include "tests/simulation/kernel/Kernel.hpp"
+#include "virtual_time/Kernel.hpp"
 
 #include <atomic>
 #include <chrono>
 #include <mutex>
 #include <utility>
 
-namespace simulation {
+namespace virtual_time {
 
-// The types that stand behind Concurrency.hpp in the simulation. Each operation is a point where another virtual
+// The types that stand behind Concurrency.hpp in virtual time. Each operation is a point where another virtual
 // thread may go on. They may be made and destroyed where nothing runs.
 
 /// Tells the witness, if there is one.
@@ -129,6 +129,13 @@ public:
 
     void notify_one() noexcept;
 
+    template <typename Predicate> void wait(std::unique_lock<Mutex>& lock, Predicate predicate)
+    {
+        while (!predicate()) {
+            wait(*lock.mutex(), never);
+        }
+    }
+
     template <typename Duration, typename Predicate>
     bool wait_until(std::unique_lock<Mutex>& lock, std::chrono::time_point<SteadyClock, Duration> deadline,
         Predicate predicate)
@@ -181,4 +188,23 @@ private:
 
 Thread::id currentThreadId();
 
-} // namespace simulation
+void sleepFor(std::chrono::nanoseconds duration);
+
+/// Where the running thread keeps its own of a kind. \param kind an address that stands for it
+std::shared_ptr<void>& placeOfThisThread(const void* kind);
+
+/// One T for each thread.
+template <typename T> T& ofThisThread()
+{
+    static const char kind = 0;
+    std::shared_ptr<void>& place = placeOfThisThread(&kind);
+    if (!place) {
+        place = std::make_shared<T>();
+    }
+    return *static_cast<T*>(place.get());
+}
+
+/// Has a thread of the program do what another real thread asks for.
+void fromOutside(std::function<void()> call);
+
+} // namespace virtual_time

@@ -1,16 +1,23 @@
 #pragma once
 
-#include "tests/simulation/kernel/Fiber.hpp"
-#include "tests/simulation/kernel/Random.hpp"
+#include "virtual_time/Fiber.hpp"
+#include "virtual_time/Random.hpp"
 
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <limits>
 #include <memory>
+#include <mutex>
+#include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
-namespace simulation {
+namespace virtual_time {
 
 /// Virtual time, in nanoseconds.
 using Moment = std::int64_t;
@@ -20,7 +27,7 @@ constexpr Moment millisecond = 1'000'000;
 
 /// How rough the weather is: each is a chance of one in so many, and 0 is never.
 struct Weather {
-    std::uint64_t switches = 4; ///< another thread goes on at an operation
+    std::uint64_t switches = 4; ///< another thread goes on at an operation; never: they take turns, in order
     std::uint64_t spuriousWakeUps = 0; ///< a wait for a condition ends for no reason
     std::uint64_t lateWakeUps = 0; ///< a timed wait ends after its time
     std::uint64_t slowThreads = 0; ///< a thread sleeps at an operation
@@ -28,6 +35,9 @@ struct Weather {
 };
 
 Weather randomWeather(Random& random);
+
+/// Threads take turns where they wait, and nowhere else: always the same schedule.
+inline constexpr Weather calmWeather { .switches = 0 };
 
 /// Is told of what a model of the system has to know.
 class Witness {
@@ -42,7 +52,13 @@ public:
     virtual void timeMoves() = 0;
 };
 
-/// How a simulation ended.
+/// What is thrown in the first thread where nothing can go on any more.
+class Failure : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// How a run ended.
 struct Verdict {
     std::string failure; ///< empty if there is none
     std::uint64_t steps = 0;
@@ -54,21 +70,35 @@ struct Verdict {
 
 /// Runs virtual threads, one at a time, in virtual time.
 ///
-/// Each operation of a virtual thread is a point where another one may go on; the seed says where and which. Time
-/// moves only when every thread is blocked, to the next deadline. When there is none, that is a deadlock. Threads
-/// that are busy for long without letting time move take a nap each, as work takes time.
+/// Each operation of a virtual thread is a point where another one may go on; the seed and the weather say where
+/// and which. Time moves only when every thread is blocked, to the next deadline. When there is none, that is a
+/// deadlock.
 ///
-/// Threading: one real thread. One kernel at a time.
-/// Errors: the first failure ends the run at once. The threads' stacks are left as they are then: whoever expects
-/// a failure runs the simulation in a process of its own.
+/// The first thread is either a function that is given to `run`, or whoever calls `begin`.
+///
+/// Threading: one real thread, but for `callFromOutside`. One kernel at a time.
+/// Errors: after `run`, the first failure ends the run at once. After `begin`, it is thrown as a `Failure` in the
+/// first thread, out of the operation that this waits in; a deadlock leaves the other threads as they are, and
+/// where anything else fails, the thread in which it does never goes on. The stacks of threads that have not ended
+/// are left as they are when the kernel goes.
 class Kernel {
 public:
     struct Options {
         std::uint64_t seed = 1;
         Weather weather;
         bool trace = false;
-        std::uint64_t stepLimit = 2'000'000;
+        std::uint64_t stepLimit = 2'000'000; ///< 0: none
+
+        /// So many steps may be made in no time at all; then a thread takes a nap, as work takes time. 0: any
+        /// number.
+        std::uint64_t busyAfter = 150;
+
         Moment begin = 5'000'000 * millisecond + 123'456;
+        Moment calendarAtZero = 1'700'000'000'000 * millisecond; ///< what the system clock shows at the moment 0
+        std::size_t stackSize = std::size_t { 512 } * 1024; ///< of each thread but the first
+
+        /// How many times faster than the real clock time goes; 0: it leaps to what is due next.
+        double pace = 0;
     };
 
     explicit Kernel(const Options& options);
@@ -81,6 +111,13 @@ public:
 
     /// Runs the function as the first virtual thread, until it and all others have returned.
     Verdict run(std::function<void()> body);
+
+    /// Makes the caller the first virtual thread.
+    void begin();
+
+    /// Asked before a deadlock is one, in the thread that has blocked last. It must not block.
+    /// \param help given what each thread waits for; may wake one. Returns whether it has
+    void onDeadlock(std::function<bool(const std::string& waits)> help) { m_help = std::move(help); }
 
     void setWitness(Witness* witness) { m_witness = witness; }
     Witness* witness() const { return m_witness; }
@@ -105,8 +142,24 @@ public:
     void wakeOne(const void* key);
     void sleepFor(Moment duration);
 
+    /// Lets all others go on until each of them is blocked. Time stands still.
+    void letOthersRun();
+
+    bool othersAreReady() const { return m_ready.size() > 1; }
+
+    /// The earliest moment that another thread waits for; none where that is so far away that nothing is due then.
+    std::optional<Moment> nextMoment() const;
+
     Moment now() const { return m_now; }
+    Moment calendar() const { return m_options.calendarAtZero + m_now; }
+
+    /// Has something done that comes from outside: in a virtual thread of its own, soon. Any real thread.
+    void callFromOutside(std::function<void()> call);
+
     std::uint64_t step() const { return m_steps; }
+
+    /// What the running thread keeps for itself under this key; null at first.
+    std::shared_ptr<void>& own(const void* key);
 
     /// Numbers for the names of things in traces, from 1.
     std::int64_t nextNumber() { return ++m_numbers; }
@@ -149,8 +202,17 @@ private:
     VirtualThread& running() const { return *m_threads[static_cast<std::size_t>(m_running)]; }
     void threadBody(int number);
     void switchTo(int next, bool forGood = false);
+    void yield();
+    void throwIfFailed();
     int choose();
     int letTimeMove();
+    void moveTo(Moment moment);
+    void wakeTheDue();
+    void makeReady(std::size_t number);
+    bool areHelped();
+    void sleepInRealTime(Moment until);
+    void followRealTime();
+    void letIn();
     void nap(Moment duration);
     void wakeSomebodySpuriously();
     std::string describe(const VirtualThread& thread) const;
@@ -159,7 +221,9 @@ private:
     const Options m_options;
     Random m_random;
     Witness* m_witness = nullptr;
+    std::function<bool(const std::string&)> m_help;
     Fiber m_root;
+    bool m_hasBegun = false; // the first thread is whoever made it
     std::vector<std::unique_ptr<VirtualThread>> m_threads;
     std::vector<int> m_ready; // the numbers of the threads that can go on, the running one included
     int m_running = 0;
@@ -170,7 +234,19 @@ private:
     std::uint64_t m_stepsSinceTimeMoved = 0;
     std::int64_t m_numbers = 0;
     Verdict m_verdict;
+    const std::chrono::steady_clock::time_point m_realBegin = std::chrono::steady_clock::now();
+
+    // What comes from other real threads.
+    std::mutex m_outsideMutex;
+    std::condition_variable m_outsideCame;
+    std::vector<std::function<void()>> m_outside; // guarded by m_outsideMutex
+    std::atomic<bool> m_someoneIsOutside { false }; // written under it, read without
 };
+
+/// What programs of users run with: no step too many, and a moment that is easy to read. Schedule 0 is the calm
+/// one; each other number has threads go on, and waits end, in an order of its own. No wait ends late in any of
+/// them.
+Kernel::Options optionsOfSchedule(std::uint64_t schedule);
 
 /// One operation of the running thread: a point where another may go on, and a line in its stack of operations.
 class Operation {
@@ -193,4 +269,4 @@ public:
     ~Doing();
 };
 
-} // namespace simulation
+} // namespace virtual_time

@@ -1,13 +1,12 @@
-#include "tests/simulation/kernel/Types.hpp"
+#include "virtual_time/Types.hpp"
 
 #include <exception>
+#include <map>
 #include <utility>
 
-namespace simulation {
+namespace virtual_time {
 
 namespace {
-
-constexpr Moment calendarAtStart = 1'700'000'000'000 * millisecond;
 
 std::int64_t numberOfNew()
 {
@@ -32,7 +31,7 @@ SteadyClock::time_point SteadyClock::now()
 SystemClock::time_point SystemClock::now()
 {
     const Operation operation("system clock");
-    return time_point(duration(calendarAtStart + (Kernel::current() ? Kernel::current()->now() : 0)));
+    return time_point(duration(Kernel::current() != nullptr ? Kernel::current()->calendar() : 0));
 }
 
 void atomicWasWritten()
@@ -115,10 +114,15 @@ bool ConditionVariable::wait(Mutex& mutex, Moment until)
     const Operation operation("wait for condition", m_number);
     Kernel& kernel = *Kernel::current();
     mutex.release();
-    const bool woken = kernel.block(this, until, true);
-    kernel.note(woken ? "woken" : "timed out");
-    mutex.acquire();
-    return woken;
+    try {
+        const bool woken = kernel.block(this, until, true);
+        kernel.note(woken ? "woken" : "timed out");
+        mutex.acquire();
+        return woken;
+    } catch (const Failure&) {
+        mutex.acquire(); // who waits expects to hold it, whatever happens
+        throw;
+    }
 }
 
 // ---- Thread
@@ -164,4 +168,24 @@ Thread::id currentThreadId()
     return Thread::id(Kernel::current()->self());
 }
 
-} // namespace simulation
+void sleepFor(std::chrono::nanoseconds duration)
+{
+    const Operation operation("sleep");
+    Kernel::current()->sleepFor(duration.count());
+}
+
+std::shared_ptr<void>& placeOfThisThread(const void* kind)
+{
+    if (Kernel::current() != nullptr) {
+        return Kernel::current()->own(kind);
+    }
+    static std::map<const void*, std::shared_ptr<void>> whereNothingRuns;
+    return whereNothingRuns[kind];
+}
+
+void fromOutside(std::function<void()> call)
+{
+    Kernel::current()->callFromOutside(std::move(call));
+}
+
+} // namespace virtual_time

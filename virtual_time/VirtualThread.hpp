@@ -1,8 +1,10 @@
 #pragma once
 
-#include "tests/simulation/kernel/Kernel.hpp"
+#include "virtual_time/Kernel.hpp"
 
-namespace simulation {
+#include <map>
+
+namespace virtual_time {
 
 /// What the kernel keeps of each thread. For the kernel's own sources.
 struct Kernel::VirtualThread {
@@ -10,6 +12,7 @@ struct Kernel::VirtualThread {
     std::function<void()> body;
     std::unique_ptr<Fiber> fiber;
     std::vector<Frame> frames;
+    std::map<const void*, std::shared_ptr<void>> own;
     std::size_t locks = 0;
     bool ready = true;
     bool ended = false;
@@ -20,6 +23,7 @@ struct Kernel::VirtualThread {
     Moment wakesAt = never; // what it gets
     bool mayWakeSpuriously = false;
     bool timedOut = false;
+    std::string failure; // to be thrown when it goes on
 };
 
-} // namespace simulation
+} // namespace virtual_time

@@ -4,7 +4,7 @@
 #include <functional>
 #include <memory>
 
-namespace simulation {
+namespace virtual_time {
 
 /// A stack of its own on which a function runs until it hands over to another fiber.
 ///
@@ -17,7 +17,7 @@ public:
     Fiber();
 
     /// \param body never returns: at its end it hands over for the last time, with `leaveFor`
-    explicit Fiber(std::function<void()> body);
+    Fiber(std::function<void()> body, std::size_t stackSize);
     Fiber(const Fiber&) = delete;
     Fiber& operator=(const Fiber&) = delete;
     ~Fiber();
@@ -31,10 +31,9 @@ public:
 private:
     struct State;
 
-    static void enter(unsigned int high, unsigned int low);
     void go(Fiber& next, bool forGood);
 
     std::unique_ptr<State> m_state;
 };
 
-} // namespace simulation
+} // namespace virtual_time

@@ -1,19 +1,16 @@
-#include "tests/simulation/kernel/VirtualThread.hpp"
+#include "virtual_time/VirtualThread.hpp"
 
 #include <algorithm>
 #include <utility>
 
-namespace simulation {
+namespace virtual_time {
 
 namespace {
 
 Kernel* theKernel = nullptr;
 
-// A deadline so far away is as good as none.
-constexpr Moment tooFar = Moment { 30 } * 24 * 3'600'000 * millisecond;
-
-// So many steps may be made in no time at all.
-constexpr std::uint64_t busyAfter = 150;
+// How often a thread looks what time it is where time passes by itself.
+constexpr std::uint64_t stepsBetweenLooks = 64;
 
 } // namespace
 
@@ -28,12 +25,32 @@ Weather randomWeather(Random& random)
     return weather;
 }
 
+Kernel::Options optionsOfSchedule(std::uint64_t schedule)
+{
+    Kernel::Options options;
+    options.seed = schedule;
+    Random random(schedule);
+    options.weather = calmWeather;
+    if (schedule != 0) {
+        options.weather.switches = random.oneOf<std::uint64_t>({ 2, 3, 6, 20 });
+        options.weather.spuriousWakeUps = random.oneOf<std::uint64_t>({ 0, 100, 20 });
+    }
+    options.stepLimit = 0;
+    options.busyAfter = 0;
+    options.begin = 1'000'000 * millisecond;
+    options.stackSize = std::size_t { 8 } * 1024 * 1024;
+    return options;
+}
+
 Kernel::Kernel(const Options& options)
     : m_options(options)
     , m_random(options.seed)
     , m_now(options.begin)
 {
     theKernel = this;
+    if (m_options.weather.oneIsStarved) {
+        m_starved = static_cast<int>(m_random.below(4));
+    }
 }
 
 Kernel::~Kernel()
@@ -49,14 +66,22 @@ Kernel* Kernel::current()
 Verdict Kernel::run(std::function<void()> body)
 {
     spawn("main", std::move(body));
-    if (m_options.weather.oneIsStarved) {
-        m_starved = static_cast<int>(m_random.below(4));
-    }
     m_running = 0;
     m_root.switchTo(*m_threads.front()->fiber);
     m_verdict.steps = m_steps;
     m_verdict.end = m_now;
     return m_verdict;
+}
+
+void Kernel::begin()
+{
+    m_hasBegun = true;
+    auto thread = std::make_unique<VirtualThread>();
+    thread->name = "main";
+    thread->fiber = std::make_unique<Fiber>();
+    m_threads.push_back(std::move(thread));
+    m_ready.push_back(0);
+    m_running = 0;
 }
 
 // ---- Threads
@@ -67,7 +92,7 @@ int Kernel::spawn(std::string name, std::function<void()> body)
     auto thread = std::make_unique<VirtualThread>();
     thread->name = std::move(name);
     thread->body = std::move(body);
-    thread->fiber = std::make_unique<Fiber>([this, number] { threadBody(number); });
+    thread->fiber = std::make_unique<Fiber>([this, number] { threadBody(number); }, m_options.stackSize);
     m_threads.push_back(std::move(thread));
     m_ready.push_back(number);
     return number;
@@ -85,7 +110,7 @@ void Kernel::threadBody(int number)
         thread.body = nullptr;
         thread.ended = true;
         thread.ready = false;
-        m_ready.erase(std::find(m_ready.begin(), m_ready.end(), number));
+        std::erase(m_ready, number);
         wakeAll(&thread);
     }
     const bool allEnded = std::ranges::all_of(m_threads, [](const auto& thread) { return thread->ended; });
@@ -127,10 +152,21 @@ void Kernel::switchTo(int next, bool forGood)
     }
 }
 
+/// The others that are ready go first.
+void Kernel::yield()
+{
+    std::erase(m_ready, m_running);
+    m_ready.push_back(m_running);
+    switchTo(m_options.weather.switches == 0 ? m_ready.front() : m_ready[m_random.below(m_ready.size() - 1)]);
+}
+
 int Kernel::choose()
 {
     if (m_ready.empty()) {
         return letTimeMove();
+    }
+    if (m_options.weather.switches == 0) {
+        return m_ready.front();
     }
     int chosen = m_ready[m_random.below(m_ready.size())];
     if (chosen == m_starved && !m_random.oneIn(8)) {
@@ -139,32 +175,11 @@ int Kernel::choose()
     return chosen;
 }
 
-int Kernel::letTimeMove()
+void Kernel::makeReady(std::size_t number)
 {
-    if (m_witness != nullptr) {
-        m_witness->timeMoves();
-    }
-    Moment next = never;
-    for (const auto& thread : m_threads) {
-        if (!thread->ended) {
-            next = std::min(next, thread->wakesAt);
-        }
-    }
-    if (next == never || next - m_now > tooFar) {
-        fail("deadlock: all threads are blocked, and nothing is due\n" + describeAll());
-    }
-    m_now = std::max(m_now, next);
-    m_stepsSinceTimeMoved = 0;
-    for (std::size_t number = 0; number < m_threads.size(); ++number) {
-        VirtualThread& thread = *m_threads[number];
-        if (!thread.ended && thread.wakesAt <= m_now) {
-            thread.timedOut = true;
-            thread.ready = true;
-            thread.wakesAt = never;
-            m_ready.push_back(static_cast<int>(number));
-        }
-    }
-    return choose();
+    m_threads[number]->ready = true;
+    m_threads[number]->wakesAt = never;
+    m_ready.push_back(static_cast<int>(number));
 }
 
 void Kernel::point()
@@ -174,19 +189,26 @@ void Kernel::point()
         return;
     }
     ++m_steps;
-    if (m_steps > m_options.stepLimit) {
+    if (m_steps > m_options.stepLimit && m_options.stepLimit != 0) {
         fail("no end after " + std::to_string(m_options.stepLimit) + " steps\n" + describeAll());
     }
     const Weather& weather = m_options.weather;
-    if (++m_stepsSinceTimeMoved > busyAfter) {
+    if (++m_stepsSinceTimeMoved > m_options.busyAfter && m_options.busyAfter != 0) {
         nap(static_cast<Moment>(100 + m_random.below(2000)) * 1000);
     } else if (weather.slowThreads != 0 && m_random.oneIn(weather.slowThreads)) {
         nap(m_random.oneOf<Moment>({ millisecond / 10, millisecond, 10 * millisecond, 40 * millisecond }));
     }
+    if (m_someoneIsOutside.load(std::memory_order_relaxed)) {
+        letIn();
+        yield();
+    }
+    if (m_options.pace != 0 && m_steps % stepsBetweenLooks == 0) {
+        followRealTime();
+    }
     if (weather.spuriousWakeUps != 0 && m_random.oneIn(weather.spuriousWakeUps)) {
         wakeSomebodySpuriously();
     }
-    if (m_ready.size() > 1 && m_random.oneIn(weather.switches)) {
+    if (m_ready.size() > 1 && weather.switches != 0 && m_random.oneIn(weather.switches)) {
         switchTo(choose());
     }
 }
@@ -216,9 +238,10 @@ bool Kernel::block(const void* key, Moment deadline, bool mayWakeSpuriously)
     if (late != 0 && deadline < never - 100 * millisecond && m_random.oneIn(late)) {
         self.wakesAt = deadline + static_cast<Moment>(m_random.below(20'000)) * 1000;
     }
-    m_ready.erase(std::find(m_ready.begin(), m_ready.end(), m_running));
+    std::erase(m_ready, m_running);
     switchTo(choose());
     self.key = nullptr;
+    throwIfFailed();
     return !self.timedOut;
 }
 
@@ -227,26 +250,21 @@ void Kernel::wakeAll(const void* key)
     for (std::size_t number = 0; number < m_threads.size(); ++number) {
         VirtualThread& thread = *m_threads[number];
         if (thread.key == key && !thread.ready) {
-            thread.ready = true;
-            thread.wakesAt = never;
-            m_ready.push_back(static_cast<int>(number));
+            makeReady(number);
         }
     }
 }
 
 void Kernel::wakeOne(const void* key)
 {
-    std::vector<int> waiting;
+    std::vector<std::size_t> waiting;
     for (std::size_t number = 0; number < m_threads.size(); ++number) {
         if (m_threads[number]->key == key && !m_threads[number]->ready) {
-            waiting.push_back(static_cast<int>(number));
+            waiting.push_back(number);
         }
     }
     if (!waiting.empty()) {
-        const int chosen = waiting[m_random.below(waiting.size())];
-        m_threads[static_cast<std::size_t>(chosen)]->ready = true;
-        m_threads[static_cast<std::size_t>(chosen)]->wakesAt = never;
-        m_ready.push_back(chosen);
+        makeReady(m_options.weather.switches == 0 ? waiting.front() : waiting[m_random.below(waiting.size())]);
     }
 }
 
@@ -255,9 +273,7 @@ void Kernel::wakeSomebodySpuriously()
     for (std::size_t number = 0; number < m_threads.size(); ++number) {
         VirtualThread& thread = *m_threads[number];
         if (!thread.ready && !thread.ended && thread.mayWakeSpuriously && m_random.oneIn(2)) {
-            thread.ready = true;
-            thread.wakesAt = never;
-            m_ready.push_back(static_cast<int>(number));
+            makeReady(number);
         }
     }
 }
@@ -265,6 +281,22 @@ void Kernel::wakeSomebodySpuriously()
 void Kernel::sleepFor(Moment duration)
 {
     block(&running().frames, m_now + duration); // a key that nobody knows
+}
+
+void Kernel::letOthersRun()
+{
+    while (m_ready.size() > 1) {
+        yield();
+    }
+    throwIfFailed();
+}
+
+/// Where the first thread goes on after something has failed elsewhere.
+void Kernel::throwIfFailed()
+{
+    if (!running().failure.empty()) {
+        throw Failure(std::exchange(running().failure, ""));
+    }
 }
 
 bool Kernel::isBlockedOn(int thread, const void* key) const
@@ -276,6 +308,11 @@ bool Kernel::isBlockedOn(int thread, const void* key) const
 Moment Kernel::deadlineOf(int thread) const
 {
     return m_threads.at(static_cast<std::size_t>(thread))->deadline;
+}
+
+std::shared_ptr<void>& Kernel::own(const void* key)
+{
+    return running().own[key];
 }
 
 std::size_t Kernel::locksHeld() const
@@ -293,4 +330,4 @@ void Kernel::lockGiven()
     --running().locks;
 }
 
-} // namespace simulation
+} // namespace virtual_time

@@ -1,33 +1,31 @@
-#include "tests/simulation/kernel/Fiber.hpp"
+#include "virtual_time/platform/Context.hpp"
 
 #include <pthread.h>
 #include <sys/mman.h>
 #include <ucontext.h>
 
+#include <algorithm>
 #include <cstdint>
-#include <cstring>
-#include <cxxabi.h>
 #include <new>
 #include <vector>
 
 #if defined(__SANITIZE_ADDRESS__)
-#define SIMULATION_WITH_ASAN 1
+#define VIRTUAL_TIME_WITH_ASAN 1
 #elif defined(__has_feature)
 #if __has_feature(address_sanitizer)
-#define SIMULATION_WITH_ASAN 1
+#define VIRTUAL_TIME_WITH_ASAN 1
 #endif
 #endif
 
-#if defined(SIMULATION_WITH_ASAN)
+#if defined(VIRTUAL_TIME_WITH_ASAN)
 #include <sanitizer/asan_interface.h>
 #include <sanitizer/common_interface_defs.h>
 #endif
 
-namespace simulation {
+namespace virtual_time::platform {
 
 namespace {
 
-constexpr std::size_t stackSize = std::size_t { 512 } * 1024;
 constexpr std::size_t guardSize = std::size_t { 4 } * 1024;
 
 struct Stack {
@@ -42,25 +40,26 @@ std::vector<Stack>& freeStacks()
     return stacks;
 }
 
-Stack takeStack()
+Stack takeStack(std::size_t size)
 {
-    if (!freeStacks().empty()) {
-        const Stack stack = freeStacks().back();
-        freeStacks().pop_back();
+    const auto hasSize = [size](const Stack& stack) { return stack.size == size; };
+    if (const auto found = std::ranges::find_if(freeStacks(), hasSize); found != freeStacks().end()) {
+        const Stack stack = *found;
+        freeStacks().erase(found);
         return stack;
     }
-    void* const memory = mmap(nullptr, guardSize + stackSize, PROT_READ | PROT_WRITE,
-        MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    void* const memory = mmap(
+        nullptr, guardSize + size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
     if (memory == MAP_FAILED) {
         throw std::bad_alloc();
     }
     mprotect(memory, guardSize, PROT_NONE); // stacks grow downwards
-    return { static_cast<char*>(memory) + guardSize, stackSize };
+    return { static_cast<char*>(memory) + guardSize, size };
 }
 
 void giveBack(const Stack& stack)
 {
-#if defined(SIMULATION_WITH_ASAN)
+#if defined(VIRTUAL_TIME_WITH_ASAN)
     ASAN_UNPOISON_MEMORY_REGION(stack.bottom, stack.size);
 #endif
     freeStacks().push_back(stack);
@@ -77,93 +76,67 @@ Stack runningStack()
     return stack;
 }
 
-/// What the C++ run time keeps for each thread: the exceptions that are being handled, and how many are on their
-/// way. The layout is the platform's binary interface.
-struct ExceptionState {
-    void* caught = nullptr;
-    unsigned int uncaught = 0;
-};
-
-ExceptionState swapExceptionState(const ExceptionState& next)
-{
-    void* const globals = abi::__cxa_get_globals();
-    ExceptionState before;
-    std::memcpy(&before, globals, sizeof before);
-    std::memcpy(globals, &next, sizeof next);
-    return before;
-}
-
 } // namespace
 
-struct Fiber::State {
+struct Context::State {
     ucontext_t context {};
     Stack stack;
     bool ownsStack = false;
-    std::function<void()> body;
-    ExceptionState exceptions;
+    Body body = nullptr;
+    void* argument = nullptr;
     void* fakeStack = nullptr;
+
+    static void enter(unsigned int high, unsigned int low)
+    {
+        const auto address = (static_cast<std::uintptr_t>(high) << 32U) | low;
+        const State& self = *reinterpret_cast<State*>(address);
+#if defined(VIRTUAL_TIME_WITH_ASAN)
+        __sanitizer_finish_switch_fiber(nullptr, nullptr, nullptr);
+#endif
+        self.body(self.argument);
+    }
 };
 
-Fiber::Fiber()
+Context::Context()
     : m_state(std::make_unique<State>())
 {
     m_state->stack = runningStack();
 }
 
-Fiber::Fiber(std::function<void()> body)
+Context::Context(Body body, void* argument, std::size_t stackSize)
     : m_state(std::make_unique<State>())
 {
-    m_state->body = std::move(body);
-    m_state->stack = takeStack();
+    m_state->body = body;
+    m_state->argument = argument;
+    m_state->stack = takeStack(stackSize);
     m_state->ownsStack = true;
     getcontext(&m_state->context);
     m_state->context.uc_stack.ss_sp = m_state->stack.bottom;
     m_state->context.uc_stack.ss_size = m_state->stack.size;
     m_state->context.uc_link = nullptr;
     // makecontext passes numbers of the size of int.
-    const auto address = reinterpret_cast<std::uintptr_t>(this);
-    makecontext(&m_state->context, reinterpret_cast<void (*)()>(&Fiber::enter), 2,
+    const auto address = reinterpret_cast<std::uintptr_t>(m_state.get());
+    makecontext(&m_state->context, reinterpret_cast<void (*)()>(&State::enter), 2,
         static_cast<unsigned int>(address >> 32U), static_cast<unsigned int>(address));
 }
 
-Fiber::~Fiber()
+Context::~Context()
 {
     if (m_state->ownsStack) {
         giveBack(m_state->stack);
     }
 }
 
-void Fiber::enter(unsigned int high, unsigned int low)
+void Context::switchTo(Context& next, [[maybe_unused]] bool forGood)
 {
-    const auto address = (static_cast<std::uintptr_t>(high) << 32U) | low;
-    Fiber& self = *reinterpret_cast<Fiber*>(address);
-#if defined(SIMULATION_WITH_ASAN)
-    __sanitizer_finish_switch_fiber(nullptr, nullptr, nullptr);
-#endif
-    self.m_state->body();
-}
-
-void Fiber::switchTo(Fiber& next)
-{
-    go(next, false);
-}
-
-void Fiber::leaveFor(Fiber& next)
-{
-    go(next, true);
-}
-
-void Fiber::go(Fiber& next, [[maybe_unused]] bool forGood)
-{
-#if defined(SIMULATION_WITH_ASAN)
+#if defined(VIRTUAL_TIME_WITH_ASAN)
     __sanitizer_start_switch_fiber(
         forGood ? nullptr : &m_state->fakeStack, next.m_state->stack.bottom, next.m_state->stack.size);
 #endif
-    m_state->exceptions = swapExceptionState(next.m_state->exceptions);
     swapcontext(&m_state->context, &next.m_state->context);
-#if defined(SIMULATION_WITH_ASAN)
+#if defined(VIRTUAL_TIME_WITH_ASAN)
     __sanitizer_finish_switch_fiber(m_state->fakeStack, nullptr, nullptr);
 #endif
 }
 
-} // namespace simulation
+} // namespace virtual_time::platform

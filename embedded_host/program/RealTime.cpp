@@ -1,0 +1,59 @@
+#include "embedded_host/program/Clocks.hpp"
+#include "embedded_host/program/Commands.hpp"
+#include "embedded_host/program/platform/Platform.hpp"
+#include "embedded_host/status/StatusProtocol.hpp"
+#include "embedded_host/status/StatusServer.hpp"
+
+#include <string_view>
+#include <vector>
+
+namespace tovrinhost {
+
+namespace {
+
+std::vector<const char*>& words()
+{
+    static std::vector<const char*> all;
+    return all;
+}
+
+/// Has the program beside this one do what its command line says. \returns its exit status, where that comes back
+int continueInVirtualTime()
+{
+    return platform::continueAs("tovrin-virtual", words());
+}
+
+} // namespace
+
+void rememberWords(int argc, const char* const* argv)
+{
+    words().assign(argv, argv + argc);
+}
+
+CLI::App* addCommands(CLI::App& program, const std::vector<std::string>& arguments, Action& action)
+{
+    CLI::App* const run = addRunCommand(program, arguments, action);
+    addExplainCommand(program, action);
+    addReportCommand(program, action);
+    addShellCommand(program, action);
+    addTimersCommand(program, action);
+    addTopCommand(program, action);
+    return run;
+}
+
+int runByItsClock(const RunOptions& options)
+{
+    if (options.pace) {
+        return continueInVirtualTime();
+    }
+    return run(options, [&options](Diagnosis& diagnosis) -> std::shared_ptr<void> {
+        if (!options.servesStatus) {
+            return nullptr;
+        }
+        return std::make_shared<StatusServer>([&diagnosis, &options](std::string_view request) {
+            return protocol::answer(request, diagnosis, ownProcess(), options.script.name);
+        });
+    });
+}
+
+} // namespace tovrinhost

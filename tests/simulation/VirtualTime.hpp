@@ -1,0 +1,9 @@
+#pragma once
+
+#include "virtual_time/Types.hpp"
+
+namespace simulation {
+
+using namespace virtual_time;
+
+} // namespace simulation
