@@ -1,6 +1,7 @@
 #pragma once
 
 #include "embedded_host/program/Run.hpp"
+#include "embedded_host/testing/TestRun.hpp"
 
 namespace tovrinhost {
 
@@ -9,6 +10,9 @@ namespace tovrinhost {
 
 /// Runs a script by the clock that the options ask for.
 int runByItsClock(const RunOptions& options);
+
+/// Runs tests.
+int testInVirtualTime(const TestOptions& options);
 
 /// Keeps the words of the command line, for the program that may have to take over.
 void rememberWords(int argc, const char* const* argv);

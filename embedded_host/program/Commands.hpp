@@ -20,6 +20,7 @@ CLI::App* addRunCommand(CLI::App& program, const std::vector<std::string>& argum
 void addExplainCommand(CLI::App& program, Action& action);
 void addReportCommand(CLI::App& program, Action& action);
 void addShellCommand(CLI::App& program, Action& action);
+void addTestCommand(CLI::App& program, Action& action);
 void addTimersCommand(CLI::App& program, Action& action);
 void addTopCommand(CLI::App& program, Action& action);
 

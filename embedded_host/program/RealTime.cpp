@@ -36,6 +36,7 @@ CLI::App* addCommands(CLI::App& program, const std::vector<std::string>& argumen
     addExplainCommand(program, action);
     addReportCommand(program, action);
     addShellCommand(program, action);
+    addTestCommand(program, action);
     addTimersCommand(program, action);
     addTopCommand(program, action);
     return run;
@@ -54,6 +55,11 @@ int runByItsClock(const RunOptions& options)
             return protocol::answer(request, diagnosis, ownProcess(), options.script.name);
         });
     });
+}
+
+int testInVirtualTime(const TestOptions& /*options*/)
+{
+    return continueInVirtualTime();
 }
 
 } // namespace tovrinhost

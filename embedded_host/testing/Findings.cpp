@@ -9,6 +9,9 @@ namespace tovrinhost {
 
 void Findings::failed(const std::exception& error)
 {
+    if (m_standsStill) {
+        return; // it has been made to give up
+    }
     const auto* const script = dynamic_cast<const ScriptError*>(&error);
     const std::string text
         = script != nullptr ? textOf(script->message(), script->traceback()) : textOf(error.what(), "");
@@ -29,6 +32,13 @@ void Findings::expectError(const std::string& position, const std::string& text)
 void Findings::exitWasCalled(const std::string& position)
 {
     m_exit = position + "os.exit was called";
+}
+
+void Findings::nothingGoesOn(const std::string& position, const std::string& waits)
+{
+    m_standsStill = true;
+    m_findings.push_back(
+        { position + "deadlock: each thread waits, and nothing is ever due\n" + waits, false, "" });
 }
 
 std::string Findings::text() const

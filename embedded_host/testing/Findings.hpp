@@ -27,6 +27,9 @@ public:
     /// os.exit was called, which raises an error here, so that nobody misses it who has caught that.
     void exitWasCalled(const std::string& position);
 
+    /// The test waits there, and would for ever. What it fails with afterwards is that it has to give up.
+    void nothingGoesOn(const std::string& position, const std::string& waits);
+
     /// All of it, a finding in one or more lines each; empty if there is none.
     std::string text() const;
 
@@ -47,6 +50,7 @@ private:
     std::vector<ExpectedError> m_expected;
     std::string m_expectation;
     std::string m_exit;
+    bool m_standsStill = false;
 };
 
 } // namespace tovrinhost

@@ -23,6 +23,10 @@ void loadAndDo(const std::string& file, TestBench& bench, const OnInterpreter& w
         bench.findings.callbackFailed(where, error);
     });
     runner.serve([&](Interpreter& interpreter) {
+        bench.clock.onStandstill([&](const std::string& waits) {
+            bench.findings.nothingGoesOn(positionInFile(interpreter.state()), waits);
+            interpreter.loop().interrupt(Interruption::User); // what waits for ever is a script that pumps
+        });
         try {
             const InterpreterFollower::ScriptRuns runs(runner.diagnosis().follower());
             interpreter.protect([&](lua_State* state) {
@@ -36,6 +40,7 @@ void loadAndDo(const std::string& file, TestBench& bench, const OnInterpreter& w
             bench.findings.failed(error);
         }
     });
+    bench.clock.onStandstill(nullptr);
 }
 
 void callTest(Interpreter& interpreter, TestBench& bench, const std::string& name)

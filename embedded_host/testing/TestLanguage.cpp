@@ -24,19 +24,6 @@ Findings& findingsOf(lua_State* state)
     return *static_cast<Findings*>(lua_touserdata(state, lua_upvalueindex(1)));
 }
 
-/// "FILE:LINE: " of the innermost call out of a file; empty where there is none.
-std::string positionInFile(lua_State* state)
-{
-    lua_Debug call {};
-    for (int level = 1; lua_getstack(state, level, &call) != 0; ++level) {
-        lua_getinfo(state, "Sl", &call);
-        if (*call.source == '@' && call.currentline > 0) {
-            return escape(call.short_src) + ':' + std::to_string(call.currentline) + ": ";
-        }
-    }
-    return "";
-}
-
 /// expectError([text])
 int expectError(lua_State* state)
 {
@@ -123,6 +110,18 @@ void loadExpect(lua_State* state, Findings& findings)
 }
 
 } // namespace
+
+std::string positionInFile(lua_State* state)
+{
+    lua_Debug call {};
+    for (int level = 1; lua_getstack(state, level, &call) != 0; ++level) {
+        lua_getinfo(state, "Sl", &call);
+        if (*call.source == '@' && call.currentline > 0) {
+            return escape(call.short_src) + ':' + std::to_string(call.currentline) + ": ";
+        }
+    }
+    return "";
+}
 
 void openTestLanguage(lua_State* state, TestBench& bench)
 {

@@ -6,6 +6,7 @@
 
 #include <lua.h>
 
+#include <string>
 #include <string_view>
 
 namespace tovrinhost {
@@ -19,6 +20,9 @@ struct TestBench {
 
 /// Makes `test`, `expect`, `expectError` and `clock` known to a script, and has os.exit speak against the test.
 void openTestLanguage(lua_State* state, TestBench& bench);
+
+/// "FILE:LINE: " of the innermost call out of a file; empty where there is none.
+std::string positionInFile(lua_State* state);
 
 /// expect.lua
 extern const std::string_view expectSource;

@@ -14,6 +14,9 @@ using testing::IsSupersetOf;
 using tovrinhost::ReferenceEntry;
 using Names = std::set<std::string>;
 
+/// How the reference marks an example that is a file of tests.
+constexpr const char* testFile = "lua test";
+
 // ---- Its examples
 
 class ReferenceExampleTest : public ScriptTest, public testing::WithParamInterface<ReferenceEntry> { };
@@ -30,6 +33,23 @@ TEST_P(ReferenceExampleTest, PrintsWhatStandsBelowIt)
 }
 
 INSTANTIATE_TEST_SUITE_P(Language, ReferenceExampleTest, testing::ValuesIn(entriesWithExample("lua")),
+    [](const auto& entry) { return testName(entry.param); });
+
+/// Those of test files.
+class ReferenceTestFileTest : public ScriptTest, public testing::WithParamInterface<ReferenceEntry> { };
+
+TEST_P(ReferenceTestFileTest, TellsWhatStandsBelowIt)
+{
+    const Example example = exampleOf(GetParam(), testFile);
+    write("example.lua", example.code);
+    const Outcome outcome = tovrin({ "test", "example.lua" });
+    EXPECT_TRUE(matches(outcome.out, example.output)) << outcome.out << "-- is expected to be --\n"
+                                                      << example.output;
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.status, example.output.find("FAILED") == std::string::npos ? 0 : 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Language, ReferenceTestFileTest, testing::ValuesIn(entriesWithExample(testFile)),
     [](const auto& entry) { return testName(entry.param); });
 
 TEST(ReferenceTest, DotsStandForAnyText)
@@ -54,7 +74,7 @@ TEST(ReferenceTest, EachEntryHasAnExample)
             without.insert(testName(entry));
         }
     }
-    for (const char* language : { "lua", "sh" }) {
+    for (const char* language : { "lua", testFile, "sh" }) {
         for (const ReferenceEntry& entry : entriesWithExample(language)) {
             without.erase(testName(entry));
         }
@@ -140,6 +160,12 @@ Names namesBehind(const std::string& text, const std::string& words)
     return matchesOf(list.str(1), "([A-Za-z]+)");
 }
 
+/// The globals of Lua 5.4.
+const Names ofLua { "_G", "_VERSION", "assert", "collectgarbage", "coroutine", "debug", "dofile", "error",
+    "getmetatable", "io", "ipairs", "load", "loadfile", "math", "next", "os", "package", "pairs", "pcall", "print",
+    "rawequal", "rawget", "rawlen", "rawset", "require", "select", "setmetatable", "string", "table", "tonumber",
+    "tostring", "type", "utf8", "warn", "xpcall" };
+
 class ReferenceOfTest : public ScriptTest {
 protected:
     Names linesOf(const std::string& script)
@@ -212,11 +238,6 @@ end
 
 TEST_F(ReferenceOfTest, Functions)
 {
-    // Those of Lua 5.4.
-    const Names ofLua { "_G", "_VERSION", "assert", "collectgarbage", "coroutine", "debug", "dofile", "error",
-        "getmetatable", "io", "ipairs", "load", "loadfile", "math", "next", "os", "package", "pairs", "pcall",
-        "print", "rawequal", "rawget", "rawlen", "rawset", "require", "select", "setmetatable", "string", "table",
-        "tonumber", "tostring", "type", "utf8", "warn", "xpcall" };
     const Names globals = linesOf("for name in pairs(_G) do print(name) end");
     EXPECT_THAT(globals, IsSupersetOf(ofLua));
 
@@ -226,6 +247,24 @@ TEST_F(ReferenceOfTest, Functions)
         EXPECT_EQ(run("print(type(" + name + "))").out, "function\n") << name;
     }
     EXPECT_EQ(documented("Functions") - inLibraries, globals - ofLua);
+}
+
+TEST_F(ReferenceOfTest, Tests)
+{
+    write("t.lua", R"(
+test("t", function() end)
+for name in pairs(_G) do print(name) end
+for name in pairs(clock) do print("clock." .. name) end
+print(select(2, pcall(function() return expect(1).nosuchthing end)))
+)");
+    const std::string out = tovrin({ "test", "--list", "t.lua" }).out;
+    Names there
+        = matchesOf(out, "(?:^|\n)([A-Za-z_.]+)(?=\n)") - ofLua - documented("Functions") - Names { "clock" };
+    for (const std::string& name : namesBehind(out, "there are ")) {
+        there.insert((name == "never" ? "x." : "x:") + name);
+    }
+
+    EXPECT_EQ(documented("Tests"), there);
 }
 
 TEST_F(ReferenceOfTest, EventFields)
@@ -264,7 +303,7 @@ TEST_F(ReferenceOfTest, Options)
 TEST_F(ReferenceOfTest, NothingElse)
 {
     const Names known { "Properties", "Callbacks", "Read-only properties", "Methods", "Functions", "Event fields",
-        "Execution modes", "Busy modes" };
+        "Execution modes", "Busy modes", "Tests" };
     Names others;
     for (const ReferenceEntry& entry : reference()) {
         if (!entry.isSection() && !entry.section.starts_with("tovrin")) {

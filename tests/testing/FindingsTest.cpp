@@ -78,6 +78,16 @@ TEST(FindingsTest, AnExpectedErrorThatDoesNotComeSpeaksAgainstATestThatIsFineOth
     EXPECT_EQ(findings.text(), "a:3: boom");
 }
 
+TEST(FindingsTest, ATestThatWouldWaitForEverTellsWhereAndWhatWaitsAndNothingElse)
+{
+    Findings findings;
+    findings.nothingGoesOn("a:1: ", "  main: wait\n  interpreter: wait");
+    findings.failed(ScriptError("interrupted", ""));
+
+    EXPECT_EQ(findings.text(),
+        "a:1: deadlock: each thread waits, and nothing is ever due\n  main: wait\n  interpreter: wait");
+}
+
 TEST(FindingsTest, ACallOfExitCountsThoughItsErrorWasCaught)
 {
     Findings findings;

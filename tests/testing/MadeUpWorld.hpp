@@ -41,6 +41,7 @@ private:
 
         void letOthersRun() override { }
         std::optional<tovrinhost::Nanoseconds> nextDue() const override { return std::nullopt; }
+        void onStandstill(std::function<void(const std::string&)> /*help*/) override { }
 
     private:
         const std::chrono::steady_clock::time_point m_beginning = std::chrono::steady_clock::now();
