@@ -8,9 +8,8 @@ local function startsOf(mode, busyMode)
   local t = timer {
     ExecutionMode = mode, BusyMode = busyMode, Period = period, TasksToExecute = runs,
     TimerFcn = function()
-      local start = now()
-      starts[#starts + 1] = string.format("%5.2f", start - begin)
-      while now() < start + callbackSeconds do end
+      starts[#starts + 1] = string.format("%5.2f", now() - begin)
+      busy(callbackSeconds)
     end,
   }
   begin = now()

@@ -12,8 +12,7 @@ local hog = timer {
   Name = "hog", StartDelay = 0.15,
   TimerFcn = function(t, event)
     begins(t, event)
-    local start = now()
-    while now() < start + 0.1 do end
+    busy(0.1)
   end,
 }
 local beat = timer {

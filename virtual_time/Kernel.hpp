@@ -150,6 +150,10 @@ public:
     /// The earliest moment that another thread waits for; none where that is so far away that nothing is due then.
     std::optional<Moment> nextMoment() const;
 
+    /// The thread looks at the clock, and may do so until that shows something else: the thousandth look at the
+    /// same moment takes a millisecond.
+    void clockWasLookedAt();
+
     Moment now() const { return m_now; }
     Moment calendar() const { return m_options.calendarAtZero + m_now; }
 
@@ -232,6 +236,8 @@ private:
     Moment m_now;
     std::uint64_t m_steps = 0;
     std::uint64_t m_stepsSinceTimeMoved = 0;
+    Moment m_lookedAt = never; // what the clock showed at the latest looks
+    int m_looks = 0; // at the same moment
     std::int64_t m_numbers = 0;
     Verdict m_verdict;
     const std::chrono::steady_clock::time_point m_realBegin = std::chrono::steady_clock::now();

@@ -25,6 +25,18 @@ std::optional<Moment> Kernel::nextMoment() const
     return next == never || next - m_now > tooFar ? std::nullopt : std::optional(next);
 }
 
+void Kernel::clockWasLookedAt()
+{
+    constexpr int many = 1000;
+    if (m_lookedAt != m_now) {
+        m_lookedAt = m_now;
+        m_looks = 0;
+    }
+    if (++m_looks == many) {
+        sleepFor(millisecond);
+    }
+}
+
 /// All threads are blocked. \returns who goes on
 int Kernel::letTimeMove()
 {

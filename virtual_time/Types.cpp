@@ -174,6 +174,16 @@ void sleepFor(std::chrono::nanoseconds duration)
     Kernel::current()->sleepFor(duration.count());
 }
 
+void clockWasLookedAt()
+{
+    Kernel::current()->clockWasLookedAt();
+}
+
+std::chrono::duration<double> timeAtWork()
+{
+    return std::chrono::nanoseconds(Kernel::current()->now());
+}
+
 std::shared_ptr<void>& placeOfThisThread(const void* kind)
 {
     if (Kernel::current() != nullptr) {

@@ -2,6 +2,7 @@
 
 #include "virtual_time/Kernel.hpp"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <mutex>
@@ -189,6 +190,21 @@ private:
 Thread::id currentThreadId();
 
 void sleepFor(std::chrono::nanoseconds duration);
+
+/// Work takes its time, whatever there is to do.
+template <typename GivesUp> void workUntil(SteadyClock::time_point deadline, const GivesUp& givesUp)
+{
+    constexpr std::chrono::nanoseconds atOnce = std::chrono::seconds(1);
+    for (auto now = SteadyClock::now(); now < deadline && !givesUp(); now = SteadyClock::now()) {
+        sleepFor(std::min(atOnce, deadline - now));
+    }
+}
+
+/// Has a moment pass where a thread does nothing but look at the clock: see Kernel::clockWasLookedAt.
+void clockWasLookedAt();
+
+/// All time counts as work.
+std::chrono::duration<double> timeAtWork();
 
 /// Where the running thread keeps its own of a kind. \param kind an address that stands for it
 std::shared_ptr<void>& placeOfThisThread(const void* kind);

@@ -150,51 +150,56 @@ Interpreter& Interpreter::of(lua_State* state)
     return **static_cast<Interpreter**>(lua_getextraspace(state));
 }
 
-void Interpreter::define(const std::string& name, const std::string& source, lua_CFunction helper)
+void Interpreter::define(const std::string& name, const std::string& source, PushArguments push)
 {
     protect([&](lua_State* state) {
         load(state, source, "=" + name);
-        if (helper != nullptr) {
-            lua_pushcfunction(state, helper);
-        } else {
-            lua_pushnil(state);
-        }
-        lua_call(state, 1, 1);
-        m_functions[name] = luaL_ref(state, LUA_REGISTRYINDEX);
+        lua_call(state, 0, 1);
+        m_functions[name] = { luaL_ref(state, LUA_REGISTRYINDEX), push };
         return 0;
     });
 }
 
+/// As they are.
+int Interpreter::pushArguments(lua_State* state, const Arguments& arguments)
+{
+    reserveStack(state, arguments.size());
+    for (const auto& argument : arguments) {
+        pushArray(state, argument);
+    }
+    return static_cast<int>(arguments.size());
+}
+
 /// The host's function of this name, or the global of this name, or nil.
-void Interpreter::pushFunction(lua_State* state, const std::string& name) const
+/// \returns how its arguments are pushed
+Interpreter::PushArguments Interpreter::pushFunction(lua_State* state, const std::string& name) const
 {
     const auto found = m_functions.find(name);
     if (found != m_functions.end()) {
-        lua_rawgeti(state, LUA_REGISTRYINDEX, found->second);
-        return;
+        lua_rawgeti(state, LUA_REGISTRYINDEX, found->second.reference);
+        return found->second.push;
     }
     lua_pushglobaltable(state);
     pushText(state, name);
     lua_gettable(state, -2);
+    return pushArguments;
 }
 
-std::vector<foundation::tovrindata::Array> Interpreter::call(
-    const std::string& function, const std::vector<foundation::tovrindata::Array>& arguments, std::size_t outputs)
+Interpreter::Arguments Interpreter::call(
+    const std::string& function, const Arguments& arguments, std::size_t outputs)
 {
     const RestoredStack stack(state());
     const int handler = pushHandler();
+    int pushed = 0;
     const auto pushCall = [&](lua_State* state) {
-        reserveStack(state, arguments.size() + 3);
-        pushFunction(state, function);
-        for (const auto& argument : arguments) {
-            pushArray(state, argument);
-        }
-        return static_cast<int>(arguments.size()) + 1;
+        const PushArguments push = pushFunction(state, function);
+        pushed = push(state, arguments);
+        return pushed + 1;
     };
     protectAbove(handler, std::cref(pushCall)); // a copy of it would be one on the heap
     reserveStack(state(), outputs + 1);
-    callAbove(handler, static_cast<int>(arguments.size()), static_cast<int>(outputs));
-    std::vector<foundation::tovrindata::Array> results;
+    callAbove(handler, pushed, static_cast<int>(outputs));
+    Arguments results;
     for (std::size_t i = 1; i <= outputs; ++i) {
         results.push_back(toArray(state(), handler + static_cast<int>(i)));
     }

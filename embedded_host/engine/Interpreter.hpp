@@ -42,13 +42,19 @@ public:
     /// For the state's memory.
     SpareBlocks& spareBlocks() { return m_spareBlocks; }
 
+    using Arguments = std::vector<foundation::tovrindata::Array>;
+
+    /// Pushes what a function of the host's is called with, in place of its arguments as they are: their values
+    /// need not be made where nobody looks at them. May raise errors of Lua, and throw.
+    /// \returns how many values
+    using PushArguments = int (*)(lua_State* state, const Arguments& arguments);
+
     /// Makes a function of the host's known to `call`, under a name that scripts neither see nor take away.
-    /// \param source statements that return the function; they are given `helper`, or nil
-    void define(const std::string& name, const std::string& source, lua_CFunction helper = nullptr);
+    /// \param source statements that return the function
+    void define(const std::string& name, const std::string& source, PushArguments push = pushArguments);
 
     /// Calls the function of this name: the host's if there is one, else the global one.
-    std::vector<foundation::tovrindata::Array> call(const std::string& function,
-        const std::vector<foundation::tovrindata::Array>& arguments, std::size_t outputs);
+    Arguments call(const std::string& function, const Arguments& arguments, std::size_t outputs);
 
     /// Runs statements.
     /// \param chunkName how tracebacks call them: "=name", or "@file"
@@ -83,7 +89,14 @@ private:
         void operator()(lua_State* state) const { lua_close(state); }
     };
 
-    void pushFunction(lua_State* state, const std::string& name) const;
+    /// A function of the host's.
+    struct HostFunction {
+        int reference; ///< in the registry
+        PushArguments push;
+    };
+
+    static int pushArguments(lua_State* state, const Arguments& arguments);
+    PushArguments pushFunction(lua_State* state, const std::string& name) const;
     static int describeError(lua_State* state);
     int pushHandler();
     void protectAbove(int handler, const std::function<int(lua_State*)>& work);
@@ -93,7 +106,7 @@ private:
     SpareBlocks m_spareBlocks; // before the state, whose blocks they are
     std::unique_ptr<lua_State, Close> m_main; // before what is initialised from it
     RunningCode m_code;
-    std::map<std::string, int> m_functions; // those of the host, by name: references in the registry
+    std::map<std::string, HostFunction> m_functions; // by name
     std::string* m_traceback = nullptr; // of the innermost protected call
     int m_nested = 0;
 };

@@ -18,7 +18,7 @@ namespace tovrinhost {
 void pushText(lua_State* state, const std::string& text);
 
 /// Pushes one value.
-void pushArray(lua_State* state, const foundation::tovrindata::Array& array);
+TOVRINHOST_API void pushArray(lua_State* state, const foundation::tovrindata::Array& array);
 
 /// \throws std::invalid_argument for a value that has no counterpart
 foundation::tovrindata::Array toArray(lua_State* state, int index);

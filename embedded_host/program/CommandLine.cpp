@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <iostream>
 #include <string>
@@ -21,21 +22,26 @@ constexpr int wrongUsage = 2;
 
 using Words = std::vector<std::string>;
 
+bool isCommand(const std::string& word)
+{
+    return std::ranges::any_of(commands(), [&](const Command* known) { return word == known->name; });
+}
+
 bool isOption(const std::string& word)
 {
     return word.size() > 1 && word.starts_with('-');
 }
 
 /// The first word is neither an option nor a command: it has to be a script.
-void failUnlessFile(const CLI::App& program, const std::string& word)
+void failUnlessFile(const std::string& word)
 {
     std::error_code ignored;
     if (word == "-" || std::filesystem::exists(word, ignored)) {
         return;
     }
     Words names;
-    for (const CLI::App* command : program.get_subcommands({})) {
-        names.push_back(command->get_name());
+    for (const Command* const command : commands()) {
+        names.emplace_back(command->name);
     }
     const std::string nearest = nearestName(word, names);
     throw CLI::ParseError("there is no command \"" + escape(word) + "\", and no file of that name"
@@ -44,18 +50,17 @@ void failUnlessFile(const CLI::App& program, const std::string& word)
 }
 
 /// The words with the command in front, where it has been left out.
-Words withCommand(const CLI::App& program, Words words)
+Words withCommand(Words words)
 {
     if (words.empty()) {
         return platform::isInputATerminal() ? Words { "shell" } : Words { "run", "-" };
     }
     const std::string& first = words.front();
-    const auto isNamed = [&](const CLI::App* command) { return command->get_name() == first; };
-    if (first == "-h" || first == "--help" || first == "--version" || !program.get_subcommands(isNamed).empty()) {
+    if (first == "-h" || first == "--help" || first == "--version" || isCommand(first)) {
         return words;
     }
     if (!isOption(first)) {
-        failUnlessFile(program, first);
+        failUnlessFile(first);
     }
     words.insert(words.begin(), "run");
     return words;
@@ -80,12 +85,29 @@ Words::iterator beginOfArguments(const CLI::App& run, Words& words)
     return words.end();
 }
 
-void parse(CLI::App& program, const CLI::App& run, Words words, Words& arguments)
+/// The commands among the words, with their options; all of them, where it is the program that is asked.
+void addCommands(CLI::App& program, const Words& words, Request& request)
 {
-    words = withCommand(program, std::move(words));
-    if (words.front() == run.get_name()) {
-        const auto begin = beginOfArguments(run, words);
-        arguments.assign(begin, words.end());
+    const bool isProgramAsked = !isCommand(words.front());
+    for (const Command* const command : commands()) {
+        const bool isNamed = std::find(words.begin(), words.end(), command->name) != words.end();
+        if (!isNamed && !isProgramAsked) {
+            continue;
+        }
+        CLI::App* const added = program.add_subcommand(command->name, command->description);
+        if (isNamed) {
+            command->addOptions(*added, request);
+        }
+    }
+}
+
+void parse(CLI::App& program, Words words, Request& request)
+{
+    words = withCommand(std::move(words));
+    addCommands(program, words, request);
+    if (words.front() == runCommand.name) {
+        const auto begin = beginOfArguments(*program.get_subcommand(words.front()), words);
+        request.scriptArguments.assign(begin, words.end());
         words.erase(begin, words.end());
     }
     std::reverse(words.begin(), words.end()); // as it wants them
@@ -106,12 +128,10 @@ std::string exitStatuses()
 
 std::variant<Action, Leave> readCommandLine(int argc, const char* const* argv)
 {
-    Action action;
-    Words arguments;
+    Request request;
     CLI::App program("Runs scripts whose timers are driven by the timer engine.", "tovrin");
     program.require_subcommand(1);
     program.set_version_flag("--version", std::string("tovrin ") + programVersion(), "Print the version and exit");
-    CLI::App* const run = addCommands(program, arguments, action);
     // Once somebody asks for help: to look the table up takes a while.
     program.footer([] {
         return "tovrin FILE [ARG...] is short for tovrin run FILE [ARG...], and so is tovrin -e CODE for tovrin "
@@ -121,7 +141,7 @@ std::variant<Action, Leave> readCommandLine(int argc, const char* const* argv)
             + exitStatuses();
     });
     try {
-        parse(program, *run, Words(argv + 1, argv + argc), arguments);
+        parse(program, Words(argv + 1, argv + argc), request);
     } catch (const CLI::Success& help) {
         return Leave { program.exit(help) };
     } catch (const CLI::ParseError& error) {
@@ -130,7 +150,7 @@ std::variant<Action, Leave> readCommandLine(int argc, const char* const* argv)
         std::cerr << "tovrin: " << error.what() << "\nTry 'tovrin" << tried << " --help'.\n";
         return Leave { wrongUsage };
     }
-    return action;
+    return request.action;
 }
 
 } // namespace tovrinhost

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -13,19 +14,32 @@ namespace tovrinhost {
 /// What the command line asks for. \returns the exit status \throws std::exception with a text for people
 using Action = std::function<int()>;
 
-// The commands of the program, a file each. Each of these adds one; once it stands on the command line, `action`
-// is what is to be done.
-/// \param arguments the words behind the script, which are not parsed
-CLI::App* addRunCommand(CLI::App& program, const std::vector<std::string>& arguments, Action& action);
-void addExplainCommand(CLI::App& program, Action& action);
-void addReportCommand(CLI::App& program, Action& action);
-void addShellCommand(CLI::App& program, Action& action);
-void addTestCommand(CLI::App& program, Action& action);
-void addTimersCommand(CLI::App& program, Action& action);
-void addTopCommand(CLI::App& program, Action& action);
+/// What has been read of the command line.
+struct Request {
+    Action action;
+    std::vector<std::string> scriptArguments; ///< the words behind the script, which are not parsed
+};
 
-/// Those that this program has. \returns the one that runs a script
-CLI::App* addCommands(CLI::App& program, const std::vector<std::string>& arguments, Action& action);
+/// A command of the program. To make the options takes a while, so it is done for the one that was asked for.
+struct Command {
+    const char* name;
+    const char* description;
+
+    /// Adds the options. Once they have been parsed, the action of the request is what is to be done.
+    void (*addOptions)(CLI::App& command, Request& request);
+};
+
+// Each in a file of its own, but for the two that look at another program.
+extern const Command runCommand;
+extern const Command explainCommand;
+extern const Command reportCommand;
+extern const Command shellCommand;
+extern const Command testCommand;
+extern const Command timersCommand;
+extern const Command topCommand;
+
+/// Those that this program has.
+std::span<const Command* const> commands();
 
 /// As CMake has it: "0.1.0".
 const char* programVersion();

@@ -35,30 +35,30 @@ int explainTrace(const TraceQuestion& question)
     return EXIT_SUCCESS;
 }
 
-} // namespace
-
-void addExplainCommand(CLI::App& program, Action& action)
+void addExplainOptions(CLI::App& explain, Request& request)
 {
     constexpr std::size_t mostExplanations = 1000;
-    CLI::App* explain = program.add_subcommand(
-        "explain", "Tell from a trace of run --trace why callbacks were late, the latest first");
     const auto question = std::make_shared<TraceQuestion>();
-    explain->add_option("FILE", question->file, "The trace")->required();
-    explain->add_option("--timer", question->timer, "Callbacks of the timers of this name only")
-        ->type_name("NAME");
+    explain.add_option("FILE", question->file, "The trace")->required();
+    explain.add_option("--timer", question->timer, "Callbacks of the timers of this name only")->type_name("NAME");
     explain
-        ->add_option_function<std::string>(
+        .add_option_function<std::string>(
             "--run", [question](const std::string& text) { question->run = toCount("--run", text); },
             "This run of a timer only: the how-manieth since it was started")
         ->type_name("K");
     explain
-        ->add_option_function<std::string>(
+        .add_option_function<std::string>(
             "--worst",
             [question](const std::string& text) { question->worst = toCount("--worst", text, mostExplanations); },
             "How many callbacks, at most 1000; and of those that never ran, as many")
         ->default_str(std::to_string(question->worst))
         ->type_name("N");
-    explain->callback([question, &action] { action = [question] { return explainTrace(*question); }; });
+    explain.callback([question, &request] { request.action = [question] { return explainTrace(*question); }; });
 }
+
+} // namespace
+
+constinit const Command explainCommand { "explain",
+    "Tell from a trace of run --trace why callbacks were late, the latest first", addExplainOptions };
 
 } // namespace tovrinhost

@@ -4,6 +4,7 @@
 #include "embedded_host/status/StatusProtocol.hpp"
 #include "embedded_host/status/StatusServer.hpp"
 
+#include <array>
 #include <string_view>
 #include <vector>
 
@@ -30,16 +31,11 @@ void rememberWords(int argc, const char* const* argv)
     words().assign(argv, argv + argc);
 }
 
-CLI::App* addCommands(CLI::App& program, const std::vector<std::string>& arguments, Action& action)
+std::span<const Command* const> commands()
 {
-    CLI::App* const run = addRunCommand(program, arguments, action);
-    addExplainCommand(program, action);
-    addReportCommand(program, action);
-    addShellCommand(program, action);
-    addTestCommand(program, action);
-    addTimersCommand(program, action);
-    addTopCommand(program, action);
-    return run;
+    static constexpr std::array all { &runCommand, &explainCommand, &reportCommand, &shellCommand, &testCommand,
+        &timersCommand, &topCommand };
+    return all;
 }
 
 int runByItsClock(const RunOptions& options)

@@ -24,33 +24,34 @@ Nanoseconds toMoment(const char* option, const std::string& text)
     return static_cast<Nanoseconds>(toSeconds(option, text) * nanosecondsPerSecond);
 }
 
-} // namespace
-
-void addReportCommand(CLI::App& program, Action& action)
+void addReportOptions(CLI::App& report, Request& request)
 {
-    CLI::App* report = program.add_subcommand(
-        "report", "Make a page of a trace of run --trace: what fired when, and why it was late");
     const auto options = std::make_shared<ReportOptions>();
-    report->add_option("FILE", options->trace, "The trace")->required();
-    report->add_option("-o,--output", options->page, "The page, in HTML; it needs no other file")
+    report.add_option("FILE", options->trace, "The trace")->required();
+    report.add_option("-o,--output", options->page, "The page, in HTML; it needs no other file")
         ->required()
         ->type_name("FILE.html");
     report
-        ->add_option_function<std::string>(
+        .add_option_function<std::string>(
             "--from", [options](const std::string& text) { options->window.from = toMoment("--from", text); },
             "What happened from here on, in seconds since the program began")
         ->type_name("SECONDS");
     report
-        ->add_option_function<std::string>(
+        .add_option_function<std::string>(
             "--to", [options](const std::string& text) { options->window.to = toMoment("--to", text); },
             "What happened until then")
         ->type_name("SECONDS");
-    report->callback([options, &action] {
-        action = [options] {
+    report.callback([options, &request] {
+        request.action = [options] {
             writeReport(options->trace, options->window, options->page);
             return EXIT_SUCCESS;
         };
     });
 }
+
+} // namespace
+
+constinit const Command reportCommand { "report",
+    "Make a page of a trace of run --trace: what fired when, and why it was late", addReportOptions };
 
 } // namespace tovrinhost

@@ -94,7 +94,7 @@ CLI::Option* addEach(CLI::App& run, const char* name, const char* form, const st
         ->type_name(form);
 }
 
-void addOptions(CLI::App& run, const std::shared_ptr<RunOptions>& options)
+void addHostOptions(CLI::App& run, const std::shared_ptr<RunOptions>& options)
 {
     addEach(run, "--feature", "NAME=on|off",
         "Switch a feature of the host: TIMER_PPE=on (default) or TIMER_PPE=off",
@@ -144,25 +144,22 @@ void findScript(Script& script, const std::optional<std::string>& code)
     }
 }
 
-} // namespace
-
-CLI::App* addRunCommand(CLI::App& program, const std::vector<std::string>& arguments, Action& action)
+void addRunOptions(CLI::App& run, Request& request)
 {
-    CLI::App* run = program.add_subcommand("run", "Run a script, and serve its timers until none runs any more");
     const auto options = std::make_shared<RunOptions>();
     const auto code = std::make_shared<std::optional<std::string>>();
     Script& script = options->script;
-    run->add_option("FILE", script.name, "The script, in Lua; - for standard input");
-    run->add_option("ARG", script.arguments, "What the script finds in 'arg': all words behind FILE");
-    run->add_option("-e", *code, "The script itself, in place of FILE")->type_name("CODE");
-    addOptions(*run, options);
-    run->footer([] {
+    run.add_option("FILE", script.name, "The script, in Lua; - for standard input");
+    run.add_option("ARG", script.arguments, "What the script finds in 'arg': all words behind FILE");
+    run.add_option("-e", *code, "The script itself, in place of FILE")->type_name("CODE");
+    addHostOptions(run, options);
+    run.footer([] {
         return "SIGUSR1, or Ctrl-Break on Windows, has a table of all timers and the ten latest callbacks written "
                "to "
                "standard error.\n\n"
             + exitStatuses();
     });
-    run->callback([options, code, &arguments, &action] {
+    run.callback([options, code, &request] {
         if (options->script.name.empty() && !*code) {
             throw CLI::RequiredError("FILE");
         }
@@ -170,13 +167,17 @@ CLI::App* addRunCommand(CLI::App& program, const std::vector<std::string>& argum
             throw CLI::ValidationError(
                 "--status", "it is for the real clock: in virtual time nobody else looks on");
         }
-        options->script.arguments = arguments;
-        action = [options, code] {
+        options->script.arguments = request.scriptArguments;
+        request.action = [options, code] {
             findScript(options->script, *code);
             return runByItsClock(*options);
         };
     });
-    return run;
 }
+
+} // namespace
+
+constinit const Command runCommand { "run", "Run a script, and serve its timers until none runs any more",
+    addRunOptions };
 
 } // namespace tovrinhost

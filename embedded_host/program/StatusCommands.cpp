@@ -44,31 +44,35 @@ int printTimers(const StatusOptions& options)
     return EXIT_SUCCESS;
 }
 
-} // namespace
-
-void addTimersCommand(CLI::App& program, Action& action)
+void addTimersOptions(CLI::App& timers, Request& request)
 {
-    CLI::App* timers = program.add_subcommand("timers",
-        "Print how the timers of a program are doing that was started with run --status; not on Windows");
     const auto options = std::make_shared<StatusOptions>();
-    addProcess(*timers, options);
-    timers->add_flag("--json", options->asJson, "Print a JSON document, with all times in seconds");
-    timers->callback([options, &action] { action = [options] { return printTimers(*options); }; });
+    addProcess(timers, options);
+    timers.add_flag("--json", options->asJson, "Print a JSON document, with all times in seconds");
+    timers.callback([options, &request] { request.action = [options] { return printTimers(*options); }; });
 }
 
-void addTopCommand(CLI::App& program, Action& action)
+void addTopOptions(CLI::App& top, Request& request)
 {
-    CLI::App* top = program.add_subcommand("top",
-        "Show how the timers of a program are doing that was started with run --status, anew each second, until q "
-        "is pressed; not on Windows");
     const auto options = std::make_shared<StatusOptions>();
-    addProcess(*top, options);
-    top->callback([options, &action] {
-        action = [options] {
+    addProcess(top, options);
+    top.callback([options, &request] {
+        request.action = [options] {
             showTop(options->process);
             return EXIT_SUCCESS;
         };
     });
 }
+
+} // namespace
+
+constinit const Command timersCommand { "timers",
+    "Print how the timers of a program are doing that was started with run --status; not on Windows",
+    addTimersOptions };
+
+constinit const Command topCommand { "top",
+    "Show how the timers of a program are doing that was started with run --status, anew each second, until q "
+    "is pressed; not on Windows",
+    addTopOptions };
 
 } // namespace tovrinhost

@@ -9,20 +9,21 @@
 
 namespace tovrinhost {
 
-void addTestCommand(CLI::App& program, Action& action)
+namespace {
+
+void addTestOptions(CLI::App& test, Request& request)
 {
-    CLI::App* test = program.add_subcommand("test", "Run tests of scripts, in virtual time");
     const auto options = std::make_shared<TestOptions>();
-    test->add_option("FILE", options->files, "The files with the tests, in Lua")->required();
-    test->add_option("--filter", options->filter, "Run only tests whose names contain this text")
+    test.add_option("FILE", options->files, "The files with the tests, in Lua")->required();
+    test.add_option("--filter", options->filter, "Run only tests whose names contain this text")
         ->type_name("TEXT");
     CLI::Option* const seeds
-        = test->add_option_function<std::string>(
+        = test.add_option_function<std::string>(
                   "--seeds", [options](const std::string& text) { options->seeds = toCount("--seeds", text); },
                   "Run each test under this many schedules, until it fails")
               ->default_str("1")
               ->type_name("N");
-    test->add_option_function<std::string>(
+    test.add_option_function<std::string>(
             "--seed",
             [options](const std::string& text) {
                 options->firstSeed = toCount("--seed", text, std::numeric_limits<std::size_t>::max(), 0);
@@ -30,10 +31,14 @@ void addTestCommand(CLI::App& program, Action& action)
             "Run each test under the schedule of this seed alone: of one that has failed")
         ->type_name("K")
         ->excludes(seeds);
-    test->add_option("--junit", options->junitFile, "Write a report for build servers, in JUnit's XML")
+    test.add_option("--junit", options->junitFile, "Write a report for build servers, in JUnit's XML")
         ->type_name("FILE");
-    test->add_flag("--list", options->onlyLists, "Print where the tests stand and how they are called; run none");
-    test->callback([options, &action] { action = [options] { return testInVirtualTime(*options); }; });
+    test.add_flag("--list", options->onlyLists, "Print where the tests stand and how they are called; run none");
+    test.callback([options, &request] { request.action = [options] { return testInVirtualTime(*options); }; });
 }
+
+} // namespace
+
+constinit const Command testCommand { "test", "Run tests of scripts, in virtual time", addTestOptions };
 
 } // namespace tovrinhost

@@ -1,5 +1,6 @@
 #include "embedded_host/timers/TimerLibrary.hpp"
 
+#include "embedded_host/engine/LuaArrays.hpp"
 #include "embedded_host/engine/LuaFunction.hpp"
 #include "embedded_host/timers/ShortForms.hpp"
 #include "embedded_host/timers/TimerObject.hpp"
@@ -15,24 +16,41 @@ namespace tovrinhost {
 
 namespace {
 
-/// Where `prepare` finds the event.
-constexpr int eventArgument = 3;
-
-/// What the library has the engine evaluate for each callback: finds the function and calls it.
+/// What the library has the engine evaluate for each callback: calls the function, if it is still there.
 constexpr const char* timercb = R"lua(
-local prepare = ...
-return function(object, callback, _, event)
-  local fcn
-  fcn, event.Time, event.Due, event.Lateness, event.Missed = prepare(object, callback, event)
+return function(fcn, timer, event)
   if fcn then
-    fcn(object, event)
+    fcn(timer, event)
   end
 end
 )lua";
 
+/// Where the arguments of timercb stand: it is itself at the stack's bottom.
+constexpr int fcnArgument = 2;
+constexpr int timerArgument = 3;
+constexpr int eventArgument = 4;
+
+/// Whether a function can see its second argument. Of those that are not written in Lua nobody knows.
+bool takesEvent(lua_State* state, int function)
+{
+    if (!lua_isfunction(state, function)) {
+        return false;
+    }
+    lua_Debug about {};
+    lua_pushvalue(state, function);
+    lua_getinfo(state, ">u", &about);
+    return about.nparams > 1 || about.isvararg != 0;
+}
+
 void setText(lua_State* state, const char* field, const std::string& text)
 {
     lua_pushlstring(state, text.data(), text.size());
+    lua_setfield(state, eventArgument, field);
+}
+
+void setNumber(lua_State* state, const char* field, double number)
+{
+    lua_pushnumber(state, number);
     lua_setfield(state, eventArgument, field);
 }
 
@@ -51,25 +69,39 @@ void describeEnd(lua_State* state, const ScriptRun& run)
     }
 }
 
-/// prepare(timer, callback, event): the function, and what every event tells besides: the moment in seconds since
-/// 1970; when the callback was due, in `now`'s seconds; how many seconds later it began; how many firings were
-/// dropped before.
-int prepareCallback(lua_State* state)
+/// What every event tells besides: the moment in seconds since 1970; when the callback was due, in `now`'s
+/// seconds; how many seconds later it began; how many firings were dropped before.
+void describeFiring(lua_State* state, TimerSet& timers)
 {
-    TimerSet& timers = timersOf(state);
     const Diagnosis& diagnosis = timers.diagnosis();
     const FiringLog::Beginning& firing = diagnosis.latest();
-    if (const ScriptRun* const run = pushCallback(state).run()) {
+    setNumber(state, "Time", toSecondsSince1970(timers.clock().now()));
+    if (firing.due == 0) {
+        return; // nobody has told of it
+    }
+    setNumber(state, "Due", toSeconds(firing.due - diagnosis.log().beginning()));
+    setNumber(state, "Lateness", toSeconds(firing.lateness()));
+    lua_pushinteger(state, static_cast<lua_Integer>(firing.missed));
+    lua_setfield(state, eventArgument, "Missed");
+}
+
+/// For the timer, the name of the callback, nothing and the event: the function, the timer, and the event if the
+/// function can see it. To make one is a fifth of what a callback costs.
+int pushCall(lua_State* state, const Interpreter::Arguments& arguments)
+{
+    pushArray(state, arguments.at(0));
+    pushArray(state, arguments.at(1));
+    const ScriptTimer& timer = nameToCallback(state, fcnArgument);
+    lua_insert(state, fcnArgument);
+    if (!takesEvent(state, fcnArgument)) {
+        return timerArgument - fcnArgument + 1;
+    }
+    pushArray(state, arguments.at(3));
+    if (const ScriptRun* const run = timer.run()) {
         describeEnd(state, *run);
     }
-    lua_pushnumber(state, toSecondsSince1970(timers.clock().now()));
-    if (firing.due == 0) {
-        return 2; // nobody has told of it
-    }
-    lua_pushnumber(state, toSeconds(firing.due - diagnosis.log().beginning()));
-    lua_pushnumber(state, toSeconds(firing.lateness()));
-    lua_pushinteger(state, static_cast<lua_Integer>(firing.missed));
-    return 5;
+    describeFiring(state, timersOf(state));
+    return eventArgument - fcnArgument + 1;
 }
 
 /// pause(seconds)
@@ -82,9 +114,23 @@ int pause(lua_State* state)
     return 0;
 }
 
+/// busy(seconds)
+int beBusy(lua_State* state)
+{
+    const EventLoop::Deadline deadline = deadlineArgument(state, 1, "busy: the time");
+    const EventLoop& loop = timersOf(state).engine().loop();
+    const auto isInterrupted = [&loop] { return loop.interruption() != Interruption::None; };
+    tovrintimer::workUntil(deadline.value_or(EventLoop::Clock::time_point::max()), isInterrupted);
+    if (isInterrupted()) {
+        throw Interrupted();
+    }
+    return 0;
+}
+
 /// now()
 int monotonicSeconds(lua_State* state)
 {
+    tovrintimer::clockWasLookedAt();
     // Counted from the beginning of the script, so that the seconds have many digits behind the point.
     const FiringLog& log = timersOf(state).diagnosis().log();
     lua_pushnumber(state, toSeconds(log.now() - log.beginning()));
@@ -132,6 +178,7 @@ void openTimerLibrary(Interpreter& interpreter, TimerSet& timers, int& exitCode)
         }
         lua_register(state, "timer", luaFunction<newTimerObject>);
         lua_register(state, "pause", luaFunction<pause>);
+        lua_register(state, "busy", luaFunction<beBusy>);
         lua_register(state, "now", luaFunction<monotonicSeconds>);
 
         lua_getglobal(state, "os");
@@ -140,7 +187,7 @@ void openTimerLibrary(Interpreter& interpreter, TimerSet& timers, int& exitCode)
         lua_setfield(state, -2, "exit");
         return 0;
     });
-    interpreter.define("timercb", timercb, luaFunction<prepareCallback>);
+    interpreter.define("timercb", timercb, pushCall);
 }
 
 } // namespace tovrinhost

@@ -210,13 +210,17 @@ ScriptTimer& liveTimer(lua_State* state)
     return liveTimer(handleOf(state));
 }
 
-ScriptTimer& pushCallback(lua_State* state)
+ScriptTimer& nameToCallback(lua_State* state, int index)
 {
-    ScriptTimer& timer = liveTimer(state);
-    lua_getiuservalue(state, 1, 1);
-    lua_pushvalue(state, 2);
+    ScriptTimer* const timer = timerAt(state, index);
+    if (timer == nullptr) {
+        throw std::logic_error("a callback was to be called of what is no timer");
+    }
+    lua_getiuservalue(state, index, 1);
+    lua_insert(state, -2);
     lua_rawget(state, -2);
-    return timer;
+    lua_remove(state, -2);
+    return *timer;
 }
 
 TimerSet& timersOf(lua_State* state)

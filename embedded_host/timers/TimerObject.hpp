@@ -42,8 +42,10 @@ ScriptTimer* timerAt(lua_State* state, int index);
 /// The timer whose object is at the stack's bottom. Raises an error where there is none.
 ScriptTimer& liveTimer(lua_State* state);
 
-/// For a timer and the name of one of its callbacks, at the stack's bottom: pushes the function, or nil.
-ScriptTimer& pushCallback(lua_State* state);
+/// Puts a callback of the timer whose object is at that index, the function or nil, in the place of its name,
+/// which is on top of the stack. \returns the timer \throws std::logic_error if there is none, or if it has been
+/// deleted or collected
+ScriptTimer& nameToCallback(lua_State* state, int index);
 
 /// The timers of the script that is running.
 TimerSet& timersOf(lua_State* state);

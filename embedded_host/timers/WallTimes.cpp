@@ -6,6 +6,8 @@
 #include "embedded_host/timers/TimerObject.hpp"
 #include "embedded_host/timers/TimerProperties.hpp"
 
+#include <lualib.h>
+
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -155,10 +157,16 @@ std::int64_t nextSecond(const TimePattern& pattern, double after, const std::str
     return *moment;
 }
 
+WallTime lookAtClock(lua_State* state)
+{
+    tovrintimer::clockWasLookedAt();
+    return timersOf(state).clock().now();
+}
+
 /// date()
 int date(lua_State* state)
 {
-    lua_pushnumber(state, toSecondsSince1970(timersOf(state).clock().now()));
+    lua_pushnumber(state, toSecondsSince1970(lookAtClock(state)));
     return 1;
 }
 
@@ -183,10 +191,65 @@ int nextTimeOf(lua_State* state)
     return 1;
 }
 
+void pushWholeSeconds(lua_State* state)
+{
+    const auto now = std::chrono::floor<std::chrono::seconds>(lookAtClock(state));
+    lua_pushinteger(state, static_cast<lua_Integer>(now.time_since_epoch().count()));
+}
+
+/// os.time([table]). Upvalue: the library's own function, which knows tables.
+int timeOfTable(lua_State* state)
+{
+    if (!lua_isnoneornil(state, 1)) {
+        return lua_tocfunction(state, lua_upvalueindex(1))(state);
+    }
+    pushWholeSeconds(state);
+    return 1;
+}
+
+/// os.date([format [, time]]). Upvalue: the library's own function, which is told the time.
+int textOfTime(lua_State* state)
+{
+    lua_settop(state, 2);
+    if (lua_isnil(state, 1)) {
+        lua_pushliteral(state, "%c");
+        lua_replace(state, 1);
+    }
+    if (lua_isnil(state, 2)) {
+        pushWholeSeconds(state);
+        lua_replace(state, 2);
+    }
+    return lua_tocfunction(state, lua_upvalueindex(1))(state);
+}
+
+/// os.clock()
+int secondsAtWork(lua_State* state)
+{
+    tovrintimer::clockWasLookedAt();
+    lua_pushnumber(state, tovrintimer::timeAtWork().count());
+    return 1;
+}
+
+/// Lua's own functions of time go by the clocks that all others go by.
+void openTimeOfSystem(lua_State* state)
+{
+    lua_getglobal(state, LUA_OSLIBNAME);
+    lua_getfield(state, -1, "time");
+    lua_pushcclosure(state, luaFunction<timeOfTable>, 1);
+    lua_setfield(state, -2, "time");
+    lua_getfield(state, -1, "date");
+    lua_pushcclosure(state, luaFunction<textOfTime>, 1);
+    lua_setfield(state, -2, "date");
+    lua_pushcfunction(state, luaFunction<secondsAtWork>);
+    lua_setfield(state, -2, "clock");
+    lua_pop(state, 1);
+}
+
 } // namespace
 
 void openWallTimes(lua_State* state)
 {
+    openTimeOfSystem(state);
     lua_register(state, "date", luaFunction<date>);
     lua_register(state, "nextTime", luaFunction<nextTimeOf>);
 }

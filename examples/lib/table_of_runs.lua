@@ -11,8 +11,7 @@ return function(title, settings, callbackSeconds, dueAfter)
 
   settings.TimerFcn = function(t)
     local run = { due = due, start = elapsed() }
-    -- A busy callback: unlike pause, it lets nothing else run.
-    while elapsed() < run.start + callbackSeconds do end
+    busy(callbackSeconds) -- unlike pause, it lets nothing else run
     run.finish = elapsed()
     print(string.format("%3d %7.3f %7.3f %7.3f", t.TasksExecuted, run.due, run.start, run.finish))
     due = dueAfter(run)

@@ -84,14 +84,14 @@ protected:
     }
 
     /// Between the callbacks of one timer, after the first few, for which some things are made that stay.
-    std::vector<Count> betweenCallbacks(const std::string& properties)
+    std::vector<Count> betweenCallbacks(const std::string& fcn, const std::string& properties)
     {
         m_engine->run([&](Interpreter& interpreter) {
             m_notes.clear();
             m_notes.reserve(warmUp + measured + 1);
             // Nothing is collected meanwhile: when that happens is Lua's affair.
             interpreter.execute("collectgarbage('stop') local t = timer { Period = 0.001, TasksToExecute = "
-                    + std::to_string(warmUp + measured + 1) + ", TimerFcn = note, " + properties
+                    + std::to_string(warmUp + measured + 1) + ", TimerFcn = " + fcn + ", " + properties
                     + " } t:start() t:wait()",
                 "=test");
         });
@@ -144,10 +144,22 @@ private:
 
 TEST_F(CallbackAllocationTest, ACallbackAtAFixedRateMakesItsArgumentsItsFutureAndTheEventsTables)
 {
-    const auto counts = betweenCallbacks("ExecutionMode = 'FixedRate', BusyMode = 'Queue'");
+    for (const char* fcn : { "note", "function(t, event) note() end" }) {
+        const auto counts = betweenCallbacks(fcn, "ExecutionMode = 'FixedRate', BusyMode = 'Queue'");
 
-    EXPECT_THAT(counts, SizeIs(measured));
-    EXPECT_THAT(counts, Each(Count { forRecord + forTime + forArguments + forFuture, forTables }));
+        EXPECT_THAT(counts, SizeIs(measured));
+        EXPECT_THAT(counts, Each(Count { forRecord + forTime + forArguments + forFuture, forTables })) << fcn;
+    }
+}
+
+TEST_F(CallbackAllocationTest, ACallbackThatTakesNoEventHasNoTablesMade)
+{
+    for (const char* fcn : { "function() note() end", "function(t) note() end" }) {
+        const auto counts = betweenCallbacks(fcn, "ExecutionMode = 'FixedRate', BusyMode = 'Queue'");
+
+        EXPECT_THAT(counts, SizeIs(measured));
+        EXPECT_THAT(counts, Each(Count { forRecord + forTime + forArguments + forFuture, 0 })) << fcn;
+    }
 }
 
 } // namespace

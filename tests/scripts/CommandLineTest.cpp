@@ -210,6 +210,17 @@ TEST_F(CommandLineTest, HelpIsShownOnRequest)
     EXPECT_EQ(outcome.status, 0);
 }
 
+TEST_F(CommandLineTest, HelpOfTheProgramListsAllCommandsAndThatOfACommandItsOptions)
+{
+    const Outcome ofAll = tovrin({ "--help" });
+    for (const char* command : { "run", "explain", "report", "shell", "timers", "top" }) {
+        EXPECT_THAT(ofAll.out, testing::ContainsRegex("\n  " + std::string(command) + " +[A-Z][a-z]+ "));
+    }
+    for (const Words& words : { Words { "run", "-h" }, { "--help", "run" } }) {
+        EXPECT_THAT(tovrin(words).out, HasSubstr("\n  --max-backlog N")) << words.front();
+    }
+}
+
 TEST_F(CommandLineTest, HelpHasTheTableOfExitStatuses)
 {
     for (const Words& words : { Words { "--help" }, { "run", "--help" } }) {

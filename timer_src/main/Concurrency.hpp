@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <ctime>
 #include <mutex>
 #include <thread>
 #include <type_traits>
@@ -32,6 +33,24 @@ inline Thread::id currentThreadId()
 inline void sleepFor(std::chrono::nanoseconds span)
 {
     std::this_thread::sleep_for(span);
+}
+
+/// Keeps the calling thread at work until the deadline, or until `givesUp`.
+template <typename GivesUp> void workUntil(SteadyClock::time_point deadline, const GivesUp& givesUp)
+{
+    while (SteadyClock::now() < deadline && !givesUp()) { }
+}
+
+/// For code of users that looks what time it is, again and again perhaps, until it is late enough: a clock that
+/// stands still while code runs has to go on then.
+inline void clockWasLookedAt()
+{
+}
+
+/// Processor time that the program has used.
+inline std::chrono::duration<double> timeAtWork()
+{
+    return std::chrono::duration<double>(static_cast<double>(std::clock()) / CLOCKS_PER_SEC);
 }
 
 /// What the calling thread has of this type: one object for each thread, as `T {}` makes it.

@@ -4,6 +4,7 @@
 #include "embedded_host/testing/VirtualWorld.hpp"
 #include "virtual_time/Kernel.hpp"
 
+#include <array>
 #include <chrono>
 #include <iostream>
 
@@ -24,10 +25,10 @@ void rememberWords(int /*argc*/, const char* const* /*argv*/)
 {
 }
 
-CLI::App* addCommands(CLI::App& program, const std::vector<std::string>& arguments, Action& action)
+std::span<const Command* const> commands()
 {
-    addTestCommand(program, action);
-    return addRunCommand(program, arguments, action);
+    static constexpr std::array all { &runCommand, &testCommand };
+    return all;
 }
 
 int runByItsClock(const RunOptions& options)

@@ -15,9 +15,12 @@ using Lock = std::unique_lock<Mutex>;
 using ConditionVariable = virtual_time::ConditionVariable;
 template <typename T> using Atomic = virtual_time::Atomic<T>;
 using Thread = virtual_time::Thread;
+using virtual_time::clockWasLookedAt;
 using virtual_time::currentThreadId;
 using virtual_time::fromOutside;
 using virtual_time::ofThisThread;
 using virtual_time::sleepFor;
+using virtual_time::timeAtWork;
+using virtual_time::workUntil;
 
 } // namespace tovrintimer
