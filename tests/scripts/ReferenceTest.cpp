@@ -14,9 +14,6 @@ using testing::IsSupersetOf;
 using tovrinhost::ReferenceEntry;
 using Names = std::set<std::string>;
 
-/// How the reference marks an example that is a file of tests.
-constexpr const char* testFile = "lua test";
-
 // ---- Its examples
 
 class ReferenceExampleTest : public ScriptTest, public testing::WithParamInterface<ReferenceEntry> { };
@@ -33,23 +30,6 @@ TEST_P(ReferenceExampleTest, PrintsWhatStandsBelowIt)
 }
 
 INSTANTIATE_TEST_SUITE_P(Language, ReferenceExampleTest, testing::ValuesIn(entriesWithExample("lua")),
-    [](const auto& entry) { return testName(entry.param); });
-
-/// Those of test files.
-class ReferenceTestFileTest : public ScriptTest, public testing::WithParamInterface<ReferenceEntry> { };
-
-TEST_P(ReferenceTestFileTest, TellsWhatStandsBelowIt)
-{
-    const Example example = exampleOf(GetParam(), testFile);
-    write("example.lua", example.code);
-    const Outcome outcome = tovrin({ "test", "example.lua" });
-    EXPECT_TRUE(matches(outcome.out, example.output)) << outcome.out << "-- is expected to be --\n"
-                                                      << example.output;
-    EXPECT_EQ(outcome.err, "");
-    EXPECT_EQ(outcome.status, example.output.find("FAILED") == std::string::npos ? 0 : 1);
-}
-
-INSTANTIATE_TEST_SUITE_P(Language, ReferenceTestFileTest, testing::ValuesIn(entriesWithExample(testFile)),
     [](const auto& entry) { return testName(entry.param); });
 
 TEST(ReferenceTest, DotsStandForAnyText)
@@ -247,24 +227,6 @@ TEST_F(ReferenceOfTest, Functions)
         EXPECT_EQ(run("print(type(" + name + "))").out, "function\n") << name;
     }
     EXPECT_EQ(documented("Functions") - inLibraries, globals - ofLua);
-}
-
-TEST_F(ReferenceOfTest, Tests)
-{
-    write("t.lua", R"(
-test("t", function() end)
-for name in pairs(_G) do print(name) end
-for name in pairs(clock) do print("clock." .. name) end
-print(select(2, pcall(function() return expect(1).nosuchthing end)))
-)");
-    const std::string out = tovrin({ "test", "--list", "t.lua" }).out;
-    Names there
-        = matchesOf(out, "(?:^|\n)([A-Za-z_.]+)(?=\n)") - ofLua - documented("Functions") - Names { "clock" };
-    for (const std::string& name : namesBehind(out, "there are ")) {
-        there.insert((name == "never" ? "x." : "x:") + name);
-    }
-
-    EXPECT_EQ(documented("Tests"), there);
 }
 
 TEST_F(ReferenceOfTest, EventFields)
