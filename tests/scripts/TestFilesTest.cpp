@@ -207,6 +207,18 @@ TEST_F(TestFilesTest, WhatNothingEndsIsADeadlockAndTheOtherTestsAreRun)
     EXPECT_EQ(outcome.status, 1);
 }
 
+TEST_F(TestFilesTest, ADeadlockIsToldWhereverItIsAndWhateverIsCaught)
+{
+    EXPECT_THAT(told("after(1, function()\npause(math.huge) end)\npause(5)"),
+        StartsWith("seed 0\n      t.lua:3: deadlock: each thread waits, and nothing is ever due\n"));
+    EXPECT_THAT(
+        told("pcall(pause, math.huge)\npause(math.huge)"), StartsWith("seed 0\n      t.lua:2: deadlock: "));
+    // Once more as the timer is stopped, at the end.
+    EXPECT_THAT(told("timer { TimerFcn = function() pause(math.huge) end,\n"
+                     "StopFcn = function() pause(math.huge) end }:start():wait()"),
+        StartsWith("seed 0\n      t.lua:2: deadlock: "));
+}
+
 TEST_F(TestFilesTest, WhatATestPrintsStandsInFrontOfItsRow)
 {
     const Outcome outcome = runTests("test('a', function() print('hello') end)\ntest('b', function() end)");
