@@ -1,5 +1,6 @@
 #pragma once
 
+#include "embedded_host/plan/PlanOptions.hpp"
 #include "embedded_host/program/Run.hpp"
 #include "embedded_host/testing/TestRun.hpp"
 
@@ -10,6 +11,9 @@ namespace tovrinhost {
 
 /// Runs a script by the clock that the options ask for.
 int runByItsClock(const RunOptions& options);
+
+/// Writes what would fire when.
+int planInVirtualTime(const PlanOptions& options);
 
 /// Runs tests.
 int testInVirtualTime(const TestOptions& options);
