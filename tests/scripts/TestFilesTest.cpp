@@ -249,6 +249,23 @@ TEST_F(TestFilesTest, ARaceIsFoundUnderASeedAndFailsAgainUnderIt)
     }
 }
 
+TEST_F(TestFilesTest, TheClockGoesByDueMomentsUnderEachSchedule)
+{
+    EXPECT_EQ(told(R"(
+local order = {}
+after(5, function() after(0.5, function() order[#order + 1] = "b" end) order[#order + 1] = "a" end)
+expect(clock.next()):toBe(5.0)
+expect(clock.next()):toBe(5.5)
+expect(clock.next()):toBeNil()
+local t = every(1, function() order[#order + 1] = clock.now() end)
+clock.advance(3)
+t:stop()
+expect(order):toEqual { "a", "b", 6.5, 7.5, 8.5 }
+)",
+                  { "--seeds", "300" }),
+        "");
+}
+
 TEST_F(TestFilesTest, TheCalmScheduleIsAlwaysTheSame)
 {
     const std::string first = told(race);

@@ -17,10 +17,12 @@ public:
     }
 
     Nanoseconds now() const override { return m_kernel.now() - m_begin; }
+
     void letOthersRun() override { m_kernel.letOthersRun(); }
 
     std::optional<Nanoseconds> nextDue() const override
     {
+        m_kernel.letOthersRun(); // one that was woken for nothing waits for no moment yet
         const auto next = m_kernel.nextMoment();
         return next ? std::optional(*next - m_begin) : std::nullopt;
     }
