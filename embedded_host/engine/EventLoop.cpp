@@ -180,7 +180,7 @@ bool EventLoop::runUntil(State state, const std::function<bool()>& done, const D
             return true;
         }
         const bool isLate = deadline && Clock::now() >= *deadline;
-        if (runNext(state, isLate ? called : anyArrival)) {
+        if (runNext(state, isLate ? called : anyArrival) != Ran::Nothing) {
             continue;
         }
         if (isLate) {
@@ -190,10 +190,26 @@ bool EventLoop::runUntil(State state, const std::function<bool()>& done, const D
     }
 }
 
+EventLoop::Ran EventLoop::runWhatCame(State state)
+{
+    const std::uint64_t called = arrivals();
+    Ran all = Ran::Nothing;
+    for (;;) {
+        if (interruption() != Interruption::None) {
+            throw Interrupted();
+        }
+        const Ran one = runNext(state, called);
+        if (one == Ran::Nothing) {
+            return all;
+        }
+        all = std::max(all, one);
+    }
+}
+
 void EventLoop::runUntilStopped()
 {
     while (!m_stopped) {
-        if (!runNext(State::Idle)) {
+        if (runNext(State::Idle) == Ran::Nothing) {
             waitForAttention(std::nullopt);
         }
     }
@@ -225,7 +241,7 @@ void EventLoop::interrupt(Interruption why)
     wake();
 }
 
-bool EventLoop::runNext(State state, std::uint64_t arrivedBefore)
+EventLoop::Ran EventLoop::runNext(State state, std::uint64_t arrivedBefore)
 {
     const auto entry = takeFirst([&](const Entry& candidate) {
         const bool waitsForItsOwner = candidate.owner && candidate.owner->isInTask();
@@ -233,14 +249,14 @@ bool EventLoop::runNext(State state, std::uint64_t arrivedBefore)
             && (state == State::Idle || candidate.when == When::AtEventLoop);
     });
     if (!entry) {
-        return false;
+        return Ran::Nothing;
     }
     if (entry->owner) {
         runTask(*entry);
-    } else {
-        entry->work();
+        return Ran::Tasks;
     }
-    return true;
+    entry->work();
+    return Ran::Requests;
 }
 
 void EventLoop::waitForAttention(const Deadline& deadline)

@@ -74,6 +74,13 @@ public:
     /// \throws Interrupted
     bool runUntil(State state, const std::function<bool()>& done, const Deadline& deadline = std::nullopt);
 
+    /// What `runWhatCame` has run, the most telling of it.
+    enum class Ran { Nothing, Requests, Tasks };
+
+    /// Runs what has come until now, without waiting.
+    /// \throws Interrupted
+    Ran runWhatCame(State state);
+
     /// The body of the interpreter thread.
     void runUntilStopped();
 
@@ -100,7 +107,7 @@ private:
 
     static constexpr std::uint64_t anyArrival = std::numeric_limits<std::uint64_t>::max();
 
-    bool runNext(State state, std::uint64_t arrivedBefore = anyArrival);
+    Ran runNext(State state, std::uint64_t arrivedBefore = anyArrival);
     static void runTask(const Entry& entry);
     static void drop(const std::deque<Entry>& entries);
     template <typename Fits> std::optional<Entry> takeFirst(const Fits& fits);

@@ -2,6 +2,7 @@
 
 #include "embedded_host/plan/PlanOptions.hpp"
 #include "embedded_host/program/Run.hpp"
+#include "embedded_host/testing/TestRun.hpp"
 
 namespace tovrinhost {
 
@@ -13,6 +14,9 @@ int runByItsClock(const RunOptions& options);
 
 /// Writes what would fire when.
 int planInVirtualTime(const PlanOptions& options);
+
+/// Runs tests.
+int testInVirtualTime(const TestOptions& options);
 
 /// Keeps the words of the command line, for the program that may have to take over.
 void rememberWords(int argc, const char* const* argv);

@@ -35,6 +35,7 @@ extern const Command planCommand;
 extern const Command explainCommand;
 extern const Command reportCommand;
 extern const Command shellCommand;
+extern const Command testCommand;
 extern const Command timersCommand;
 extern const Command topCommand;
 

@@ -13,13 +13,14 @@ void failOption(const std::string& option, const std::string& value, const std::
     throw CLI::ValidationError(option, "\"" + value + "\" is not allowed: " + allowed);
 }
 
-std::size_t toCount(const char* option, const std::string& text, std::size_t most)
+std::size_t toCount(const char* option, const std::string& text, std::size_t most, std::size_t least)
 {
     std::size_t number = 0;
     const char* const last = text.data() + text.size();
     const auto [end, error] = std::from_chars(text.data(), last, number);
-    if (error != std::errc() || end != last || number == 0 || number > most) {
-        failOption(option, text, "it must be a whole number from 1 to " + std::to_string(most));
+    if (error != std::errc() || end != last || number < least || number > most) {
+        failOption(option, text,
+            "it must be a whole number from " + std::to_string(least) + " to " + std::to_string(most));
     }
     return number;
 }

@@ -12,9 +12,9 @@ namespace tovrinhost {
 
 [[noreturn]] void failOption(const std::string& option, const std::string& value, const std::string& allowed);
 
-/// A whole number, at least 1.
-std::size_t toCount(
-    const char* option, const std::string& text, std::size_t most = std::numeric_limits<std::size_t>::max());
+/// A whole number.
+std::size_t toCount(const char* option, const std::string& text,
+    std::size_t most = std::numeric_limits<std::size_t>::max(), std::size_t least = 1);
 
 double toSeconds(const char* option, const std::string& text);
 

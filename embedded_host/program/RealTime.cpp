@@ -33,8 +33,8 @@ void rememberWords(int argc, const char* const* argv)
 
 std::span<const Command* const> commands()
 {
-    static constexpr std::array all { &runCommand, &planCommand, &explainCommand, &reportCommand, &shellCommand,
-        &timersCommand, &topCommand };
+    static constexpr std::array all { &runCommand, &planCommand, &testCommand, &explainCommand, &reportCommand,
+        &shellCommand, &timersCommand, &topCommand };
     return all;
 }
 
@@ -56,6 +56,11 @@ int runByItsClock(const RunOptions& options)
             return protocol::answer(request, runner.diagnosis(), ownProcess(), options.script.name);
         });
     });
+}
+
+int testInVirtualTime(const TestOptions& /*options*/)
+{
+    return continueInVirtualTime();
 }
 
 } // namespace tovrinhost

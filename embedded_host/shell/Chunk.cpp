@@ -1,6 +1,6 @@
 #include "embedded_host/shell/Chunk.hpp"
 
-#include "embedded_host/shell/ValueText.hpp"
+#include "embedded_host/timers/ValueText.hpp"
 
 #include <lauxlib.h>
 

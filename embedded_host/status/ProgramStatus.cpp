@@ -2,7 +2,7 @@
 
 #include "embedded_host/diagnosis/FiringStatistics.hpp"
 #include "embedded_host/log/Escape.hpp"
-#include "embedded_host/status/ValidText.hpp"
+#include "embedded_host/log/ValidText.hpp"
 
 #include <utility>
 

@@ -2,7 +2,7 @@
 
 #include "embedded_host/diagnosis/FiringLog.hpp"
 #include "embedded_host/log/Escape.hpp"
-#include "embedded_host/status/ValidText.hpp"
+#include "embedded_host/log/ValidText.hpp"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,7 +1,7 @@
 #include "embedded_host/status/TopView.hpp"
 
 #include "embedded_host/log/Escape.hpp"
-#include "embedded_host/status/ValidText.hpp"
+#include "embedded_host/log/ValidText.hpp"
 
 #include <algorithm>
 #include <sstream>

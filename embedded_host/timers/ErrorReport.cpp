@@ -29,12 +29,17 @@ ReportedError ErrorReport::report(const std::string& where, const std::exception
     } else {
         reported.message = error.what();
     }
-    std::string lines = "tovrin: error in " + escape(where) + ": " + escapeLines(reported.message) + '\n';
-    if (!reported.traceback.empty()) {
-        lines += escapeLines(reported.traceback) + '\n';
+    m_tell(where, reported);
+    return reported;
+}
+
+void ErrorReport::write(const std::string& where, const ReportedError& error)
+{
+    std::string lines = "tovrin: error in " + escape(where) + ": " + escapeLines(error.message) + '\n';
+    if (!error.traceback.empty()) {
+        lines += escapeLines(error.traceback) + '\n';
     }
     std::cerr << lines << std::flush;
-    return reported;
 }
 
 } // namespace tovrinhost

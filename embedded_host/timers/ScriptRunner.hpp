@@ -52,6 +52,7 @@ public:
     /// For as long as the runner lives.
     TimerSet& timers() { return m_timers; }
     Diagnosis& diagnosis() { return m_timers.diagnosis(); }
+    ErrorReport& errors() { return m_errors; }
 
 private:
     void runAndStop(const std::function<void(Interpreter&)>& work);

@@ -103,6 +103,29 @@ TEST_F(EventLoopTest, AnObserverIsToldOfEachSleep)
     m_loop.setObserver(nullptr);
 }
 
+TEST_F(EventLoopTest, WhatHasComeIsRunWithoutWaitingAndNotWhatComesMeanwhile)
+{
+    using Ran = EventLoop::Ran;
+    EXPECT_EQ(m_loop.runWhatCame(State::Pumping), Ran::Nothing);
+
+    m_loop.post(When::Idle, note("idle"));
+    m_loop.post(When::AtEventLoop, note("request"));
+    EXPECT_EQ(m_loop.runWhatCame(State::Pumping), Ran::Requests);
+    EXPECT_THAT(m_done, ElementsAre("request"));
+
+    m_loop.submit(
+        m_owner, [this] { m_loop.submit(m_other, note("meanwhile"), true); }, true);
+    m_loop.post(When::AtEventLoop, note("behind"));
+    EXPECT_EQ(m_loop.runWhatCame(State::Pumping), Ran::Tasks);
+    EXPECT_THAT(m_done, ElementsAre("request", "behind"));
+    EXPECT_EQ(m_loop.runWhatCame(State::Pumping), Ran::Tasks);
+    EXPECT_THAT(m_done, ElementsAre("request", "behind", "meanwhile"));
+
+    m_loop.post(When::AtEventLoop, note("never"));
+    m_loop.interrupt(Interruption::User);
+    EXPECT_THROW(m_loop.runWhatCame(State::Pumping), Interrupted);
+}
+
 TEST_F(EventLoopTest, EntriesRunInArrivalOrder)
 {
     m_loop.post(When::Idle, note("request"));

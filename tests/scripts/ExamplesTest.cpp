@@ -170,12 +170,12 @@ TEST_F(ExamplesTest, ThereIsNoneThatIsNotRunHere)
         }
     }
 
-    // The second half, by the tests of everyday examples.
+    // The second half, by the tests of everyday examples; the last one, by those of test files.
     EXPECT_THAT(names,
         testing::UnorderedElementsAre("all_modes", "failing_callback", "fixed_delay", "fixed_rate_drop",
             "fixed_rate_error", "fixed_rate_queue", "fixed_spacing", "late_callback", "stop_before_firing", "tour",
             "wait_with_limit", "cancel_all", "every_day", "every_full_second", "one_report", "poll_file",
-            "producer_consumer", "reminders", "retry", "stop_from_within", "watchdog"));
+            "producer_consumer", "reminders", "retry", "stop_from_within", "watchdog", "overlap_test"));
 }
 
 } // namespace

@@ -22,6 +22,9 @@ struct Example {
     std::string output; ///< "..." stands for any text
 };
 
+/// How an example is marked that is a file of tests.
+constexpr const char* testFile = "lua test";
+
 /// All that stands in the reference.
 const std::vector<tovrinhost::ReferenceEntry>& reference();
 

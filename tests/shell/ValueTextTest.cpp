@@ -1,6 +1,6 @@
 #include "tests/shell/LuaFixture.hpp"
 
-#include "embedded_host/shell/ValueText.hpp"
+#include "embedded_host/timers/ValueText.hpp"
 
 namespace shell_tests {
 
@@ -12,14 +12,15 @@ using testing::StartsWith;
 class ValueTextTest : public LuaFixture {
 protected:
     /// What the expression's value is shown as.
-    std::string text(const std::string& expression, const std::string& before = "")
+    std::string text(
+        const std::string& expression, const std::string& before = "", const tovrinhost::ValueLimits& limits = {})
     {
         std::string result;
         after(before + " value = " + expression, [&](tovrinhost::Interpreter& interpreter) {
             interpreter.protect([&](lua_State* state) {
                 lua_getglobal(state, "value");
                 const int top = lua_gettop(state);
-                result = tovrinhost::valueText(state, -1);
+                result = tovrinhost::valueText(state, -1, limits);
                 EXPECT_EQ(lua_gettop(state), top);
                 return 0;
             });
@@ -71,6 +72,14 @@ TEST_F(ValueTextTest, CyclesDepthAndLengthAreBounded)
     const std::string large
         = text("t", "t = {} for i = 1, 90 do t[i] = {} for k = 1, 90 do t[i]['k' .. k] = k end end");
     EXPECT_LT(large.size(), 40'000U);
+}
+
+TEST_F(ValueTextTest, OtherLimitsShowMoreOrLess)
+{
+    EXPECT_EQ(text("{ { { { { 1 } } } } }", "", { .deepest = 5 }), "{ { { { { 1 } } } } }");
+    EXPECT_EQ(text("{ 1, 2, 3 }", "", { .mostOfTable = 2 }), "{ 1, 2, ... 1 more }");
+    EXPECT_EQ(text("{ 'abc' }", "", { .longestText = 2 }), "{ \"ab\"... (3 bytes) }");
+    EXPECT_EQ(text("{ { 1 }, {} }", "", { .rowWidth = 0 }), "{\n  {\n    1,\n  },\n  {},\n}");
 }
 
 TEST_F(ValueTextTest, AValueSaysItselfHowItIsShown)

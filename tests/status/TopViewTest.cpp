@@ -1,5 +1,5 @@
 #include "embedded_host/status/TopView.hpp"
-#include "embedded_host/status/ValidText.hpp"
+#include "embedded_host/log/ValidText.hpp"
 #include "tests/status/MadeUpStatus.hpp"
 
 #include <gmock/gmock.h>

@@ -1,25 +1,22 @@
-#include "embedded_host/clock/LocalTime.hpp"
 #include "embedded_host/program/Clocks.hpp"
 #include "embedded_host/program/Commands.hpp"
+#include "embedded_host/program/virtual/Calendar.hpp"
+#include "embedded_host/testing/VirtualWorld.hpp"
 #include "virtual_time/Kernel.hpp"
 
 #include <array>
 #include <chrono>
+#include <iostream>
 
 namespace tovrinhost {
 
 namespace {
 
-/// What the calendar shows as time begins: the same each time, or the output would not be; or what the real one
-/// shows, where time is as long as it is real.
+/// What the calendar shows as time begins: what the real one shows, where time is as long as it is real.
 virtual_time::Moment calendarAtBeginning(double pace)
 {
     using namespace std::chrono;
-    constexpr sys_days firstDay = 2000y / January / 1;
-    if (pace != 0) {
-        return nanoseconds(system_clock::now().time_since_epoch()).count();
-    }
-    return nanoseconds(seconds(momentOf(seconds(firstDay.time_since_epoch()).count(), systemUtcOffset))).count();
+    return pace == 0 ? calendarOfVirtualTime() : nanoseconds(system_clock::now().time_since_epoch()).count();
 }
 
 } // namespace
@@ -30,7 +27,7 @@ void rememberWords(int /*argc*/, const char* const* /*argv*/)
 
 std::span<const Command* const> commands()
 {
-    static constexpr std::array all { &runCommand, &planCommand };
+    static constexpr std::array all { &runCommand, &planCommand, &testCommand };
     return all;
 }
 
@@ -42,6 +39,11 @@ int runByItsClock(const RunOptions& options)
     virtual_time::Kernel kernel(world);
     kernel.begin();
     return run(options, [](ScriptRunner&) { return nullptr; });
+}
+
+int testInVirtualTime(const TestOptions& options)
+{
+    return runTests(options, runInWorld, std::cout);
 }
 
 } // namespace tovrinhost

@@ -1,7 +1,7 @@
-#include "embedded_host/shell/ValueText.hpp"
+#include "embedded_host/timers/ValueText.hpp"
 
 #include "embedded_host/log/Escape.hpp"
-#include "embedded_host/status/ValidText.hpp"
+#include "embedded_host/log/ValidText.hpp"
 #include "embedded_host/timers/TimerObject.hpp"
 #include "embedded_host/timers/TimerProperties.hpp"
 
@@ -15,12 +15,6 @@ namespace tovrinhost {
 
 namespace {
 
-constexpr int mostDeep = 4;
-constexpr std::size_t mostOfTable = 100;
-constexpr std::size_t mostOfAll = 1000;
-constexpr std::size_t longestText = 1000;
-constexpr std::size_t rowWidth = 76;
-
 std::string toText(lua_State* state, int index)
 {
     std::size_t length = 0;
@@ -30,14 +24,14 @@ std::string toText(lua_State* state, int index)
     return result;
 }
 
-std::string inQuotes(std::string_view text)
+std::string inQuotes(std::string_view text, std::size_t longest)
 {
     std::string doubled;
-    for (const char byte : text.substr(0, longestText)) {
+    for (const char byte : text.substr(0, longest)) {
         doubled += byte == '"' || byte == '\\' ? std::string { '\\', byte } : std::string(1, byte);
     }
     const std::string shown = '"' + validText(escape(doubled)) + '"';
-    return text.size() <= longestText ? shown : shown + "... (" + std::to_string(text.size()) + " bytes)";
+    return text.size() <= longest ? shown : shown + "... (" + std::to_string(text.size()) + " bytes)";
 }
 
 bool isName(std::string_view text)
@@ -49,8 +43,9 @@ bool isName(std::string_view text)
 
 class Writer {
 public:
-    explicit Writer(lua_State* state)
+    Writer(lua_State* state, const ValueLimits& limits)
         : m_state(state)
+        , m_limits(limits)
     {
     }
 
@@ -58,7 +53,7 @@ public:
     {
         switch (lua_type(m_state, index)) {
         case LUA_TSTRING:
-            return inQuotes(toText(m_state, index));
+            return inQuotes(toText(m_state, index), m_limits.longestText);
         case LUA_TFUNCTION:
             return function(index);
         case LUA_TTABLE:
@@ -122,7 +117,7 @@ private:
             return "{}";
         }
         lua_pop(m_state, 2);
-        if (static_cast<int>(m_path.size()) == mostDeep) {
+        if (m_path.size() == m_limits.deepest) {
             return "{...}";
         }
         m_path.push_back(identity);
@@ -137,7 +132,7 @@ private:
         std::size_t leftOut = 0;
         const auto sequence = static_cast<lua_Integer>(lua_rawlen(m_state, index));
         for (lua_Integer place = 1; place <= sequence; ++place) {
-            if (shown.size() == mostOfTable || m_shown == mostOfAll) {
+            if (shown.size() == m_limits.mostOfTable || m_shown == m_limits.mostOfAll) {
                 leftOut += static_cast<std::size_t>(sequence - place + 1);
                 break;
             }
@@ -154,7 +149,7 @@ private:
                     continue;
                 }
             }
-            if (shown.size() + others.size() >= mostOfTable || m_shown == mostOfAll) {
+            if (shown.size() + others.size() >= m_limits.mostOfTable || m_shown == m_limits.mostOfAll) {
                 ++leftOut;
                 continue;
             }
@@ -180,7 +175,7 @@ private:
         std::string key;
         if (lua_type(m_state, -2) == LUA_TSTRING) {
             entry.key = toText(m_state, -2);
-            key = isName(entry.key) ? entry.key : '[' + inQuotes(entry.key) + ']';
+            key = isName(entry.key) ? entry.key : '[' + inQuotes(entry.key, m_limits.longestText) + ']';
         } else {
             entry.isNumber = lua_type(m_state, -2) == LUA_TNUMBER;
             entry.number = lua_tonumber(m_state, -2);
@@ -191,13 +186,13 @@ private:
         return entry;
     }
 
-    static std::string braced(const std::vector<std::string>& entries, std::size_t indent)
+    std::string braced(const std::vector<std::string>& entries, std::size_t indent) const
     {
         std::string row = "{ ";
         for (const std::string& entry : entries) {
             row += entry + (&entry == &entries.back() ? " }" : ", ");
         }
-        if (indent + row.size() <= rowWidth && row.find('\n') == std::string::npos) {
+        if (indent + row.size() <= m_limits.rowWidth && row.find('\n') == std::string::npos) {
             return row;
         }
         std::string rows = "{\n";
@@ -208,15 +203,16 @@ private:
     }
 
     lua_State* const m_state;
+    const ValueLimits& m_limits;
     std::vector<const void*> m_path; // the tables that the present one is within
     std::size_t m_shown = 0; // entries of all tables
 };
 
 } // namespace
 
-std::string valueText(lua_State* state, int index)
+std::string valueText(lua_State* state, int index, const ValueLimits& limits)
 {
-    return Writer(state).value(index);
+    return Writer(state, limits).value(index);
 }
 
 } // namespace tovrinhost

@@ -1,4 +1,4 @@
-#include "embedded_host/status/ValidText.hpp"
+#include "embedded_host/log/ValidText.hpp"
 
 #include "embedded_host/values/Utf8.hpp"
 
