@@ -40,6 +40,10 @@ if(TOVRINTIMER_BUILD_EMBEDDED_HOST)
   set_target_properties(tovrin PROPERTIES INSTALL_RPATH "$ORIGIN/${libraryPath}")
   set_target_properties(tovrinhost PROPERTIES INSTALL_RPATH "$ORIGIN")
   install(TARGETS tovrinhost tovrin COMPONENT embedded_host)
+  if(TARGET tovrin-virtual)
+    # Where the program looks for it: beside itself, or there.
+    install(TARGETS tovrin-virtual RUNTIME DESTINATION libexec/tovrin COMPONENT embedded_host)
+  endif()
 endif()
 
 set(packageDir ${CMAKE_INSTALL_LIBDIR}/cmake/tovrintimer)

@@ -149,13 +149,16 @@ std::string ExplanationText::causeOf(const Part& part, const Firing& firing) con
     return "";
 }
 
+std::string ExplanationText::reasonOf(const Firing& firing)
+{
+    return textOf(firing.stage == Stage::Discarded ? DropReason::RemovedByStop : firing.reason);
+}
+
 std::string ExplanationText::of(const Explanation& explanation) const
 {
     const Firing& firing = explanation.firing;
     if (firing.started == 0) {
-        const std::string why
-            = firing.stage == Stage::Discarded ? textOf(DropReason::RemovedByStop) : textOf(firing.reason);
-        return title(firing) + " never ran: " + why + "\n";
+        return title(firing) + " never ran: " + reasonOf(firing) + "\n";
     }
     const Nanoseconds lateness = firing.lateness();
     std::string text = title(firing) + " started " + moment(firing.started)

@@ -45,9 +45,14 @@ public:
     /// "run 17", or "StopFcn"
     static std::string callbackName(tovrintimer::WorkKind kind, std::uint64_t run);
 
+    /// "behind run 3 of hog (script.lua:5)"
+    std::string causeOf(const Part& part, const Firing& firing) const;
+
+    /// Why a firing never ran, or never will: "its timer had stopped".
+    static std::string reasonOf(const Firing& firing);
+
 private:
     std::string title(const Firing& firing) const;
-    std::string causeOf(const Part& part, const Firing& firing) const;
     std::string whatItWaitsFor(const Firing& firing, const Standing& standing) const;
     std::string moment(Nanoseconds at) const;
 

@@ -3,6 +3,7 @@
 #include "embedded_host/engine/Engine.hpp"
 #include "embedded_host/engine/InterpreterThread.hpp"
 #include "embedded_host/values/ArrayStorage.hpp"
+#include "timer_src/main/Concurrency.hpp"
 
 #include <string_view>
 #include <utility>
@@ -63,6 +64,7 @@ foundation::concurrent::future<std::vector<foundation::tovrindata::Array>> Timer
         m_listenerOfTask->callbackBegins(callback, m_note);
     }
     auto outputs = m_engine->feval(function, arguments, nargout, std::move(options), reserved, requestId);
+    tellOfPeriod();
     // After the evaluation, so that what ran nested in it does not stand here.
     m_callback = callback;
     return outputs;
@@ -126,6 +128,18 @@ void TimerEngine::taskBegins(const TaskNote& note) noexcept
     m_listenerOfTask = m_listener.lock();
     m_note = note;
     m_callback = Callback::None;
+    tellOfPeriod();
+}
+
+/// The library may be about to count a period from now on: as a task begins, or once the callback has returned.
+/// Where time passes meanwhile, nobody could make use of it.
+void TimerEngine::tellOfPeriod()
+{
+    if constexpr (tovrintimer::timeStandsStillAtWork) {
+        if (m_listenerOfTask) {
+            m_listenerOfTask->periodCounts();
+        }
+    }
 }
 
 void TimerEngine::taskEnds(const TaskNote& note, const std::exception_ptr& error) noexcept

@@ -35,6 +35,9 @@ public:
     /// This callback is about to be evaluated.
     virtual void callbackBegins(Callback callback, const TaskNote& note) = 0;
 
+    /// A period may be counted from this moment on. Told where time stands still at work alone.
+    virtual void periodCounts() noexcept = 0;
+
     /// A callback task has ended.
     /// \param callback the latest callback that it began
     /// \param error what left the task, null if nothing did
@@ -90,6 +93,7 @@ private:
     using Notification = void (TimerTaskListener::*)() noexcept;
     EventLoop::Work tell(Notification what) const;
     void taskBegins(const TaskNote& note) noexcept override;
+    void tellOfPeriod();
     void taskEnds(const TaskNote& note, const std::exception_ptr& error) noexcept override;
     void taskIsDropped(const TaskNote& note) noexcept override;
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "embedded_host/plan/PlanOptions.hpp"
 #include "embedded_host/program/Run.hpp"
 
 namespace tovrinhost {
@@ -9,6 +10,9 @@ namespace tovrinhost {
 
 /// Runs a script by the clock that the options ask for.
 int runByItsClock(const RunOptions& options);
+
+/// Writes what would fire when.
+int planInVirtualTime(const PlanOptions& options);
 
 /// Keeps the words of the command line, for the program that may have to take over.
 void rememberWords(int argc, const char* const* argv);

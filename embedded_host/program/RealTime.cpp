@@ -33,9 +33,14 @@ void rememberWords(int argc, const char* const* argv)
 
 std::span<const Command* const> commands()
 {
-    static constexpr std::array all { &runCommand, &explainCommand, &reportCommand, &shellCommand, &timersCommand,
-        &topCommand };
+    static constexpr std::array all { &runCommand, &planCommand, &explainCommand, &reportCommand, &shellCommand,
+        &timersCommand, &topCommand };
     return all;
+}
+
+int planInVirtualTime(const PlanOptions& /*options*/)
+{
+    return continueInVirtualTime();
 }
 
 int runByItsClock(const RunOptions& options)
@@ -43,12 +48,12 @@ int runByItsClock(const RunOptions& options)
     if (options.pace) {
         return continueInVirtualTime();
     }
-    return run(options, [&options](Diagnosis& diagnosis) -> std::shared_ptr<void> {
+    return run(options, [&options](ScriptRunner& runner) -> std::shared_ptr<void> {
         if (!options.servesStatus) {
             return nullptr;
         }
-        return std::make_shared<StatusServer>([&diagnosis, &options](std::string_view request) {
-            return protocol::answer(request, diagnosis, ownProcess(), options.script.name);
+        return std::make_shared<StatusServer>([&runner, &options](std::string_view request) {
+            return protocol::answer(request, runner.diagnosis(), ownProcess(), options.script.name);
         });
     });
 }

@@ -5,7 +5,6 @@
 #include "embedded_host/program/Watching.hpp"
 #include "embedded_host/program/platform/Platform.hpp"
 #include "embedded_host/services/Features.hpp"
-#include "embedded_host/timers/ScriptRunner.hpp"
 #include "timer_src/main/Concurrency.hpp"
 
 #include <cstdlib>
@@ -50,7 +49,7 @@ int run(const RunOptions& options, const Companion& companion)
         = [&runner] { tovrintimer::fromOutside([&runner] { std::cerr << statusTable(runner.diagnosis()); }); };
     const platform::SignalWatcher watcher(onSignal, onQuestion);
     Watching watching(options, runner.diagnosis());
-    const std::shared_ptr<void> beside = companion(runner.diagnosis());
+    const std::shared_ptr<void> beside = companion(runner);
     const int status = runner.run(options.script);
     const bool isComplete = watching.end();
     return status == EXIT_SUCCESS && !isComplete ? EXIT_FAILURE : status;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "embedded_host/diagnosis/Diagnosis.hpp"
 #include "embedded_host/engine/Script.hpp"
+#include "embedded_host/timers/ScriptRunner.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -27,7 +27,7 @@ struct RunOptions {
 };
 
 /// Something that lives beside the script while that runs.
-using Companion = std::function<std::shared_ptr<void>(Diagnosis&)>;
+using Companion = std::function<std::shared_ptr<void>(ScriptRunner&)>;
 
 /// Runs a script until no timer of it runs any more. \returns the exit status
 int run(const RunOptions& options, const Companion& companion);

@@ -162,6 +162,9 @@ void ScriptRun::setBusyMode(BusyMode mode)
 
 void ScriptRun::callbackBegins(Callback callback, const TaskNote& note)
 {
+    if (callback == Callback::TimerFcn && m_mode == ExecutionMode::FixedDelay) {
+        m_gap.await(m_surroundings.diagnosis.log());
+    }
     const auto mark = static_cast<TaskMark>(note.mark);
     m_latestCallback = callback;
     if (callback == Callback::TimerFcn) {
@@ -181,10 +184,17 @@ void ScriptRun::callbackBegins(Callback callback, const TaskNote& note)
     }
 }
 
+void ScriptRun::functionIsCalled()
+{
+    if (m_latestCallback == Callback::TimerFcn && m_mode == ExecutionMode::FixedDelay) {
+        m_gap.begin(m_surroundings.diagnosis.log(), m_settings.periodNanoseconds());
+    }
+}
+
 void ScriptRun::noteBeginning(bool isTimerFcn, const TaskNote& note)
 {
     const auto& beginning = m_surroundings.diagnosis.callbackBegins(
-        note, isTimerFcn ? m_progress.timerFcns() : 0, m_settings.periodNanoseconds());
+        note, isTimerFcn ? m_progress.timerFcns() : 0, m_settings.beatNanoseconds());
     if (isTimerFcn && m_owner != nullptr) {
         m_owner->statistics().timerFcnBegins(beginning.started, beginning.lateness(), beginning.missed);
     }

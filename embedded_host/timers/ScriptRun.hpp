@@ -7,6 +7,7 @@
 #include "embedded_host/engine/TimerEngine.hpp"
 #include "embedded_host/timers/RunEnd.hpp"
 #include "embedded_host/timers/RunProgress.hpp"
+#include "embedded_host/timers/StartGap.hpp"
 #include "embedded_host/timers/TimerSettings.hpp"
 
 #include <atomic>
@@ -103,6 +104,9 @@ public:
     /// running. The owner hears no more; errors of a callback that is still running are reported.
     void finishForOwnerThatLeaves();
 
+    /// The function of the callback that has begun last is about to be called.
+    void functionIsCalled();
+
     /// The owner is not there any more.
     void forgetOwner() { m_owner = nullptr; }
 
@@ -137,6 +141,7 @@ private:
 
     TaskNote taskComes() override;
     void callbackBegins(Callback callback, const TaskNote& note) override;
+    void periodCounts() noexcept override { m_settings.applyPeriodTo(*m_timer); }
     void taskEnds(Callback callback, const TaskNote& note, const std::exception_ptr& error) noexcept override;
     void taskIsDropped(const TaskNote& note) noexcept override;
     void hasStopped() noexcept override;
@@ -178,6 +183,7 @@ private:
     EndReason m_endReason = EndReason::TasksDone;
     Failure m_failure;
     Callback m_latestCallback = Callback::None;
+    StartGap m_gap; // from one TimerFcn of a fixed delay to the next
     bool m_hasNewStopFcn = false; // assigned during the run
     bool m_stopFcnHasBegun = false;
     bool m_isOverrun = false; // the ErrorFcn is to follow the StopFcn

@@ -39,6 +39,9 @@ public:
     /// \returns the same, but that what failed on the way does not count
     int serve(const std::function<void(Interpreter&)>& work);
 
+    /// Whether the script or a callback has failed.
+    bool hasErrors() const { return m_errors.hasErrors(); }
+
     /// Whether `interrupt` has been called.
     bool isInterrupted() const { return m_interruptedStatus != 0; }
 

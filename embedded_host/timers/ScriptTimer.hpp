@@ -84,7 +84,7 @@ public:
     const std::optional<EndReason>& endReason() const { return m_endReason; }
 
     /// The run whose callback begins or runs; null while there is none.
-    const ScriptRun* run() const { return m_run.get(); }
+    ScriptRun* run() { return m_run.get(); }
 
     /// Why the latest of its firings was late, or what it waits for; or of its TimerFcn, the one with this number
     /// in the latest run. \param run from 1 \throws std::invalid_argument if it has not had so many

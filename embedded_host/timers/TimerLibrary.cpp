@@ -91,17 +91,21 @@ int pushCall(lua_State* state, const Interpreter::Arguments& arguments)
 {
     pushArray(state, arguments.at(0));
     pushArray(state, arguments.at(1));
-    const ScriptTimer& timer = nameToCallback(state, fcnArgument);
+    ScriptRun* const run = nameToCallback(state, fcnArgument).run();
     lua_insert(state, fcnArgument);
-    if (!takesEvent(state, fcnArgument)) {
-        return timerArgument - fcnArgument + 1;
+    int last = timerArgument;
+    if (takesEvent(state, fcnArgument)) {
+        pushArray(state, arguments.at(3));
+        last = eventArgument;
+        describeFiring(state, timersOf(state));
+        if (run != nullptr) {
+            describeEnd(state, *run);
+        }
     }
-    pushArray(state, arguments.at(3));
-    if (const ScriptRun* const run = timer.run()) {
-        describeEnd(state, *run);
+    if (run != nullptr) {
+        run->functionIsCalled(); // last of all
     }
-    describeFiring(state, timersOf(state));
-    return eventArgument - fcnArgument + 1;
+    return last - fcnArgument + 1;
 }
 
 /// pause(seconds)

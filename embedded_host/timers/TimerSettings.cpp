@@ -1,5 +1,8 @@
 #include "embedded_host/timers/TimerSettings.hpp"
 
+#include "timer_src/main/Concurrency.hpp"
+
+#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -14,9 +17,20 @@ double toMilliseconds(double seconds)
     return std::round(seconds * 1e9) / 1e6;
 }
 
-double startDelayMilliseconds(double seconds)
+double toWholeMilliseconds(double seconds)
 {
-    return seconds > 0.0 ? std::ceil(toMilliseconds(seconds)) + 1.0 : 0.0;
+    return std::ceil(toMilliseconds(seconds));
+}
+
+/// No shorter from whatever moment within a millisecond on: one more for the part of it that has passed by then.
+/// Where time stands still at work, it is known whether one has.
+double fromAnyMoment(double seconds)
+{
+    if constexpr (tovrintimer::timeStandsStillAtWork) {
+        const auto now = tovrintimer::SteadyClock::now().time_since_epoch();
+        return toWholeMilliseconds(seconds) + (now % std::chrono::milliseconds(1) == now.zero() ? 0.0 : 1.0);
+    }
+    return toWholeMilliseconds(seconds) + 1.0;
 }
 
 } // namespace
@@ -35,14 +49,20 @@ TimerDescription TimerSettings::describe() const
         std::snprintf(text.data(), text.size(), ", %g s", periodSeconds);
         description.settings += text.data();
     }
-    description.period = periodNanoseconds();
+    description.period = executionMode == ExecutionMode::FixedRate ? beatNanoseconds() : periodNanoseconds();
     description.places = places;
     return description;
 }
 
 Nanoseconds TimerSettings::periodNanoseconds() const
 {
-    return static_cast<Nanoseconds>(periodSeconds * 1e9);
+    return std::llround(periodSeconds * 1e9);
+}
+
+Nanoseconds TimerSettings::beatNanoseconds() const
+{
+    constexpr Nanoseconds millisecond = 1'000'000;
+    return static_cast<Nanoseconds>(toWholeMilliseconds(periodSeconds)) * millisecond;
 }
 
 std::uint64_t TimerSettings::taskCount() const
@@ -53,11 +73,17 @@ std::uint64_t TimerSettings::taskCount() const
                                           : std::numeric_limits<std::uint64_t>::max();
 }
 
+void TimerSettings::applyPeriodTo(tovrintimer::TimerInfo& timer) const
+{
+    const bool isRate = executionMode == tovrintimer::ExecutionMode::FixedRate;
+    timer.setPeriod(isRate ? toWholeMilliseconds(periodSeconds) : fromAnyMoment(periodSeconds));
+}
+
 void TimerSettings::applyTo(tovrintimer::TimerInfo& timer) const
 {
     timer.setExecutionMode(static_cast<size_t>(executionMode));
-    timer.setPeriod(toMilliseconds(periodSeconds));
-    timer.setStartDelay(startDelayMilliseconds(startDelaySeconds));
+    applyPeriodTo(timer);
+    timer.setStartDelay(startDelaySeconds > 0.0 ? fromAnyMoment(startDelaySeconds) : 0.0);
     timer.setStartFcnIsEmpty(!hasStartFcn);
 }
 

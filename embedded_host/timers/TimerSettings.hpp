@@ -35,7 +35,11 @@ struct TimerSettings {
     /// For people who ask about the timer; all but its number.
     TimerDescription describe() const;
 
+    /// As it has been set.
     Nanoseconds periodNanoseconds() const;
+
+    /// What lies between two due moments of a fixed rate that is dispatched in time.
+    Nanoseconds beatNanoseconds() const;
 
     /// The number of tasks as the library has it.
     std::uint64_t taskCount() const;
@@ -43,10 +47,15 @@ struct TimerSettings {
     /// Hands the settings to the library, in the library's units; but for the number of tasks, the busy mode, and
     /// which callbacks of a run's end there are, which is for the run to say.
     ///
-    /// The library keeps time in whole milliseconds and drops what is beyond them. A start delay is a promise not
-    /// to be early by any clock, so it is rounded up, with one millisecond for the part that has already passed of
-    /// the one in which the timer starts.
+    /// The library keeps time in whole milliseconds and drops what is beyond them, of a span and of the moment
+    /// from which it counts. A start delay, and the period of a fixed spacing or a fixed delay, are promises not
+    /// to be early by any clock: they are rounded up, with one millisecond for the part that has passed of the one
+    /// from which they count. A fixed rate counts from due moments, which are whole: one millisecond more would be
+    /// a slower rate.
     void applyTo(tovrintimer::TimerInfo& timer) const;
+
+    /// The period alone, as it counts from this moment on.
+    void applyPeriodTo(tovrintimer::TimerInfo& timer) const;
 };
 
 } // namespace tovrinhost

@@ -117,12 +117,11 @@ TEST_F(ExamplesTest, Tour)
     expectLines("tour.lua",
         "0.000 s  start returned\n"
         "0.000 s  StartFcn of tour\n"
-        "0.201 s  TimerFcn, run 1\n"
-        "0.201 s  StopFcn\n"
-        "0.201 s  wait returned true; the timer has run 1 time\n");
+        "0.200 s  TimerFcn, run 1\n"
+        "0.200 s  StopFcn\n"
+        "0.200 s  wait returned true; the timer has run 1 time\n");
 }
 
-// A start delay is rounded up: the engine keeps time in milliseconds, and its clock may be between two of them.
 TEST_F(ExamplesTest, StopBeforeFiring)
 {
     expectLines("stop_before_firing.lua",
@@ -135,8 +134,8 @@ TEST_F(ExamplesTest, WaitWithLimit)
 {
     expectLines("wait_with_limit.lua",
         "0.100 s  wait(0.1) returned false, the timer runs: true\n"
-        "0.301 s  TimerFcn\n"
-        "0.301 s  wait() returned true, the timer runs: false\n");
+        "0.300 s  TimerFcn\n"
+        "0.300 s  wait() returned true, the timer runs: false\n");
 }
 
 TEST_F(ExamplesTest, FixedSpacing)

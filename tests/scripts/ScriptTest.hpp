@@ -63,7 +63,7 @@ private:
     Words m_clock; // the options that name it
 };
 
-/// Whether scripts can run in virtual time: not where threads or lines are watched, which know nothing of it.
+/// Whether scripts can run in virtual time: not where ThreadSanitizer watches, which knows nothing of it.
 inline constexpr bool hasVirtualTime = TOVRIN_HAS_VIRTUAL_TIME != 0;
 
 /// For tests that tell of order, counts and texts: `run`, `runFile` and `expectOutput` are done in virtual time,

@@ -109,10 +109,9 @@ poll:start():wait()
 print(poll:explain(1))
 print(poll:explain(2))
 )",
-        // A start delay is rounded up to the next millisecond.
         "poll run 1 (FixedRate, Drop, 0.1 s) due 0.000 started 0.000 late 0.0 ms\n"
-        "poll run 2 (FixedRate, Drop, 0.1 s) due 0.100 started 0.301 late 201.0 ms\n"
-        "      201.000 ms 100.0 %  behind run 1 of hog (script.lua:1)\n");
+        "poll run 2 (FixedRate, Drop, 0.1 s) due 0.100 started 0.300 late 200.0 ms\n"
+        "      200.000 ms 100.0 %  behind run 1 of hog (script.lua:1)\n");
 }
 
 TEST_F(VirtualRunsTest, WhatIsDueAtTheSameMomentComesInTheOrderInWhichItWasStarted)

@@ -39,7 +39,7 @@ for _, mode in ipairs { "FixedSpacing", "FixedDelay", "FixedRate" } do
   local inside
   local t = timer { ExecutionMode = mode, Period = 60, TasksToExecute = 2, TimerFcn = function(t) inside = t.Remaining or false end }:start()
   while inside == nil do pause(0.001) end
-  print(mode, inside and inside > 50 and inside <= 60, t.Remaining > 50 and t.Remaining <= 60)
+  print(mode, inside and inside > 50 and inside <= 60.001, t.Remaining > 50 and t.Remaining <= 60.001)
   t:stop()
 end
 )",

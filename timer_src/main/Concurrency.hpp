@@ -35,6 +35,9 @@ inline void sleepFor(std::chrono::nanoseconds span)
     std::this_thread::sleep_for(span);
 }
 
+/// Whether time stands still while code runs, and nothing but waiting takes any.
+inline constexpr bool timeStandsStillAtWork = false;
+
 /// Keeps the calling thread at work until the deadline, or until `givesUp`.
 template <typename GivesUp> void workUntil(SteadyClock::time_point deadline, const GivesUp& givesUp)
 {

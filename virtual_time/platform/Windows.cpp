@@ -22,8 +22,9 @@ struct Context::State {
 Context::Context()
     : m_state(std::make_unique<State>())
 {
-    // A thread has to be a fiber itself, to come back to.
-    m_state->fiber = IsThreadAFiber() ? GetCurrentFiber() : ConvertThreadToFiber(nullptr);
+    // A thread has to be a fiber itself, to come back to; and stays one.
+    static void* const ofThisThread = ConvertThreadToFiber(nullptr);
+    m_state->fiber = ofThisThread;
     if (m_state->fiber == nullptr) {
         throw std::bad_alloc();
     }

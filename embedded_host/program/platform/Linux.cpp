@@ -10,6 +10,7 @@
 #include <thread>
 #include <utility>
 
+#include <fcntl.h>
 #include <sys/personality.h>
 #include <unistd.h>
 
@@ -78,6 +79,23 @@ void setUpStandardOutput()
         stdout = stream;
     }
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
+}
+
+std::FILE* divertStandardOutput(bool toStandardError)
+{
+    const int before = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    std::FILE* const stream = before < 0 ? nullptr : fdopen(before, "w");
+    if (stream == nullptr) {
+        throw std::system_error(errno, std::generic_category(), "cannot write to standard output");
+    }
+    const int next = toStandardError ? STDERR_FILENO : open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (next < 0 || dup2(next, STDOUT_FILENO) < 0) {
+        throw std::system_error(errno, std::generic_category(), "cannot divert standard output");
+    }
+    if (!toStandardError) {
+        close(next);
+    }
+    return stream;
 }
 
 bool isInputATerminal()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdio>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -11,6 +12,12 @@ namespace tovrinhost::platform {
 /// Makes standard output appear line by line, also where it is a pipe or a file. To be called before anything is
 /// written.
 void setUpStandardOutput();
+
+/// From now on, what this program and those that it starts write to standard output goes to standard error, or
+/// nowhere.
+/// \returns what leads to where it went before
+/// \throws std::system_error
+std::FILE* divertStandardOutput(bool toStandardError);
 
 /// Whether somebody types what comes from standard input.
 bool isInputATerminal();

@@ -2,6 +2,8 @@
 
 #include "embedded_host/timers/ScriptRunner.hpp"
 
+#include <fcntl.h>
+#include <io.h>
 #include <windows.h>
 
 #include <array>
@@ -54,6 +56,23 @@ void setUpStandardOutput()
 {
     // This system has no buffering by lines.
     std::setvbuf(stdout, nullptr, _IONBF, 0);
+}
+
+std::FILE* divertStandardOutput(bool toStandardError)
+{
+    const int before = _dup(_fileno(stdout));
+    std::FILE* const stream = before < 0 ? nullptr : _fdopen(before, "w");
+    if (stream == nullptr) {
+        throw std::system_error(errno, std::generic_category(), "cannot write to standard output");
+    }
+    const int next = toStandardError ? _fileno(stderr) : _open("NUL", _O_WRONLY);
+    if (next < 0 || _dup2(next, _fileno(stdout)) < 0) {
+        throw std::system_error(errno, std::generic_category(), "cannot divert standard output");
+    }
+    if (!toStandardError) {
+        _close(next);
+    }
+    return stream;
 }
 
 bool isInputATerminal()

@@ -30,7 +30,7 @@ void rememberWords(int /*argc*/, const char* const* /*argv*/)
 
 std::span<const Command* const> commands()
 {
-    static constexpr std::array all { &runCommand };
+    static constexpr std::array all { &runCommand, &planCommand };
     return all;
 }
 
@@ -41,7 +41,7 @@ int runByItsClock(const RunOptions& options)
     world.calendarAtZero = calendarAtBeginning(world.pace) - world.begin;
     virtual_time::Kernel kernel(world);
     kernel.begin();
-    return run(options, [](Diagnosis&) { return nullptr; });
+    return run(options, [](ScriptRunner&) { return nullptr; });
 }
 
 } // namespace tovrinhost

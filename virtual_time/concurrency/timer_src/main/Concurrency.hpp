@@ -23,4 +23,6 @@ using virtual_time::sleepFor;
 using virtual_time::timeAtWork;
 using virtual_time::workUntil;
 
+inline constexpr bool timeStandsStillAtWork = true;
+
 } // namespace tovrintimer
