@@ -7,7 +7,7 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-class CallbackErrorTest : public ScriptTest { };
+class CallbackErrorTest : public RehearsedTest { };
 
 TEST_F(CallbackErrorTest, AFailingTimerFcnIsReportedAndErrorFcnAndStopFcnRun)
 {
@@ -237,7 +237,7 @@ TEST_F(CallbackErrorTest, TooLongABacklogIsAnErrorOfItsTimerAlone)
     const Outcome outcome = run(R"(
 local slow = timer {
   Name = "slow", ExecutionMode = "FixedRate", BusyMode = "Queue", Period = 0.001,
-  TimerFcn = function() local till = now() + 0.03 while now() < till do end end,
+  TimerFcn = function() busy(0.03) end,
   ErrorFcn = function(t, event) print(event.Type) end, StopFcn = function(t, event) print(event.Type) end,
 }
 local other = timer { ExecutionMode = "FixedRate", Period = 0.05, TasksToExecute = 8, TimerFcn = function() end }

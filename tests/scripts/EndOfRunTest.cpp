@@ -5,7 +5,7 @@ namespace scripts {
 namespace {
 
 /// Stops, restarts and deletions: the StopFcn runs once for each run, whatever the timing.
-class EndOfRunTest : public ScriptTest { };
+class EndOfRunTest : public RehearsedTest { };
 
 TEST_F(EndOfRunTest, StoppedBeforeItFiresATimerRunsStartFcnAndStopFcn)
 {
@@ -82,7 +82,9 @@ end
         "FixedSpacing\t20\nFixedDelay\t20\nFixedRate\t20\n");
 }
 
-TEST_F(EndOfRunTest, RacingStopsRunTheStopFcnOncePerRun)
+using RacingStopsTest = ScriptTest;
+
+TEST_F(RacingStopsTest, TheyRunTheStopFcnOncePerRun)
 {
     expectOutput(R"(
 local starts, stops = 0, 0

@@ -8,7 +8,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 
 /// What a script is told of how a run ended, and of the error that an ErrorFcn is called for.
-class EndReasonTest : public ScriptTest {
+class EndReasonTest : public RehearsedTest {
 protected:
     /// The script's callbacks fail, with this output.
     void expectFailure(const std::string& script, const std::string& output, const Words& options = {})
@@ -20,12 +20,11 @@ protected:
 
     void expectOutput(const std::string& script, const std::string& output)
     {
-        ScriptTest::expectOutput(prelude + script, output);
+        RehearsedTest::expectOutput(prelude + script, output);
     }
 
     // One line, so that the scripts' own lines are counted from 2.
     const std::string prelude = "local function tell(t, event) print(event.Type, event.Reason) end "
-                                "local function busy(s) local till = now() + s while now() < till do end end "
                                 "local modes = { 'SingleShot', 'FixedSpacing', 'FixedDelay', 'FixedRate' } ";
 };
 

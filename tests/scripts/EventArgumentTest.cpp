@@ -5,7 +5,7 @@ namespace scripts {
 namespace {
 
 /// Which callbacks are given an event. One that cannot see it has none made, and must not notice.
-class EventArgumentTest : public ScriptTest { };
+class EventArgumentTest : public RehearsedTest { };
 
 TEST_F(EventArgumentTest, EachFormOfAFunctionGetsWhatItTakes)
 {

@@ -10,7 +10,7 @@ namespace scripts {
 namespace {
 
 /// The examples of everyday work.
-class EverydayExamplesTest : public ScriptTest {
+class EverydayExamplesTest : public RehearsedTest {
 protected:
     /// Their times are fixed: what has to be quick enough may need more than one attempt on a loaded machine.
     void expectLines(const std::string& name, const std::vector<std::string>& expected)
@@ -25,7 +25,7 @@ protected:
         EXPECT_EQ(lines(outcome.out), expected);
     }
 
-    Outcome runExample(const std::string& name) { return tovrin({ std::string(TOVRIN_EXAMPLES "/") + name }); }
+    Outcome runExample(const std::string& name) { return runFile(std::string(TOVRIN_EXAMPLES "/") + name); }
 };
 
 TEST_F(EverydayExamplesTest, PollFile)

@@ -19,7 +19,7 @@ std::string withStopFcn(const std::string& body)
 }
 
 /// The table of statuses in docs/language.md, row by row.
-class ExitStatusTest : public ScriptTest {
+class ExitStatusTest : public RehearsedTest {
 protected:
     void expectStatuses(const std::vector<Row>& rows)
     {

@@ -33,7 +33,9 @@ t:start()
 t:wait()
 )";
 
-class LogTest : public ScriptTest { };
+class LogTest : public RehearsedTest { };
+
+using LogOfThreadsTest = ScriptTest;
 
 TEST_F(LogTest, HandlersTellEachStepAndOnceHowTheyReachTheInterpreter)
 {
@@ -57,7 +59,7 @@ TEST_F(LogTest, HandlersTellEachStepAndOnceHowTheyReachTheInterpreter)
     }
 }
 
-TEST_F(LogTest, TheSchedulersThreadIsEndedFirstAndTheSchedulerDestroyedOnceNobodyCanAskForIt)
+TEST_F(LogOfThreadsTest, TheSchedulersThreadIsEndedFirstAndTheSchedulerDestroyedOnceNobodyCanAskForIt)
 {
     const Outcome outcome = run(oneRun, { "--log", "tovrintimer::TimerScheduler=4" });
 
@@ -81,7 +83,7 @@ TEST_F(LogTest, OnlyTheBitsOfTheMaskAreWritten)
     EXPECT_EQ(run(oneRun, { "--log", "tovrintimer::TimerScheduler=0" }).err, "");
 }
 
-TEST_F(LogTest, TheRunLoopsScopeIsTracedAndIndents)
+TEST_F(LogOfThreadsTest, TheRunLoopsScopeIsTracedAndIndents)
 {
     const Outcome outcome = run("timer { StartDelay = 0.01, TimerFcn = function() end }:start()",
         { "--log", "tovrintimer::TimerScheduler=0x64" });

@@ -7,7 +7,7 @@ namespace scripts {
 namespace {
 
 /// What the timers of a script have to do with the language's own means: coroutines, hooks, finalizers, globals.
-class LuaTest : public ScriptTest {
+class LuaTest : public RehearsedTest {
 protected:
     void expectExit3(const std::string& script)
     {

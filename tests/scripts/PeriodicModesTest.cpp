@@ -4,47 +4,27 @@ namespace scripts {
 
 namespace {
 
-using PeriodicModesTest = PeriodicTest;
+using PeriodicModesTest = Rehearsed<PeriodicTest>;
 
 TEST_F(PeriodicModesTest, FixedDelayCountsFromStartToStart)
 {
-    retrySlower([&](double factor) {
-        const double period = 0.1 * factor;
-        const PeriodicRun run = runTimer(settings("FixedDelay", period, 4), 0.03 * factor);
-        EXPECT_EQ(run.order, wholeRun(4));
-        std::string wrong;
-        for (std::size_t i = 1; i < run.callbacks.size(); ++i) {
-            // From the first start on: the script sees each one a little later than the engine that counts from
-            // it.
-            EXPECT_GE(run.callbacks[i].start, static_cast<double>(i) * (period - resolution));
-            const double distance = run.callbacks[i].start - run.callbacks[i - 1].start;
-            const bool isNear = distance >= period - 0.02 * factor && distance <= period + 0.02 * factor;
-            wrong += isNear ? "" : "distance of " + std::to_string(distance) + "; ";
-        }
-        return wrong;
-    });
+    const PeriodicRun run = runTimer(settings("FixedDelay", 0.1, 4), 0.03);
+    EXPECT_EQ(run.order, wholeRun(4));
+    expectStarts(run, 0.1, 0.03);
 }
 
 TEST_F(PeriodicModesTest, AFixedDelayShorterThanItsCallbackRunsOnWithoutGapOrOverlap)
 {
-    retrySlower([&](double factor) {
-        const PeriodicRun run = runTimer(settings("FixedDelay", 0.03 * factor, 4), 0.08 * factor);
-        EXPECT_EQ(run.order, wholeRun(4));
-        return gapsBeyond(run.callbacks, 0.02 * factor);
-    });
+    const PeriodicRun run = runTimer(settings("FixedDelay", 0.03, 4), 0.08);
+    EXPECT_EQ(run.order, wholeRun(4));
+    expectStarts(run, 0.08, 0.08);
 }
 
 TEST_F(PeriodicModesTest, FixedSpacingCountsFromEndToStart)
 {
-    retrySlower([&](double factor) {
-        const double period = 0.05 * factor;
-        const PeriodicRun run = runTimer(settings("FixedSpacing", period, 4), 0.08 * factor);
-        EXPECT_EQ(run.order, wholeRun(4));
-        for (std::size_t i = 1; i < run.callbacks.size(); ++i) {
-            EXPECT_GE(run.callbacks[i].start - run.callbacks[i - 1].end, period - resolution);
-        }
-        return gapsBeyond(run.callbacks, period + 0.03 * factor);
-    });
+    const PeriodicRun run = runTimer(settings("FixedSpacing", 0.05, 4), 0.08);
+    EXPECT_EQ(run.order, wholeRun(4));
+    expectStarts(run, 0.13, 0.08);
 }
 
 TEST_F(PeriodicModesTest, ARaisedNumberOfTasksIsHonoured)

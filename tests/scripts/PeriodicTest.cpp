@@ -15,9 +15,9 @@ PeriodicRun PeriodicTest::runTimer(const std::string& settings, double callbackS
            << settings
            << ",\n TimerFcn = function(t, event)\n"
               "  local start = now()\n"
-              "  local till = start + "
+              "  busy("
            << callbackSeconds
-           << "\n  while now() < till do end\n"
+           << ")\n"
               "  print(event.Type)\n"
               "  print(string.format('callback %.6f %.6f', start - begin, now() - begin))\n"
               " end }\n"
@@ -67,6 +67,15 @@ std::vector<double> PeriodicTest::dispatchTimes(const std::string& log)
         times.push_back(time < first ? time + day - first : time - first);
     }
     return times;
+}
+
+void PeriodicTest::expectStarts(const PeriodicRun& run, double distance, double callbackSeconds)
+{
+    for (std::size_t i = 0; i < run.callbacks.size(); ++i) {
+        const Callback& callback = run.callbacks[i];
+        expectMoment(callback.start, static_cast<double>(i) * distance);
+        expectMoment(callback.end, static_cast<double>(i) * distance + callbackSeconds);
+    }
 }
 
 std::string PeriodicTest::gapsBeyond(const std::vector<Callback>& callbacks, double atMost)

@@ -32,6 +32,10 @@ protected:
     /// When work was dispatched, by the records of the scheduler's channel: seconds since the first time.
     static std::vector<double> dispatchTimes(const std::string& log);
 
+    /// Asserts when callbacks started: the first at 0, and each next one this much later; and that they took this
+    /// long.
+    static void expectStarts(const PeriodicRun& run, double distance, double callbackSeconds);
+
     /// Asserts that no callback starts before the one before it has ended.
     /// \returns what is wrong where the next one starts more than `atMost` seconds after that, else nothing
     static std::string gapsBeyond(const std::vector<Callback>& callbacks, double atMost);

@@ -4,7 +4,10 @@ namespace scripts {
 
 namespace {
 
-class PropertiesTest : public ScriptTest { };
+class PropertiesTest : public RehearsedTest { };
+
+/// What the real clock has to show.
+class RealClockTest : public ScriptTest { };
 
 TEST_F(PropertiesTest, DefaultsAreAsDocumented)
 {
@@ -35,7 +38,7 @@ print(t)
         "timer \"t\" (stopped)\ntimer \"t\" (running)\ntimer \"t\" (stopped)\ntimer \"t\" (deleted)\n");
 }
 
-TEST_F(PropertiesTest, NowCountsSecondsAndNeverGoesBack)
+TEST_F(RealClockTest, NowCountsSecondsAndNeverGoesBack)
 {
     expectOutput(R"(
 local before, back = now(), 0
@@ -135,7 +138,7 @@ TEST_F(PropertiesTest, ArgumentsAndLibrariesAreAsInTheStandaloneInterpreter)
         "script.lua\tone\ttwo words\t2\tone\ttwo words\nxxx\tinteger\ttrue\ttrue\n", { "one", "two words" });
 }
 
-TEST_F(PropertiesTest, PeriodStatisticsAreInSeconds)
+TEST_F(RealClockTest, PeriodStatisticsAreInSeconds)
 {
     const Outcome outcome = run(R"(
 local first

@@ -16,13 +16,13 @@ using Names = std::set<std::string>;
 
 // ---- Its examples
 
-class ReferenceExampleTest : public ScriptTest, public testing::WithParamInterface<ReferenceEntry> { };
+class ReferenceExampleTest : public RehearsedTest, public testing::WithParamInterface<ReferenceEntry> { };
 
 TEST_P(ReferenceExampleTest, PrintsWhatStandsBelowIt)
 {
     const Example example = exampleOf(GetParam(), "lua");
     write("example.lua", example.code);
-    const Outcome outcome = tovrin({ "run", "example.lua" });
+    const Outcome outcome = runFile("example.lua");
     EXPECT_TRUE(matches(outcome.out, example.output)) << outcome.out << "-- is expected to be --\n"
                                                       << example.output;
     EXPECT_EQ(outcome.err, "");

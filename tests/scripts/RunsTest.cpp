@@ -8,11 +8,11 @@ using testing::HasSubstr;
 
 /// What one run of a timer leaves to the next: nothing. And what it owes until it has ended: its StopFcn, its
 /// ErrorFcn, the start that was accepted meanwhile.
-class RunsTest : public ScriptTest {
+class RunsTest : public RehearsedTest {
 protected:
     void expectOutput(const std::string& script, const std::string& output)
     {
-        ScriptTest::expectOutput(prelude + script, output);
+        RehearsedTest::expectOutput(prelude + script, output);
     }
 
     /// The script's callbacks fail; what is reported has these beginnings, in this order.
@@ -27,8 +27,7 @@ protected:
 
 private:
     // One line, so that the scripts' own lines are counted from 2.
-    const std::string prelude = "local function say(t, event) print(event.Type) end "
-                                "local function busy(s) local till = now() + s while now() < till do end end ";
+    const std::string prelude = "local function say(t, event) print(event.Type) end ";
 };
 
 TEST_F(RunsTest, AStopFcnAssignedInTheLastCallbackRuns)

@@ -55,9 +55,15 @@ void ScriptTest::setInput(const std::string& text)
 Outcome ScriptTest::run(const std::string& script, const Words& options, const Words& arguments)
 {
     write("script.lua", script);
+    return runFile("script.lua", options, arguments);
+}
+
+Outcome ScriptTest::runFile(const std::string& path, const Words& options, const Words& arguments)
+{
     Words words { "run" };
+    words.insert(words.end(), m_clock.begin(), m_clock.end());
     words.insert(words.end(), options.begin(), options.end());
-    words.emplace_back("script.lua");
+    words.push_back(path);
     words.insert(words.end(), arguments.begin(), arguments.end());
     return tovrin(words);
 }
@@ -79,6 +85,13 @@ Outcome ScriptTest::runAndInterrupt(const std::string& script, const std::vector
 Outcome ScriptTest::shell(const std::string& commands)
 {
     return execute("/bin/sh", { "-c", "TOVRIN='" TOVRIN_PROGRAM "'\n" + commands }, {});
+}
+
+void ScriptTest::rehearse()
+{
+    if (hasVirtualTime) {
+        m_clock = { "--clock", "virtual" };
+    }
 }
 
 std::string ScriptTest::write(const std::string& name, const std::string& text)
@@ -157,6 +170,17 @@ void retrySlower(const std::function<std::string(double)>& attempt)
         }
     }
     ADD_FAILURE() << "even when everything is eight times as slow: " << wrong;
+}
+
+void expectMoment(double actual, double exact)
+{
+    constexpr double resolution = 0.001; // in which the engine keeps time
+    constexpr double rounding = 1e-6; // of what scripts print
+    if (hasVirtualTime) {
+        EXPECT_NEAR(actual, exact, rounding);
+    } else {
+        EXPECT_GE(actual, exact - resolution);
+    }
 }
 
 std::vector<double> numbersAfter(const std::string& text, const std::string& key)

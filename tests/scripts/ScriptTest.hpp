@@ -34,6 +34,9 @@ protected:
     /// Runs a script.
     Outcome run(const std::string& script, const Words& options = {}, const Words& arguments = {});
 
+    /// Runs the script of a file.
+    Outcome runFile(const std::string& path, const Words& options = {}, const Words& arguments = {});
+
     /// Runs a script that is to end well, with this output and no complaint.
     void expectOutput(const std::string& script, const std::string& output, const Words& arguments = {});
 
@@ -48,13 +51,33 @@ protected:
 
     const std::string& folder() const { return m_folder; }
 
+    /// Has scripts run in virtual time from now on, where there is a program for it.
+    void rehearse();
+
 private:
     Outcome execute(
         const std::string& program, const Words& words, const std::vector<std::string>& interruptAfter);
 
     std::string m_folder;
     std::string m_input; // a file; empty for none
+    Words m_clock; // the options that name it
 };
+
+/// Whether scripts can run in virtual time: not where ThreadSanitizer watches, which knows nothing of it.
+inline constexpr bool hasVirtualTime = TOVRIN_HAS_VIRTUAL_TIME != 0;
+
+/// For tests that tell of order, counts and texts: `run`, `runFile` and `expectOutput` are done in virtual time,
+/// where a second takes none. In builds that have no virtual time they are done in real time: what such a test
+/// asserts has to hold there too.
+template <typename Test> class Rehearsed : public Test {
+protected:
+    Rehearsed() { this->rehearse(); }
+};
+
+using RehearsedTest = Rehearsed<ScriptTest>;
+
+/// What a rehearsed script has told in seconds: that moment in virtual time; in real time, not an earlier one.
+void expectMoment(double actual, double exact);
 
 /// The lines of a text.
 std::vector<std::string> lines(const std::string& text);

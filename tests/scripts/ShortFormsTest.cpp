@@ -5,7 +5,7 @@ namespace scripts {
 namespace {
 
 /// What makes scripts short: `after`, `every`, `wait`, `waitAny`, `find`, `timers { ... }`, properties as a table.
-class ShortFormsTest : public ScriptTest {
+class ShortFormsTest : public RehearsedTest {
 protected:
     /// Of a statement in line 1, in a script where `t` is a timer.
     void expectError(const std::string& statement, const std::string& message)
@@ -116,8 +116,7 @@ TEST_F(ShortFormsTest, ALimitThatPassesHasRunWhatWaited)
 local ran = 0
 local never = timer { StartDelay = 60, TimerFcn = print }:start()
 local t = every(0.001, function() ran = ran + 1 end, 1)
-local till = now() + 0.1
-while now() < till do end
+busy(0.1)
 print(wait(never, t, 0), ran)
 never:stop()
 )",

@@ -43,7 +43,7 @@ TEST_P(SingleShotTest, RunsItsCallbacksInOrderAndNeverBeforeItsDelay)
 INSTANTIATE_TEST_SUITE_P(BothWays, SingleShotTest, testing::Values("TIMER_PPE=on", "TIMER_PPE=off"),
     [](const auto& way) { return std::string(way.param) == "TIMER_PPE=on" ? "Ppe" : "LineHook"; });
 
-class WaitTest : public ScriptTest { };
+class WaitTest : public RehearsedTest { };
 
 TEST_F(WaitTest, AWaitThatIsTooShortSaysSoAndTheTimerGoesOn)
 {

@@ -60,7 +60,6 @@ protected:
     }
 
     const std::string hogAndPoll = R"(
-local function busy(seconds) local till = now() + seconds while now() < till do end end
 local hog = timer { Name = "hog", StartDelay = 0.05, TimerFcn = function() busy(0.2) end }
 local poll = timer {
   Name = "poll", ExecutionMode = "FixedRate", Period = 0.1, TasksToExecute = 4,
@@ -177,7 +176,7 @@ TEST_F(TraceTest, ExplainTellsFromATraceWhatTheScriptWasTold)
     const Outcome outcome = tovrin({ "explain", "trace.json", "--timer", "poll", "--run", "2" });
 
     EXPECT_EQ(outcome.out, told.out);
-    EXPECT_THAT(outcome.out, HasSubstr("behind run 1 of hog (script.lua:3)"));
+    EXPECT_THAT(outcome.out, HasSubstr("behind run 1 of hog (script.lua:2)"));
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(tovrin({ "explain", "trace.json", "--worst", "1" }).out, StartsWith("poll run 2 "));

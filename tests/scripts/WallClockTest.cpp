@@ -9,7 +9,10 @@ using testing::ElementsAre;
 using testing::StartsWith;
 
 /// Scripts by the system's own clock; what comes of it when it is set, the tests of the clock show.
-class WallClockTest : public ScriptTest {
+using WallClockTest = ScriptTest;
+
+/// What scripts make of moments of a clock that are to come.
+class AppointmentTest : public RehearsedTest {
 protected:
     void expectRefusal(const std::string& statement, const std::string& message)
     {
@@ -46,7 +49,7 @@ end
         "true\ttrue\ntrue\ttrue\n");
 }
 
-TEST_F(WallClockTest, AMomentThatHasPassedIsNow)
+TEST_F(AppointmentTest, AMomentThatHasPassedIsNow)
 {
     expectOutput(R"(
 timer { TimerFcn = function() print("number") end }:startAt(date() - 1):wait()
@@ -56,7 +59,7 @@ timer { TimerFcn = function() print("table") end }:startAt({ year = 1999, month 
         "number\nfar back\ntable\n");
 }
 
-TEST_F(WallClockTest, AStopTakesItBackWithoutACallback)
+TEST_F(AppointmentTest, AStopTakesItBackWithoutACallback)
 {
     expectOutput(R"(
 local t = timer { StartFcn = print, TimerFcn = print, StopFcn = print }
@@ -71,7 +74,7 @@ os.exit(0)
         "true\tfalse\tfalse\ntrue\tstopped\n");
 }
 
-TEST_F(WallClockTest, ItCanBeStartedAtOneMomentAtATime)
+TEST_F(AppointmentTest, ItCanBeStartedAtOneMomentAtATime)
 {
     expectOutput(R"(
 local t = timer { Name = "t", TimerFcn = function() print("fires") end }
@@ -89,7 +92,7 @@ t:start()
         "fires\nfires\n");
 }
 
-TEST_F(WallClockTest, ACallbackSaysWhenItsTimerIsToRunAgain)
+TEST_F(AppointmentTest, ACallbackSaysWhenItsTimerIsToRunAgain)
 {
     expectOutput(R"(
 local runs, when = 0
@@ -106,7 +109,7 @@ print(runs)
         "1\ttrue\nstops\n2\ttrue\nstops\n3\ttrue\nstops\n3\n");
 }
 
-TEST_F(WallClockTest, WhatIsToRunAgainGoesOnAfterAnErrorUntilItIsStopped)
+TEST_F(AppointmentTest, WhatIsToRunAgainGoesOnAfterAnErrorUntilItIsStopped)
 {
     const Outcome outcome = run(R"(
 local runs = 0
@@ -122,7 +125,7 @@ timer { Name = "t",
     EXPECT_EQ(outcome.status, 1);
 }
 
-TEST_F(WallClockTest, AMomentThatComesWhileARunIsUnderWayIsKeptOnceItHasEnded)
+TEST_F(AppointmentTest, AMomentThatComesWhileARunIsUnderWayIsKeptOnceItHasEnded)
 {
     expectOutput(R"(
 local t = timer { ExecutionMode = "FixedSpacing", Period = 0.05, TasksToExecute = 3, TimerFcn = function(t)
@@ -134,7 +137,7 @@ t:start()
         "1 2 3 stops\n1 2 3 stops\n");
 }
 
-TEST_F(WallClockTest, APropertyThatIsChangedInTheStartFcnBringsNoStartDelay)
+TEST_F(AppointmentTest, APropertyThatIsChangedInTheStartFcnBringsNoStartDelay)
 {
     expectOutput(R"(
 local when = date() + 0.05
@@ -162,7 +165,7 @@ print(times[3] - times[1] < 60)
         "TimerFcn\ttrue\nTimerFcn\ttrue\nTimerFcn\ttrue\ntrue\ttasks done\ntrue\n");
 }
 
-TEST_F(WallClockTest, WhatRunsEveryTimeIsStoppedFromWithinAndOutlivesAnError)
+TEST_F(AppointmentTest, WhatRunsEveryTimeIsStoppedFromWithinAndOutlivesAnError)
 {
     const Outcome failing = run(R"(
 local runs = 0
@@ -173,7 +176,7 @@ every({}, function(t) runs = runs + 1 if runs == 2 then t:stop() end error("run 
             "tovrin: error in TimerFcn of timer \"timer-1\": run 2"));
 }
 
-TEST_F(WallClockTest, EveryRefusesWhatIsNoTime)
+TEST_F(AppointmentTest, EveryRefusesWhatIsNoTime)
 {
     expectRefusal("every({ hour = 25 }, print)", "every: hour is 25, but must be a whole number from 0 to 23");
     expectRefusal("every({ month = 2, day = 30 }, print)", "every: there is no day 30 of month 2");
@@ -183,7 +186,7 @@ TEST_F(WallClockTest, EveryRefusesWhatIsNoTime)
         "math.huge");
 }
 
-TEST_F(WallClockTest, AnAppointmentKeepsItsTimerAndOneThatIsTakenBackDoesNot)
+TEST_F(AppointmentTest, AnAppointmentKeepsItsTimerAndOneThatIsTakenBackDoesNot)
 {
     expectOutput(R"(
 timer { TimerFcn = function() print("fires") end }:startAt(date() + 0.2)
@@ -200,7 +203,7 @@ print(#timers())
         "1\nfires\ngiven up\n0\n");
 }
 
-TEST_F(WallClockTest, WhatItWaitsForIsExplained)
+TEST_F(AppointmentTest, WhatItWaitsForIsExplained)
 {
     expectOutput(
         "local t = timer { Name = 't', TimerFcn = print } t:startAt(date() + 60) print(t:explain()) t:stop()\n"
@@ -209,7 +212,7 @@ TEST_F(WallClockTest, WhatItWaitsForIsExplained)
         "t has not been started: nothing of it is due\n");
 }
 
-TEST_F(WallClockTest, AWrongMomentIsRefused)
+TEST_F(AppointmentTest, AWrongMomentIsRefused)
 {
     const std::string time = "timer \"t\": the time of startAt";
     const std::string allowed
@@ -238,7 +241,7 @@ TEST_F(WallClockTest, AWrongMomentIsRefused)
         time + ": minute and min are the same field; only one of them may be given");
 }
 
-TEST_F(WallClockTest, AWrongFieldOfTheNextTimeIsRefused)
+TEST_F(AppointmentTest, AWrongFieldOfTheNextTimeIsRefused)
 {
     expectRefusal("nextTime(5)", "nextTime: takes a table of fields of a local time, not 5");
     expectRefusal("nextTime { year = 2026 }",

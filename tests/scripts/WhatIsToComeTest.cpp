@@ -5,7 +5,7 @@ namespace scripts {
 namespace {
 
 /// When a timer is due next, and what keeps a program from its end.
-class WhatIsToComeTest : public ScriptTest { };
+class WhatIsToComeTest : public RehearsedTest { };
 
 TEST_F(WhatIsToComeTest, RemainingAndNextTimeTellWhenTheNextTimerFcnIsDue)
 {
@@ -65,7 +65,6 @@ lowered:wait()
 TEST_F(WhatIsToComeTest, WhatIsDueAlreadyAndWaitsHasNothingLeftAndATimeInThePast)
 {
     expectOutput(R"(
-local function busy(s) local till = now() + s while now() < till do end end
 for _, mode in ipairs { "Drop", "Queue" } do
   local begin = date()
   local t = timer { ExecutionMode = "FixedRate", BusyMode = mode, StartDelay = 0.01, Period = 0.01, TimerFcn = function() end }:start()

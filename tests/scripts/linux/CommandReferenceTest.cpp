@@ -24,6 +24,9 @@ class CommandReferenceTest : public ScriptTest, public testing::WithParamInterfa
 TEST_P(CommandReferenceTest, PrintsWhatStandsBelowIt)
 {
     const Example example = exampleOf(GetParam(), "sh");
+    if (!hasVirtualTime && example.code.find("--clock") != std::string::npos) {
+        GTEST_SKIP() << "this build has no program for virtual time";
+    }
     const Outcome outcome = shell("export TOVRIN\ntovrin() { \"$TOVRIN\" \"$@\"; }\n" + example.code);
     EXPECT_TRUE(matches(outcome.out, example.output)) << outcome.out << "-- is expected to be --\n"
                                                       << example.output;
