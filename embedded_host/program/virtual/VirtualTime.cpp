@@ -2,11 +2,15 @@
 #include "embedded_host/program/Commands.hpp"
 #include "embedded_host/program/virtual/Calendar.hpp"
 #include "embedded_host/testing/VirtualWorld.hpp"
+#include "embedded_host/timers/ScriptRunner.hpp"
 #include "virtual_time/Kernel.hpp"
 
 #include <array>
 #include <chrono>
+#include <cstdlib>
 #include <iostream>
+#include <memory>
+#include <string>
 
 namespace tovrinhost {
 
@@ -18,6 +22,28 @@ virtual_time::Moment calendarAtBeginning(double pace)
     using namespace std::chrono;
     return pace == 0 ? calendarOfVirtualTime() : nanoseconds(system_clock::now().time_since_epoch()).count();
 }
+
+/// Where nothing can go on any more, the script is given up: in real time it would wait for ever.
+class EndOfStandstill {
+public:
+    EndOfStandstill(virtual_time::Kernel& kernel, ScriptRunner& runner)
+        : m_kernel(kernel)
+    {
+        kernel.onDeadlock([&runner](const std::string& waits) {
+            // In front stands the kernel's own time.
+            std::cerr << "tovrin: nothing is due any more within a year, and all wait:\n"
+                    + waits.substr(waits.find('\n') + 1);
+            runner.interrupt(EXIT_FAILURE);
+            return true;
+        });
+    }
+    EndOfStandstill(const EndOfStandstill&) = delete;
+    EndOfStandstill& operator=(const EndOfStandstill&) = delete;
+    ~EndOfStandstill() { m_kernel.onDeadlock(nullptr); }
+
+private:
+    virtual_time::Kernel& m_kernel;
+};
 
 } // namespace
 
@@ -38,7 +64,8 @@ int runByItsClock(const RunOptions& options)
     world.calendarAtZero = calendarAtBeginning(world.pace) - world.begin;
     virtual_time::Kernel kernel(world);
     kernel.begin();
-    return run(options, [](ScriptRunner&) { return nullptr; });
+    return run(
+        options, [&kernel](ScriptRunner& runner) { return std::make_shared<EndOfStandstill>(kernel, runner); });
 }
 
 int testInVirtualTime(const TestOptions& options)
