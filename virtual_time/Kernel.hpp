@@ -155,6 +155,7 @@ public:
     void clockWasLookedAt();
 
     Moment now() const { return m_now; }
+    Moment sinceBeginning() const { return m_now - m_options.begin; }
     Moment calendar() const { return m_options.calendarAtZero + m_now; }
 
     /// Has something done that comes from outside: in a virtual thread of its own, soon. Any real thread.

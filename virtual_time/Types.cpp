@@ -181,7 +181,7 @@ void clockWasLookedAt()
 
 std::chrono::duration<double> timeAtWork()
 {
-    return std::chrono::nanoseconds(Kernel::current()->now());
+    return std::chrono::nanoseconds(Kernel::current()->sinceBeginning());
 }
 
 std::shared_ptr<void>& placeOfThisThread(const void* kind)
