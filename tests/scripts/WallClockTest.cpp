@@ -36,7 +36,7 @@ print((t:wait()), t.Running)
         "true\ttrue\tfalse\nstarts\ttrue\nfires\ttrue\ttrue\nstops\tfalse\ntrue\tfalse\n");
 }
 
-TEST_F(WallClockTest, ATableOfLocalTimeIsAMomentAsOsTimeHasIt)
+TEST_F(AppointmentTest, ATableOfLocalTimeIsAMomentAsOsTimeHasIt)
 {
     expectOutput(R"(
 local when = os.time() + 2
