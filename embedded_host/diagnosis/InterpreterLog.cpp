@@ -33,12 +33,12 @@ Activity InterpreterLog::beginningAt(std::uint64_t moment) const
     return activity;
 }
 
-std::vector<Activity> InterpreterLog::since(Nanoseconds from, Nanoseconds now) const
+std::vector<Activity> InterpreterLog::since(Nanoseconds from, Nanoseconds now, std::size_t most) const
 {
     std::vector<Activity> activities; // the latest first
     const std::uint64_t end = count();
     Nanoseconds reached = now;
-    for (std::uint64_t moment = end; moment > 0 && reached > from; --moment) {
+    for (std::uint64_t moment = end; moment > 0 && reached > from && activities.size() < most; --moment) {
         Activity activity = beginningAt(moment - 1);
         if (!isHeld(moment - 1)) {
             break;

@@ -44,8 +44,8 @@ public:
     }
 
     /// What it was at from `from` on until now, without a gap, the oldest first. What the log does not hold any
-    /// more is `Unknown`. Of callbacks only the number is told.
-    std::vector<Activity> since(Nanoseconds from, Nanoseconds now) const;
+    /// more, and what was before the latest `most`, is `Unknown`. Of callbacks only the number is told.
+    std::vector<Activity> since(Nanoseconds from, Nanoseconds now, std::size_t most = capacity) const;
 
     /// How many moments there have been.
     std::uint64_t count() const { return m_count.load(std::memory_order_acquire); }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <iterator>
 #include <utility>
 
 namespace tovrinhost {
@@ -34,11 +35,15 @@ PlanRow::Outcome outcomeOf(Stage stage)
 /// Dispatches take no time here: what a firing waits for is the interpreter.
 std::vector<PlanRow::Wait> waitsOf(const Firing& firing, const Diagnosis& diagnosis, const Inquiry& inquiry)
 {
-    Circumstances circumstances { {}, diagnosis.log().interpreter().since(firing.taken, diagnosis.log().now()) };
+    constexpr std::size_t mostActivities = 250; // behind a long queue, the latest of them
+    Circumstances circumstances { {},
+        diagnosis.log().interpreter().since(firing.taken, diagnosis.log().now(), mostActivities) };
     for (Activity& activity : circumstances.activities) {
         inquiry.identify(activity);
     }
     std::vector<Part> parts = explain(firing, circumstances).parts;
+    std::erase_if(parts,
+        [](const Part& part) { return part.activity.doing == Doing::Unknown && part.cause == Cause::Queue; });
     if (parts.size() > PlanRow::mostWaits) {
         std::vector<Nanoseconds> lengths;
         std::ranges::transform(parts, std::back_inserter(lengths), &Part::length);

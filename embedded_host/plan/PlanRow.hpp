@@ -3,6 +3,7 @@
 #include "embedded_host/diagnosis/Diagnosis.hpp"
 #include "embedded_host/diagnosis/Firing.hpp"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
