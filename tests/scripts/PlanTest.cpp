@@ -65,18 +65,18 @@ timer { Name = "late", ExecutionMode = "FixedDelay", Period = 0.2, TasksToExecut
     EXPECT_EQ(outcome.out,
         R"(    time  calendar                 timer  callback     run      late      took
    0.000  2026-12-24 08:00:00.000  late   TimerFcn       1     0.000     0.000
-   0.100  2026-12-24 08:00:00.100  hog    TimerFcn       1     0.000     0.250
-   0.350  2026-12-24 08:00:00.350  late   TimerFcn       2     0.150     0.000  behind run 1 of hog (script.lua:2)
-   0.600  2026-12-24 08:00:00.600  poll   TimerFcn       1     0.000     0.000
-   0.700  2026-12-24 08:00:00.700  poll   TimerFcn       2     0.000     0.350
-   1.050  2026-12-24 08:00:01.050  poll   TimerFcn       3     0.000     0.000  3 dropped from 0.800 on
-   1.050  2026-12-24 08:00:01.050  poll   StopFcn        -     0.000     0.000
+   0.101  2026-12-24 08:00:00.101  hog    TimerFcn       1     0.000     0.250
+   0.351  2026-12-24 08:00:00.351  late   TimerFcn       2     0.150     0.000  behind run 1 of hog (script.lua:2)
+   0.601  2026-12-24 08:00:00.601  poll   TimerFcn       1     0.000     0.000
+   0.701  2026-12-24 08:00:00.701  poll   TimerFcn       2     0.000     0.350
+   1.051  2026-12-24 08:00:01.051  poll   TimerFcn       3     0.000     0.000  3 dropped from 0.801 on
+   1.051  2026-12-24 08:00:01.051  poll   StopFcn        -     0.000     0.000
 
 timer     fired   dropped    failed  late most  busy %
 hog           1         0         0      0.000    23.8
 poll          3         3         0      0.000    33.3
 late          2         0         0      0.150     0.0
-The script ends after 1.050 s.
+The script ends after 1.051 s.
 )");
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(outcome.status, 0);
