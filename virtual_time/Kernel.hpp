@@ -97,6 +97,9 @@ public:
         Moment calendarAtZero = 1'700'000'000'000 * millisecond; ///< what the system clock shows at the moment 0
         std::size_t stackSize = std::size_t { 512 } * 1024; ///< of each thread but the first
 
+        /// Whoever asks is told that a part of a millisecond has passed, as it has where time is real.
+        bool isAlwaysWithinMillisecond = false;
+
         /// How many times faster than the real clock time goes; 0: it leaps to what is due next.
         double pace = 0;
     };
@@ -155,6 +158,7 @@ public:
     void clockWasLookedAt();
 
     Moment now() const { return m_now; }
+    bool isAtMillisecond() const { return !m_options.isAlwaysWithinMillisecond && m_now % millisecond == 0; }
     Moment sinceBeginning() const { return m_now - m_options.begin; }
     Moment calendar() const { return m_options.calendarAtZero + m_now; }
 

@@ -174,6 +174,11 @@ void sleepFor(std::chrono::nanoseconds duration)
     Kernel::current()->sleepFor(duration.count());
 }
 
+bool isAtMillisecond()
+{
+    return Kernel::current()->isAtMillisecond();
+}
+
 void clockWasLookedAt()
 {
     Kernel::current()->clockWasLookedAt();

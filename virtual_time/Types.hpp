@@ -200,6 +200,9 @@ template <typename GivesUp> void workUntil(SteadyClock::time_point deadline, con
     }
 }
 
+/// Whether no part of a millisecond has passed, and the kernel does not have it otherwise.
+bool isAtMillisecond();
+
 /// Has a moment pass where a thread does nothing but look at the clock: see Kernel::clockWasLookedAt.
 void clockWasLookedAt();
 

@@ -2,6 +2,7 @@
 
 #include "embedded_host/diagnosis/StatusTable.hpp"
 #include "embedded_host/log/LogSinks.hpp"
+#include "embedded_host/program/StandardInput.hpp"
 #include "embedded_host/program/Watching.hpp"
 #include "embedded_host/program/platform/Platform.hpp"
 #include "embedded_host/services/Features.hpp"
@@ -34,6 +35,10 @@ void configure(const RunOptions& options)
 int run(const RunOptions& options, const Companion& companion)
 {
     configure(options);
+    Script script = options.script;
+    if (script.name == "-" && !script.text) { // here: another program may have had to take over until now
+        script.text = { readStandardInput(), "=stdin" };
+    }
     const platform::SignalsLeftToWatcher left; // by the threads of the runner, too
     ScriptRunner runner(options.maxBacklog);
     const auto onSignal = [&runner, first = 0](int status) mutable {
@@ -50,7 +55,7 @@ int run(const RunOptions& options, const Companion& companion)
     const platform::SignalWatcher watcher(onSignal, onQuestion);
     Watching watching(options, runner.diagnosis());
     const std::shared_ptr<void> beside = companion(runner);
-    const int status = runner.run(options.script);
+    const int status = runner.run(script);
     const bool isComplete = watching.end();
     return status == EXIT_SUCCESS && !isComplete ? EXIT_FAILURE : status;
 }

@@ -1,7 +1,6 @@
 #include "embedded_host/program/Clocks.hpp"
 #include "embedded_host/program/Commands.hpp"
 #include "embedded_host/program/OptionValues.hpp"
-#include "embedded_host/program/StandardInput.hpp"
 #include "embedded_host/services/Features.hpp"
 
 #include <CLI/CLI.hpp>
@@ -133,17 +132,6 @@ void addHostOptions(CLI::App& run, const std::shared_ptr<RunOptions>& options)
         ->type_name("N");
 }
 
-/// Names the script after what stands on the command line, and reads it if it is in no file.
-void findScript(Script& script, const std::optional<std::string>& code)
-{
-    if (code) {
-        script.name = "-e";
-        script.text = { *code, "=(command line)" };
-    } else if (script.name == "-") {
-        script.text = { readStandardInput(), "=stdin" };
-    }
-}
-
 void addRunOptions(CLI::App& run, Request& request)
 {
     const auto options = std::make_shared<RunOptions>();
@@ -167,11 +155,12 @@ void addRunOptions(CLI::App& run, Request& request)
             throw CLI::ValidationError(
                 "--status", "it is for the real clock: in virtual time nobody else looks on");
         }
+        if (*code) {
+            options->script.name = "-e";
+            options->script.text = { **code, "=(command line)" };
+        }
         options->script.arguments = request.scriptArguments;
-        request.action = [options, code] {
-            findScript(options->script, *code);
-            return runByItsClock(*options);
-        };
+        request.action = [options] { return runByItsClock(*options); };
     });
 }
 

@@ -2,7 +2,6 @@
 
 #include "timer_src/main/Concurrency.hpp"
 
-#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -23,15 +22,9 @@ double toWholeMilliseconds(double seconds)
 }
 
 /// No shorter from whatever moment within a millisecond on: one more for the part of it that has passed by then.
-/// Where time stands still at work, it is known whether one has.
-double fromAnyMoment(double seconds)
+double fromThisMoment(double seconds)
 {
-    if constexpr (tovrintimer::timeStandsStillAtWork) {
-        const auto now = tovrintimer::SteadyClock::now().time_since_epoch();
-        const bool isWhole = (now % std::chrono::milliseconds(1)).count() == 0;
-        return toWholeMilliseconds(seconds) + (isWhole ? 0.0 : 1.0);
-    }
-    return toWholeMilliseconds(seconds) + 1.0;
+    return toWholeMilliseconds(seconds) + (tovrintimer::isAtMillisecond() ? 0.0 : 1.0);
 }
 
 } // namespace
@@ -77,14 +70,14 @@ std::uint64_t TimerSettings::taskCount() const
 void TimerSettings::applyPeriodTo(tovrintimer::TimerInfo& timer) const
 {
     const bool isRate = executionMode == tovrintimer::ExecutionMode::FixedRate;
-    timer.setPeriod(isRate ? toWholeMilliseconds(periodSeconds) : fromAnyMoment(periodSeconds));
+    timer.setPeriod(isRate ? toWholeMilliseconds(periodSeconds) : fromThisMoment(periodSeconds));
 }
 
 void TimerSettings::applyTo(tovrintimer::TimerInfo& timer) const
 {
     timer.setExecutionMode(static_cast<size_t>(executionMode));
     applyPeriodTo(timer);
-    timer.setStartDelay(startDelaySeconds > 0.0 ? fromAnyMoment(startDelaySeconds) : 0.0);
+    timer.setStartDelay(startDelaySeconds > 0.0 ? fromThisMoment(startDelaySeconds) : 0.0);
     timer.setStartFcnIsEmpty(!hasStartFcn);
 }
 

@@ -24,8 +24,6 @@ protected:
 };
 
 constexpr int failed = 1;
-constexpr int wrongUsage = 2;
-
 TEST_F(CommandLineTest, WrongUsageIsToldWithStatusTwo)
 {
     expectRefusal({ "run" }, wrongUsage, "tovrin: FILE is required\nTry 'tovrin run --help'.\n");

@@ -15,8 +15,6 @@ using testing::HasSubstr;
 using testing::SizeIs;
 using testing::StartsWith;
 
-constexpr int wrongUsage = 2;
-
 /// Plans of tovrin plan.
 class PlanTest : public ScriptTest {
 protected:

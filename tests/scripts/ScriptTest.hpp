@@ -18,6 +18,9 @@ struct Outcome {
 
 using Words = std::vector<std::string>;
 
+/// The exit status.
+inline constexpr int wrongUsage = 2;
+
 /// Makes the fixtures' folder, and takes it away again. `tovrin` runs in that folder, so a script's file has the
 /// short name "script.lua" in what it prints.
 class ScriptTest : public testing::Test {

@@ -25,8 +25,6 @@ using testing::SizeIs;
 using testing::StartsWith;
 
 constexpr int failed = 1;
-constexpr int wrongUsage = 2;
-
 /// Traces of tovrin run, what stands in them, and what tovrin explain tells of them.
 class TraceTest : public ScriptTest {
 protected:

@@ -11,7 +11,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-constexpr int wrongUsage = 2;
 const Words inVirtualTime { "--clock", "virtual" };
 
 /// The clocks that scripts can run by, and what follows them.

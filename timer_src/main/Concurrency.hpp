@@ -38,6 +38,12 @@ inline void sleepFor(std::chrono::nanoseconds span)
 /// Whether time stands still while code runs, and nothing but waiting takes any.
 inline constexpr bool timeStandsStillAtWork = false;
 
+/// Whether no part of a millisecond of the steady clock has passed, and none will before the next look.
+constexpr bool isAtMillisecond()
+{
+    return false;
+}
+
 /// Keeps the calling thread at work until the deadline, or until `givesUp`.
 template <typename GivesUp> void workUntil(SteadyClock::time_point deadline, const GivesUp& givesUp)
 {

@@ -18,6 +18,7 @@ using Thread = virtual_time::Thread;
 using virtual_time::clockWasLookedAt;
 using virtual_time::currentThreadId;
 using virtual_time::fromOutside;
+using virtual_time::isAtMillisecond;
 using virtual_time::ofThisThread;
 using virtual_time::sleepFor;
 using virtual_time::timeAtWork;
