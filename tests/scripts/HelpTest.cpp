@@ -34,7 +34,7 @@ TEST_F(HelpTest, AnEntryIsFoundByItsNameOrAPartOfIt)
     EXPECT_EQ(help("'delete'"), remove);
     EXPECT_EQ(help("'event.Due'"), help("'Due'"));
     EXPECT_EQ(help("'--log-file'"), help("'log-file'"));
-    EXPECT_EQ(help("'-o'"), help("'--output'"));
+    EXPECT_THAT(help("'--output'"), testing::EndsWith(help("'-o'"))); // behind another command's
     EXPECT_THAT(help("'--help'"), HasSubstr("\n    tovrin top --help | head -n 1\n"));
 }
 

@@ -145,7 +145,9 @@ TEST_F(PlanAgreementTest, APlanAgreesWithARealRunFiringByFiring)
                     << name << " is early";
             }
         }
-        return differenceBetween(planned, real, 0.002 * factor);
+        // By 2 ms; on a machine so busy that this cannot be had, where late firings put off what follows them, by
+        // more.
+        return differenceBetween(planned, real, 0.002 * factor * factor);
     });
 }
 

@@ -242,6 +242,29 @@ TEST_F(VirtualClockTest, NobodyElseIsToldOfTimersInVirtualTime)
     }
 }
 
+TEST_F(VirtualClockTest, AScriptThatNothingCanGoOnInIsGivenUpAndToldOf)
+{
+    const Outcome outcome = run(R"(
+local far = timer { Name = "far", StartDelay = 9e9, TimerFcn = function() end, StopFcn = function() print("stopped") end }
+far:start()
+far:wait()
+print("never")
+)",
+        { "--clock", "virtual" });
+
+    EXPECT_EQ(outcome.out, "stopped\n");
+    EXPECT_THAT(
+        outcome.err, StartsWith("tovrin: nothing is due any more within a year, and all wait:\n  main: wait"));
+    EXPECT_THAT(outcome.err, testing::HasSubstr("\n  interpreter: wait"));
+    EXPECT_EQ(outcome.status, 1);
+}
+
+TEST_F(VirtualClockTest, AScriptFromStandardInputIsRunByItToo)
+{
+    setInput("pause(3600) print(now())\n");
+    EXPECT_EQ(tovrin({ "run", "--clock", "virtual", "-" }).out, "3600.0\n");
+}
+
 } // namespace
 
 } // namespace scripts
