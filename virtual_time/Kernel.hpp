@@ -119,7 +119,7 @@ public:
     void begin();
 
     /// Asked before a deadlock is one, in the thread that has blocked last. It must not block.
-    /// \param help given what each thread waits for; may wake one. Returns whether it has
+    /// \param help given what each thread waits for; may wake one, or call from outside. Returns whether it has
     void onDeadlock(std::function<bool(const std::string& waits)> help) { m_help = std::move(help); }
 
     void setWitness(Witness* witness) { m_witness = witness; }

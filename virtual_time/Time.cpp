@@ -91,11 +91,15 @@ void Kernel::wakeTheDue()
 
 bool Kernel::areHelped()
 {
-    if (!m_help) {
-        return false;
+    bool isHelped = false;
+    if (m_help) {
+        const Atomically undisturbed;
+        isHelped = m_help(describeAll());
     }
-    const Atomically undisturbed;
-    return m_help(describeAll()) && !m_ready.empty();
+    if (m_someoneIsOutside) {
+        letIn();
+    }
+    return isHelped && !m_ready.empty();
 }
 
 // ---- Time that passes by itself

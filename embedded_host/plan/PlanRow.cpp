@@ -53,6 +53,7 @@ std::vector<PlanRow::Wait> waitsOf(const Firing& firing, const Diagnosis& diagno
         parts.resize(std::min(parts.size(), PlanRow::mostWaits)); // several may be as short as that
     }
     std::vector<PlanRow::Wait> waits;
+    waits.reserve(parts.size());
     for (const Part& part : parts) {
         waits.push_back({ inquiry.words().causeOf(part, firing), part.length });
     }

@@ -11,7 +11,7 @@ namespace tovrinhost {
 namespace {
 
 /// "1.3 ms"
-std::string milliseconds(RealTime time)
+std::string inMilliseconds(RealTime time)
 {
     std::array<char, 32> text {};
     const double count = std::chrono::duration<double, std::milli>(time).count();
@@ -46,7 +46,7 @@ void TestProgress::testHasEnded(const TestResult& result)
 {
     ++m_tests;
     m_time += result.time;
-    const std::string name = escape(result.test.name) + " (" + milliseconds(result.time) + ')';
+    const std::string name = escape(result.test.name) + " (" + inMilliseconds(result.time) + ')';
     if (result.failure.empty()) {
         m_output << "  ok      " << name << '\n';
     } else {
@@ -62,7 +62,7 @@ void TestProgress::end()
     if (m_failedFiles > 0) {
         m_output << ", " << m_failedFiles << (m_failedFiles == 1 ? " file" : " files") << " without tests";
     }
-    m_output << " (" << milliseconds(m_time) << ")\n" << std::flush;
+    m_output << " (" << inMilliseconds(m_time) << ")\n" << std::flush;
 }
 
 } // namespace tovrinhost

@@ -29,11 +29,11 @@ public:
     EndOfStandstill(virtual_time::Kernel& kernel, ScriptRunner& runner)
         : m_kernel(kernel)
     {
-        kernel.onDeadlock([&runner](const std::string& waits) {
+        kernel.onDeadlock([&kernel, &runner](const std::string& waits) {
             // In front stands the kernel's own time.
             std::cerr << "tovrin: nothing is due any more within a year, and all wait:\n"
                     + waits.substr(waits.find('\n') + 1);
-            runner.interrupt(EXIT_FAILURE);
+            kernel.callFromOutside([&runner] { runner.interrupt(EXIT_FAILURE); });
             return true;
         });
     }
