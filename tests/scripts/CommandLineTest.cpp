@@ -211,8 +211,8 @@ TEST_F(CommandLineTest, HelpIsShownOnRequest)
 TEST_F(CommandLineTest, HelpOfTheProgramListsAllCommandsAndThatOfACommandItsOptions)
 {
     const Outcome ofAll = tovrin({ "--help" });
-    for (const char* command : { "run", "explain", "report", "shell", "timers", "top" }) {
-        EXPECT_THAT(ofAll.out, testing::ContainsRegex("\n  " + std::string(command) + " +[A-Z][a-z]+ "));
+    for (const char* command : { "run", "plan", "test", "explain", "report", "shell", "timers", "top" }) {
+        EXPECT_THAT(ofAll.out, testing::ContainsRegex("\n  " + std::string(command) + " +\\w+ \\w+"));
     }
     for (const Words& words : { Words { "run", "-h" }, { "--help", "run" } }) {
         EXPECT_THAT(tovrin(words).out, HasSubstr("\n  --max-backlog N")) << words.front();

@@ -1,5 +1,6 @@
 #include "tests/scripts/ScriptTest.hpp"
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -22,6 +23,19 @@ protected:
         EXPECT_EQ(outcome.out, output) << script;
         EXPECT_EQ(outcome.err, "") << script;
         EXPECT_EQ(outcome.status, 0) << script;
+    }
+
+    /// What it takes to start the programs and to end them: on some systems more than a script takes.
+    double startUp()
+    {
+        double least = 60;
+        for (int i = 0; i < 3; ++i) {
+            const auto begin = std::chrono::steady_clock::now();
+            run("", inVirtualTime);
+            const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begin;
+            least = std::min(least, taken.count());
+        }
+        return least;
     }
 
     /// Runs a script whose output is this, until it takes no more than so many real seconds, which a loaded
@@ -167,9 +181,11 @@ TEST_F(VirtualClockTest, TheExamplesOfTheModesTakeUnderATenthOfASecond)
         { "fixed_delay", "StopFcn at 0.650\n" }, { "fixed_rate_drop", "StopFcn at 1.000\n" },
         { "fixed_rate_queue", "StopFcn at 1.000\n" }, { "fixed_rate_error", "ErrorFcn at 0.250\n" },
         { "all_modes", "FixedRate, Error   |  0.00\n" } };
+    constexpr double inAll = 0.1;
+    const double most = std::max(inAll, startUp() + inAll / 2);
     for (const auto& [name, end] : examples) {
         const std::string path = std::string(TOVRIN_EXAMPLES "/") + name + ".lua";
-        expectWithin(0.1, end, [&] { return runFile(path, inVirtualTime); });
+        expectWithin(most, end, [&] { return runFile(path, inVirtualTime); });
     }
 }
 
