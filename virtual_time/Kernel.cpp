@@ -102,11 +102,19 @@ void Kernel::threadBody(int number)
 {
     {
         VirtualThread& thread = *m_threads[static_cast<std::size_t>(number)];
+        std::string failure;
         try {
             thread.body();
         } catch (const std::exception& error) {
-            fail("an exception left thread " + thread.name + ": " + error.what());
+            failure = "an exception left thread " + thread.name + ": " + error.what();
         }
+        if (!failure.empty() && !m_hasBegun) {
+            fail(failure);
+        }
+        if (!failure.empty() && !m_threads.front()->ready) {
+            makeReady(0);
+        }
+        m_threads.front()->failure += failure; // it is thrown there, and this thread ends as any other
         thread.body = nullptr;
         thread.ended = true;
         thread.ready = false;
