@@ -172,7 +172,12 @@ for i = 1, 10 do
 end
 print(now())
 )";
-    expectWithin(2, "86400.0\n", [&] { return run(script, inVirtualTime); });
+#if defined(NDEBUG)
+    constexpr double most = 2;
+#else
+    constexpr double most = 60; // of a program that is watched as it runs, nothing is said
+#endif
+    expectWithin(most, "86400.0\n", [&] { return run(script, inVirtualTime); });
 }
 
 TEST_F(VirtualClockTest, TheExamplesOfTheModesTakeUnderATenthOfASecond)

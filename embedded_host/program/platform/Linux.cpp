@@ -123,6 +123,7 @@ int continueAs(const char* name, const std::vector<const char*>& words)
     }
     std::vector<std::string> own(words.begin(), words.end());
     std::vector<char*> arguments;
+    arguments.reserve(own.size() + 1);
     for (std::string& word : own) {
         arguments.push_back(word.data());
     }
