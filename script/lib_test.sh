@@ -99,13 +99,14 @@ run_tests() {
 }
 
 # pass_alone STEP TREE: a few tests that have failed are run once more, with nothing beside them, and have to pass then: a
-# test of time may fail where the machine was busy elsewhere. That is told. What a sanitizer has found is no matter of
-# time, and many that fail are none either.
+# test of time may fail where the machine was busy elsewhere. That is told. What a sanitizer has found, a program that
+# breaks down or does not end, and many that fail, are no matter of time.
 pass_alone() {
   local step=$1 tree=$2 number name
   local log=$buildDir/log/test-$step.log report=$buildDir/log/test-$step.xml again=$buildDir/log/test-$step-again.log
   local failures=$tree/Testing/Temporary/LastTestsFailed.log
-  if [ ! -f "$failures" ] || [ "$(wc -l <"$failures")" -gt 3 ] || grep -qE 'Sanitizer:|runtime error:' "$log"; then
+  if [ ! -f "$failures" ] || [ "$(wc -l <"$failures")" -gt 3 ] \
+    || grep -qE 'Sanitizer:|runtime error:|\*\*\*(Exception|Timeout)' "$log"; then
     return 1
   fi
   local names=()

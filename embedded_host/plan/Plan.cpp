@@ -21,7 +21,7 @@ Plan::Plan(ScriptRunner& runner, Nanoseconds span, PlanWriter& writer, PlanOutpu
 {
 }
 
-Plan::~Plan() // NOLINT(bugprone-exception-escape): as said there
+Plan::~Plan() // NOLINT(bugprone-exception-escape): a standstill, which ends the program
 {
     {
         const std::lock_guard lock(m_mutex);

@@ -28,7 +28,7 @@ public:
     void queued(const tovrintimer::ObservedWork& work) noexcept override
     {
         m_log.queued(work);
-        std::this_thread::sleep_for(5ms);
+        std::this_thread::sleep_for(5ms); // as a thread that has to give way here: the time itself is what counts
     }
 
     void dispatched(const tovrintimer::ObservedWork& work) noexcept override { m_log.dispatched(work); }

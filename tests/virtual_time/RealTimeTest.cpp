@@ -18,6 +18,14 @@ Kernel::Options paced(double pace)
     return options;
 }
 
+/// Has the first thread work, and wait for nothing, until it is so; or for ten seconds.
+void atWorkUntil(Kernel& kernel, const bool& isSo)
+{
+    for (const auto limit = RealClock::now() + 10s; !isSo && RealClock::now() < limit;) {
+        kernel.point();
+    }
+}
+
 TEST(PaceTest, AWaitTakesAsManyTimesLessAsTheClockIsFaster)
 {
     const auto begin = RealClock::now();
@@ -39,10 +47,11 @@ TEST(PaceTest, TimePassesWhileAThreadIsAtWorkAndOthersGoOn)
         kernel.sleepFor(50 * millisecond);
         hasOtherGoneOn = true;
     });
-    while (!hasOtherGoneOn) {
-        kernel.point(); // until the test's time limit
-    }
-    kernel.sleepFor(0);
+    const Moment before = kernel.now();
+    atWorkUntil(kernel, hasOtherGoneOn);
+
+    EXPECT_TRUE(hasOtherGoneOn);
+    EXPECT_GE(kernel.now() - before, 50 * millisecond);
 }
 
 TEST(OutsideTest, WhatComesFromOutsideBreaksOffAWaitForTimeToPass)
@@ -70,10 +79,10 @@ TEST(OutsideTest, WhatComesFromOutsideIsDoneWhileAThreadIsAtWork)
     kernel.begin();
     bool isDone = false;
     std::thread outside([&] { kernel.callFromOutside([&] { isDone = true; }); });
-    while (!isDone) {
-        kernel.point(); // until the test's time limit
-    }
+    atWorkUntil(kernel, isDone);
     outside.join();
+
+    EXPECT_TRUE(isDone);
 }
 
 } // namespace

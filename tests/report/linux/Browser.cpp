@@ -79,6 +79,7 @@ Browser::~Browser()
         if (!error) {
             return;
         }
+        // The browser's own children may still write there, and nothing tells when the last one has gone.
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
 }
