@@ -93,6 +93,24 @@ protected:
         }
     }
 
+    /// \returns whether the server hangs up on someone who does not read, within half a minute
+    static bool isHungUpOn(const Descriptor& connection)
+    {
+        pollfd end { *connection, 0, 0 };
+        constexpr int limit = 30'000;
+        return poll(&end, 1, limit) == 1 && (end.revents & POLLHUP) != 0;
+    }
+
+    /// \returns how many bytes a socket holds for someone who does not read
+    static std::size_t roomOfASocket()
+    {
+        const Descriptor socket = platform::makeSocket();
+        int room = 0;
+        socklen_t size = sizeof room;
+        EXPECT_EQ(getsockopt(*socket, SOL_SOCKET, SO_SNDBUF, &room, &size), 0);
+        return static_cast<std::size_t>(room);
+    }
+
     template <typename Action> static std::string complaint(const Action& action)
     {
         try {
@@ -269,12 +287,12 @@ TEST_F(StatusServerTest, WhoStallsIsHungUpOnAndThoseWhoWaitGetTheirTurn)
 
 TEST_F(StatusServerTest, WhoDoesNotReadHisAnswerIsHungUpOn)
 {
-    const std::string longAnswer(3'000'000, 'x');
+    const std::string longAnswer(3 * roomOfASocket(), 'x');
     const StatusServer server(
         [&](std::string_view request) { return request == "long" ? longAnswer : echo(request); });
     const Descriptor client = connection();
     say(client, "long\n");
-    std::this_thread::sleep_for(std::chrono::seconds(3));
+    ASSERT_TRUE(isHungUpOn(client));
     const std::string got = all(client);
     EXPECT_GT(got.size(), 0U);
     EXPECT_LT(got.size(), longAnswer.size());
