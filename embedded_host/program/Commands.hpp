@@ -32,6 +32,7 @@ struct Command {
 // Each in a file of its own, but for the two that look at another program.
 extern const Command runCommand;
 extern const Command planCommand;
+extern const Command completionCommand;
 extern const Command explainCommand;
 extern const Command reportCommand;
 extern const Command shellCommand;

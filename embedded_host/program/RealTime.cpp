@@ -34,7 +34,7 @@ void rememberWords(int argc, const char* const* argv)
 std::span<const Command* const> commands()
 {
     static constexpr std::array all { &runCommand, &planCommand, &testCommand, &explainCommand, &reportCommand,
-        &shellCommand, &timersCommand, &topCommand };
+        &shellCommand, &timersCommand, &topCommand, &completionCommand };
     return all;
 }
 
