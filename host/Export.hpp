@@ -5,6 +5,9 @@
 ///
 /// A host defines `TOVRINHOST_BUILD` while it compiles its own sources. Nobody else does.
 
+/// \def TOVRINHOST_API
+/// Stands before each class and operation that the host defines.
+
 #if defined(_WIN32) && defined(TOVRINHOST_BUILD)
 #define TOVRINHOST_API __declspec(dllexport)
 #elif defined(_WIN32)

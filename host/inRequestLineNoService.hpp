@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Declares `inRequestLineNoService`.
+
 #include "host/iqm/Iqm.hpp"
 
 #include <memory>

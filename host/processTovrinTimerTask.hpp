@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Declares `processTovrinTimerTask`.
+
 #include "host/vorn/VORN.hpp"
 
 #include <functional>

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Declares `setCurrentThreadName`.
+
 #include "host/Export.hpp"
 
 #include <string>

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Declares `setReadyRequestPending`.
+
 #include "host/Export.hpp"
 
 /// Tells the host's user-interface bridge whether a request is waiting for the interpreter.

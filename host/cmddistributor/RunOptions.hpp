@@ -6,6 +6,7 @@
 
 #include <string>
 
+/// How the engine takes requests.
 namespace cmddistributor {
 
 /// When the engine takes a request off its queue.
@@ -20,12 +21,17 @@ public:
     /// When idle, on the engine's default queue.
     RunOptions();
 
+    /// \param when see there
+    /// \param queueName none for the default queue
     RunOptions(WhenToDequeue when, boost::optional<std::u16string> queueName);
 
+    /// When idle, unless it was made otherwise. Constant.
     WhenToDequeue getWhenToDequeue() const noexcept;
 
     /// None for the engine's default queue.
     const boost::optional<std::u16string>& getQueueName() const noexcept;
+
+    /// The library names none: every request of its goes to the default queue.
     void setQueueName(std::u16string name);
 
 private:

@@ -8,6 +8,7 @@
 /// The interpreter's interrupt state. The library only passes it on.
 class InterruptStateData;
 
+/// The interpreter's queue.
 namespace iqm {
 
 /// The interpreter queue manager of one context.
@@ -25,6 +26,7 @@ public:
     /// \returns never null while an engine instance of that context exists
     static std::shared_ptr<Iqm> getInstance(vorn::ContextId context);
 
+    /// What `inRequestLineNoService` is then given. The library only passes it on.
     virtual std::shared_ptr<InterruptStateData> getInterruptStateData() const = 0;
 };
 

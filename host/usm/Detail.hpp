@@ -4,6 +4,7 @@
 
 #include <memory>
 
+/// Objects that there is one of in a process.
 namespace usm {
 
 /// The scope that lasts as long as the process.
@@ -37,6 +38,7 @@ public:
     static void* find(int key);
 
     /// Stores an object, unless the key has one already: then `owner` is destroyed.
+    /// \param key one of `getNextID`
     /// \param owner of something; the embedded host's store throws std::invalid_argument for null
     /// \returns the stored object
     static void* findOrInsert(int key, Owner owner);

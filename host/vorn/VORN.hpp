@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+/// The execution engine.
 namespace vorn {
 
 /// Tells the interpreter contexts of a process apart.
@@ -36,8 +37,12 @@ public:
     /// A host that runs tasks on the engine's own thread must therefore evaluate a request of that thread at
     /// once, or the task would wait for itself.
     ///
+    /// \param function what is evaluated
+    /// \param arguments what it is given; a host that evaluates later keeps copies
     /// \param nargout the number of outputs wanted
+    /// \param options when, and on which queue; the library asks for the default
     /// \param reserved always false
+    /// \param requestId of `createRequestID`, for the host alone
     /// \returns the outputs to come. `get()` rethrows what the evaluation raised, and the library lets that
     ///          leave the task. So an error has to get into the future, in Boost's way:
     ///

@@ -17,19 +17,21 @@ namespace tovrintimer {
 // them: the library, and of the embedded host whatever waits, looks at the steady clock or makes threads, but for
 // what a terminal, a socket or a signal is waited for with.
 
-using SteadyClock = std::chrono::steady_clock;
-using SystemClock = std::chrono::system_clock;
-using Mutex = std::mutex;
-using Lock = std::unique_lock<Mutex>;
-using ConditionVariable = platform::ConditionVariable;
-using Thread = std::thread;
-template <typename T> using Atomic = std::atomic<T>;
+using SteadyClock = std::chrono::steady_clock; ///< what timers go by
+using SystemClock = std::chrono::system_clock; ///< what the calendar is told by
+using Mutex = std::mutex; ///< locked by `Lock` alone
+using Lock = std::unique_lock<Mutex>; ///< the only kind of lock
+using ConditionVariable = platform::ConditionVariable; ///< goes with `Mutex`
+using Thread = std::thread; ///< is joined before it is destroyed
+template <typename T> using Atomic = std::atomic<T>; ///< what is shared without a lock
 
+/// Tells the threads of a process apart.
 inline Thread::id currentThreadId()
 {
     return std::this_thread::get_id();
 }
 
+/// Has the calling thread wait, for nothing but the time.
 inline void sleepFor(std::chrono::nanoseconds span)
 {
     std::this_thread::sleep_for(span);

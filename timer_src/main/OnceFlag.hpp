@@ -14,6 +14,7 @@ namespace tovrintimer {
 // std::call_once hangs at the next call after a throwing one on some platforms.
 class OnceFlag {
 public:
+    /// \throws whatever the function does
     template <typename Function> void callOnce(Function&& function)
     {
         if (m_done.load(std::memory_order_acquire)) {

@@ -55,13 +55,19 @@ public:
         const std::shared_ptr<InterruptStateData>& interruptData);
     ~TimerInfo() override;
 
+    /// By std::shared_ptr.
     pelk::factory::full::SharingType getSharingType() const override;
 
     /// "StdSharedTimerInfo".
     const char* getFullyQualifiedPelkTypeName() const override;
 
+    /// A copy of what the timer was made with. \throws what copying it does
     foundation::tovrindata::Array getTOVRINSideOfTimerObj();
+
+    /// A share of the engine. Constant.
     std::shared_ptr<vorn::VORN> getVORNInstanceWhereTimerWasFirstCreated();
+
+    /// The host's own object, as it is now: the timer refers to it.
     const std::shared_ptr<InterruptStateData>& getInterruptData() const;
 
     /// The same engine without a share of it, for who holds the timer.
@@ -76,34 +82,56 @@ public:
     /// Milliseconds between callbacks, truncated toward zero where they are used. A period below 500.0 raises
     /// the system's timer resolution as the timer starts.
     double getPeriod() const;
+
+    /// What is queued already keeps its due time.
     void setPeriod(double milliseconds);
 
     /// Milliseconds before the first callback, truncated toward zero where they are used.
     double getStartDelay() const;
+
+    /// For the next start.
     void setStartDelay(double milliseconds);
 
     /// A `BusyMode`. Any value is kept in its low 32 bits, and given back sign-extended; where it names no mode,
     /// a callback that falls due too early is lost.
     size_t getBusyMode() const;
+
+    /// For the next callback that falls due too early.
     void setBusyMode(size_t busyMode);
 
     /// An `ExecutionMode`. Any value is kept in its low 32 bits, and given back sign-extended; where it names no
     /// mode, no TimerFcn is run.
     size_t getExecutionMode() const;
+
+    /// For the next TimerFcn that is dispatched. A host changes it while the timer is stopped.
     void setExecutionMode(size_t executionMode);
 
     /// The number of callbacks in a periodic run. A change while the timer runs takes effect at the next
     /// callback, unless so many have been made already that the current one would be the last.
     size_t getNumOfTasksToExecute() const;
+
+    /// Of a periodic timer; a single shot has one task, whatever stands here.
     void setNumOfTasksToExecute(size_t numOfTasks);
 
+    /// Whether the timer has no StartFcn: then its run begins with the TimerFcn.
     bool getStartFcnIsEmpty();
+
+    /// For the next start.
     void setStartFcnIsEmpty(bool isEmpty);
+
+    /// Whether the timer has no StopFcn: then its run ends without one.
     bool getStopFcnIsEmpty();
+
+    /// A StopFcn that comes as the last callback is being dispatched may be too late for this run.
     void setStopFcnIsEmpty(bool isEmpty);
+
+    /// Whether the timer has no ErrorFcn: then `forceScheduleOfErrorFcn` hands none over.
     bool getErrorFcnIsEmpty();
+
+    /// For the next error.
     void setErrorFcnIsEmpty(bool isEmpty);
 
+    /// From the start until the run has ended: with a StopFcn, until that starts.
     bool getIsRunning() const;
 
     /// Sets the running flag. Clearing it also posts a do-nothing statement to the engine, each time, so that

@@ -19,8 +19,8 @@ struct ObservedWork {
     std::uint64_t insteadOf;
 
     foundation::msg_svc::exchange::IDType timer; ///< `TimerInfo::getId` of its timer, which may have gone
-    WorkKind kind;
-    DueTime due;
+    WorkKind kind; ///< which callback it is to run
+    DueTime due; ///< when; in the past, where the dispatch is late
 };
 
 /// Why a piece of work was not handed over.

@@ -9,6 +9,7 @@
 #include <memory>
 #include <utility>
 
+/// The timer engine.
 namespace tovrintimer {
 
 class Dispatcher;
@@ -81,9 +82,9 @@ public:
     /// \throws std::system_error if that thread cannot be started (the next insert tries again) or m_mutex cannot
     ///         be locked, std::bad_alloc; the queue then holds what it held
     void insertAscendingSorted(WorkItem<StartFcnWork> item);
-    void insertAscendingSorted(WorkItem<StopFcnWork> item);
-    void insertAscendingSorted(WorkItem<TimerFcnWork> item);
-    void insertAscendingSorted(WorkItem<ErrorFcnWork> item);
+    void insertAscendingSorted(WorkItem<StopFcnWork> item); ///< \overload
+    void insertAscendingSorted(WorkItem<TimerFcnWork> item); ///< \overload
+    void insertAscendingSorted(WorkItem<ErrorFcnWork> item); ///< \overload
 
     /// Discards all queued work without running it, and ends the scheduler thread after the item that it is
     /// dispatching. What is queued later is never run.

@@ -30,6 +30,7 @@ template <int kind> class WorkItem : public std::enable_shared_from_this<WorkIte
     static_assert(kind == StartFcnWork || kind == StopFcnWork || kind == TimerFcnWork || kind == ErrorFcnWork);
 
 public:
+    /// Of a timer.
     using Id = foundation::msg_svc::exchange::IDType;
 
     /// A StartFcn, StopFcn or ErrorFcn: a run of its own of one task.
@@ -38,8 +39,7 @@ public:
     {
     }
 
-    /// A TimerFcn that is the only task of its run.
-    /// \param total what the new counter holds
+    /// A TimerFcn that is the only task of its run, whose new counter holds `total`.
     WorkItem(Id id, DueTime executeAt, std::weak_ptr<TimerInfo> timer, std::uint64_t total) requires(
         kind == TimerFcnWork)
         : WorkItem(id, executeAt, std::move(timer), total, std::make_shared<prevCallBackStatus>())
@@ -61,8 +61,8 @@ public:
     }
 
     Id m_id; ///< the timer's: all work of a timer is found by it
-    DueTime m_executeAt;
-    std::weak_ptr<TimerInfo> m_timerInfo;
+    DueTime m_executeAt; ///< when it falls due
+    std::weak_ptr<TimerInfo> m_timerInfo; ///< whose work it is; the timer may have gone
 
     /// The number of tasks of the run. Never changed in place: a new total is a new object.
     std::shared_ptr<std::uint64_t> m_sharedTaskCounter;
@@ -93,6 +93,7 @@ private:
 using WorkItemVariant = boost::variant<WorkItem<StartFcnWork>, WorkItem<StopFcnWork>, WorkItem<TimerFcnWork>,
     WorkItem<ErrorFcnWork>>;
 
+/// When it falls due.
 inline DueTime dueTime(const WorkItemVariant& work)
 {
     return boost::apply_visitor([](const auto& item) { return item.m_executeAt; }, work);

@@ -17,9 +17,10 @@ enum WorkKind : int {
 /// The name of a kind: "StartFcn", "StopFcn", "TimerFcn" or "ErrorFcn". It is also the name of the callback
 /// property of the host's timer object. Streams as narrow text.
 struct KindName {
-    const wchar_t* wide;
+    const wchar_t* wide; ///< a literal
 };
 
+/// Empty for what is no kind.
 constexpr KindName kindName(WorkKind kind)
 {
     switch (kind) {
@@ -35,6 +36,7 @@ constexpr KindName kindName(WorkKind kind)
     return { L"" };
 }
 
+/// By the host's `fl::i18n::to_string`.
 inline std::ostream& operator<<(std::ostream& stream, KindName name)
 {
     return stream << fl::i18n::to_string(name.wide);

@@ -22,7 +22,10 @@ public:
     WorkQueue& operator=(const WorkQueue&) = delete;
     ~WorkQueue();
 
+    /// Whether nothing is pending.
     bool empty() const noexcept;
+
+    /// How many items are pending, of all timers.
     std::size_t size() const noexcept;
 
     /// Puts an item behind those of an equal due time.
@@ -39,15 +42,19 @@ public:
     /// \returns false if there is none that is due later
     bool hasten(const foundation::msg_svc::exchange::IDType& timer, const prevCallBackStatus& record, DueTime due);
 
+    /// May throw, and must not change the queue.
     using Visitor = std::function<void(const WorkItemVariant&)>;
 
-    /// Shows all items, the soonest first; or those of one timer, in no order.
+    /// Shows all items, the soonest first. \throws what the visitor does
     void visitAll(const Visitor& visit) const;
+
+    /// Shows those of one timer, in no order. \throws what the visitor does
     void visitMatching(const foundation::msg_svc::exchange::IDType& timer, const Visitor& visit) const;
 
     /// Discards all items of one timer.
     void removeMatching(const foundation::msg_svc::exchange::IDType& timer);
 
+    /// Discards all items.
     void clear() noexcept;
 
 private:

@@ -4,6 +4,7 @@
 
 #include <string>
 
+/// Texts.
 namespace fl::i18n {
 
 /// Converts wide text to UTF-8. Any thread.

@@ -8,6 +8,7 @@
 
 #include <boost/thread/future.hpp>
 
+/// Results that are still to come.
 namespace foundation::concurrent {
 
 /// The result, still to come, of an evaluation. Dropping it neither waits nor cancels.

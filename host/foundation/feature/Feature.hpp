@@ -4,6 +4,7 @@
 
 #include <string>
 
+/// Switches of the host.
 namespace foundation::feature {
 
 /// A switch of the host.
@@ -25,6 +26,7 @@ public:
 /// that may come while static objects are being destroyed.
 class TOVRINHOST_API Feature : public IFeature {
 public:
+    /// The library asks for one switch, "TIMER_PPE".
     explicit Feature(const char* name);
     ~Feature() override;
 

@@ -11,6 +11,7 @@
 #include <mutex>
 #include <string>
 
+/// Diagnostic records.
 namespace foundation::log {
 
 template <typename CharT> class basic_diagnostic_logger;
@@ -47,8 +48,9 @@ template <typename CharT> class basic_diagnostic_logger;
 /// begun. Errors: what `open_record`, `push_record` or a sink throws costs that record and nothing else.
 template <> class TOVRINHOST_API basic_diagnostic_logger<char> {
 public:
-    using char_type = char;
+    using char_type = char; ///< of the records
 
+    /// Any thread, at any time: before `main` begins as well.
     explicit basic_diagnostic_logger(const std::string& channel);
     basic_diagnostic_logger(const basic_diagnostic_logger&) = delete;
     basic_diagnostic_logger& operator=(const basic_diagnostic_logger&) = delete;
@@ -61,9 +63,13 @@ public:
         return (m_mask.load(std::memory_order_relaxed) & severity) != 0;
     }
 
+    /// The severity bits that are wanted.
     std::uint32_t mask() const noexcept { return m_mask.load(std::memory_order_relaxed); }
+
+    /// For the host. Any thread, at any time; the records that are opened next follow it.
     void set_mask(std::uint32_t mask) noexcept { m_mask.store(mask, std::memory_order_relaxed); }
 
+    /// "tovrintimer::TimerScheduler", say. Constant.
     const std::string& channel() const noexcept { return m_channel; }
 
     /// Opens a record on the Boost.Log core, with the logger's lock held exclusively.
@@ -73,6 +79,7 @@ public:
     /// Gives the finished record to the core, without the logger's lock. Nothing else of it is used afterwards.
     void push_record(boost::log::record&& record);
 
+    /// What the library tells of scopes that are entered and left.
     detail::indent_attribute& indent() noexcept { return m_indent; }
 
 private:

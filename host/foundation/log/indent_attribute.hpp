@@ -4,6 +4,7 @@
 
 #include <boost/log/attributes/attribute.hpp>
 
+/// What loggers are made of.
 namespace foundation::log::detail {
 
 /// The record attribute "Indent": how many traced scopes are open on the thread that writes the record.

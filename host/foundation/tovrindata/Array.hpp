@@ -6,6 +6,7 @@
 #include <memory>
 #include <vector>
 
+/// Values of the host language.
 namespace foundation::tovrindata {
 
 /// Rows, columns and further extents of an array.
@@ -34,18 +35,32 @@ class ArrayStorage;
 /// Errors: copying may throw; moving and destroying must not.
 class TOVRINHOST_API Array {
 public:
+    /// An empty array.
     Array() noexcept;
+
+    /// A copy, which may share its elements with `other` until one of them is changed.
+    /// \throws std::bad_alloc, say; nothing is changed then
     Array(const Array& other);
+
+    /// Leaves an empty array behind.
     Array(Array&& other) noexcept;
+
+    /// As the copy. \throws what making one does; nothing is changed then
     Array& operator=(const Array& other);
+
+    /// Leaves an empty array behind.
     Array& operator=(Array&& other) noexcept;
+
+    /// The library destroys arrays on any thread.
     ~Array();
 
+    /// Says which of the derived classes can be made of it.
     ArrayType getType() const noexcept;
 
     /// 0x0 for an empty array.
     ArrayDimensions getDimensions() const;
 
+    /// The product of the dimensions.
     std::size_t getNumberOfElements() const noexcept;
 
     /// For the host: wraps elements that it made.

@@ -24,6 +24,7 @@ public:
     /// \param utf8 the characters; an empty text gives an empty (0x0) array
     CharArray createCharArray(const std::string& utf8);
 
+    /// \param dimensions rows and columns: the library makes rows of six
     /// \param values one for each element, column by column
     /// \throws std::invalid_argument if the number of values is not the product of the dimensions, or that product
     ///         is beyond what can be counted
@@ -34,6 +35,7 @@ public:
     StructArray createStructArray(const ArrayDimensions& dimensions, std::vector<std::string> fieldNames);
 };
 
+/// Of the host itself.
 namespace tovrin {
 
 /// The factory for arrays that are handed to the host's own evaluation requests.

@@ -14,6 +14,7 @@ public:
     /// \throws std::invalid_argument if `array` does not hold records
     explicit StructArray(Array array);
 
+    /// In their order.
     std::vector<std::string> getFieldNames() const;
 
     /// \throws std::out_of_range if there is no such record or field

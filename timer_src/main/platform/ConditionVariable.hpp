@@ -5,6 +5,7 @@
 #include <mutex>
 #include <utility>
 
+/// What is otherwise on each operating system.
 namespace tovrintimer::platform {
 
 /// The longest wait that is asked of a platform: there are those that take 2^32-1 ms, 49.7 days, or more for
@@ -32,18 +33,23 @@ constexpr TimePoint nextStop(TimePoint now, TimePoint deadline, typename TimePoi
 /// under the lock.
 class ConditionVariable {
 public:
+    /// \param cap the longest wait that the platform is asked for
     explicit ConditionVariable(std::chrono::milliseconds cap = longestWait)
         : m_cap(cap)
     {
     }
 
+    /// Wakes one that waits. Any thread.
     void notify_one() noexcept { m_condition.notify_one(); }
 
+    /// Waits, without a limit, until the predicate holds, which is looked at with the lock held.
     template <typename Predicate> void wait(std::unique_lock<std::mutex>& lock, Predicate predicate)
     {
         m_condition.wait(lock, std::move(predicate));
     }
 
+    /// Waits until the predicate holds, or the moment has passed.
+    /// \returns what the predicate says at the end
     template <typename Clock, typename Duration, typename Predicate>
     bool wait_until(
         std::unique_lock<std::mutex>& lock, std::chrono::time_point<Clock, Duration> deadline, Predicate predicate)

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <iosfwd>
 
+/// Identities.
 namespace foundation::msg_svc::exchange {
 
 /// An identity: of a timer, of an evaluation request.
@@ -16,14 +17,15 @@ struct TOVRINHOST_API IDType {
     /// whose identity it was to be is not made then.
     IDType();
 
+    /// A known identity: one that was kept, or is made up.
     constexpr IDType(std::int64_t firstWord, std::int64_t secondWord) noexcept
         : first(firstWord)
         , second(secondWord)
     {
     }
 
-    std::int64_t first;
-    std::int64_t second;
+    std::int64_t first; ///< goes before the second where identities are ordered
+    std::int64_t second; ///< decides where the first words are equal
 };
 
 /// Lexicographic, the first word first, each word as a signed number.

@@ -4,6 +4,7 @@
 
 #include <memory>
 
+/// What the host's object system asks of C++ objects.
 namespace pelk::factory::full {
 
 /// How the class system shares an object.
@@ -22,7 +23,10 @@ public:
     Wrappable& operator=(const Wrappable&) = delete;
     virtual ~Wrappable();
 
+    /// For the host's object system; the library answers, and never asks.
     virtual SharingType getSharingType() const = 0;
+
+    /// The class's name in the host language. The text is never destroyed.
     virtual const char* getFullyQualifiedPelkTypeName() const = 0;
 };
 
