@@ -31,7 +31,7 @@ public:
     /// None for the engine's default queue.
     const boost::optional<std::u16string>& getQueueName() const noexcept;
 
-    /// The library names none: every request of its goes to the default queue.
+    /// The library names "TIMER_WAKE_UP_VORN" for its wake-up statement, and none for callbacks.
     void setQueueName(std::u16string name);
 
 private:

@@ -40,7 +40,7 @@ public:
     /// \param function what is evaluated
     /// \param arguments what it is given; a host that evaluates later keeps copies
     /// \param nargout the number of outputs wanted
-    /// \param options when, and on which queue; the library asks for the default
+    /// \param options when idle, and no queue of its own
     /// \param reserved always false
     /// \param requestId of `createRequestID`, for the host alone
     /// \returns the outputs to come. `get()` rethrows what the evaluation raised, and the library lets that

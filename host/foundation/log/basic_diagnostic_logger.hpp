@@ -18,7 +18,7 @@ template <typename CharT> class basic_diagnostic_logger;
 
 /// A source of diagnostic records for one channel, on top of Boost.Log.
 ///
-/// What the library writes, by channel and severity:
+/// What the library writes, by channel and severity; each record's text is in the page Records:
 ///
 ///                                  4  trace                16  detail       32, 64  scope entry, exit
 ///     tovrintimer::TimerScheduler  queue, run loop,        waits, removals  the run loop
