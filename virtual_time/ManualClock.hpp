@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 
+/// The engine over a clock that a test has in its hand.
 namespace virtual_time {
 
 /// The time of the engine in the hand of a test. It stands still, but for what the test says; until then, nothing
@@ -25,8 +26,9 @@ namespace virtual_time {
 /// is in its text.
 class ManualClock {
 public:
-    using Duration = std::chrono::nanoseconds;
+    using Duration = std::chrono::nanoseconds; ///< the engine itself goes by whole milliseconds
 
+    /// What a test may choose.
     struct Options {
         /// Which of the engine's threads goes on where several could, and whether waits end for no reason: 0 has
         /// them take turns, any other number is a schedule of its own, always the same one for the same number.
@@ -39,9 +41,13 @@ public:
     /// \param work the host's: runs the tasks that have been handed to it. Called whenever all of the engine's
     ///        threads wait, and before time moves; none: tasks stay where the host has put them
     explicit ManualClock(std::function<void()> work = nullptr);
+
+    /// The same, with what the test has chosen.
     ManualClock(std::function<void()> work, const Options& options);
     ManualClock(const ManualClock&) = delete;
     ManualClock& operator=(const ManualClock&) = delete;
+
+    /// The engine's threads have ended by then.
     ~ManualClock();
 
     /// Since it was made.

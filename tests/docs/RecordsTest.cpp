@@ -84,20 +84,11 @@ Records writtenBy(const std::string& sources)
     return records;
 }
 
-/// Of a row's text, what stands there literally between backquotes, and a question mark for what is slanted.
-std::string textOfCell(const std::string& cell)
-{
-    std::string text;
-    const std::regex piece("`([^`]*)`|\\*[^*]*\\*");
-    for (std::sregex_iterator found(cell.begin(), cell.end(), piece), end; found != end; ++found) {
-        text += found->str(0).front() == '`' ? found->str(1) : "?";
-    }
-    return text;
-}
-
 std::string recordOf(const Row& row)
 {
-    return record(row.section, row.cells.at(0), textOfCell(row.cells.at(1)));
+    const std::string& quoted = row.cells.at(1);
+    const std::string text = quoted.substr(1, quoted.size() - 2);
+    return record(row.section, row.cells.at(0), std::regex_replace(text, std::regex("<\\w+>"), "?"));
 }
 
 TEST(RecordTableTest, HasEachRecordOfTheLibraryOnceAndNoOther)

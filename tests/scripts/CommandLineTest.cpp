@@ -33,6 +33,13 @@ TEST_F(CommandLineTest, WrongUsageIsToldWithStatusTwo)
     expectRefusal({ "-e" }, wrongUsage, "-e: 1 required CODE missing");
 }
 
+TEST_F(CommandLineTest, AShellThatNothingIsKnownOfIsToldWithThoseThatAreKnown)
+{
+    expectRefusal({ "completion", "csh" }, wrongUsage,
+        "tovrin: SHELL: \"csh\" is not allowed: it must be bash, zsh or fish\nTry 'tovrin completion --help'.\n");
+    expectRefusal({ "completion" }, wrongUsage, "tovrin: SHELL is required\n");
+}
+
 TEST_F(CommandLineTest, WhatIsNeitherACommandNorAFileIsToldAsBoth)
 {
     const std::string neither = ", and no file of that name";
