@@ -182,6 +182,7 @@ build_external_host() {
     check_place "$tree/library" \
       && "${use[@]}" -S "$projectDir" -B "$tree/library" -DTOVRINTIMER_WERROR=$warningsAreErrors \
         -DTOVRINTIMER_BUILD_EMBEDDED_HOST=OFF -DTOVRINTIMER_BUILD_TESTS=OFF \
+        -DCMAKE_UNITY_BUILD=ON -DCMAKE_UNITY_BUILD_BATCH_SIZE=12 \
       && cmake --build "$tree/library" --parallel "$jobs" \
       && cmake --install "$tree/library" --prefix "$tree/prefix" || return
   fi
