@@ -1,14 +1,10 @@
-# What `cmake --install` puts in place: the library, the headers that a host includes, the package files by which
-# `find_package(tovrintimer)` finds them, and an example.
-include(CMakePackageConfigHelpers)
+# What `cmake --install` puts in place: the host interfaces and the library with the headers that a host includes, the
+# embedded host, and what tells of them.
+include(cmake/HostPackage.cmake)
 
-# What is not said to belong elsewhere: `cmake --install --component library` leaves out the embedded host.
-set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME library)
-
-install(TARGETS tovrintimer tovrintimer_host EXPORT tovrintimerTargets)
-install(DIRECTORY host/
-  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tovrintimer/host
-  FILES_MATCHING PATTERN "*.hpp")
+install(TARGETS tovrintimer EXPORT tovrintimerTargets
+  RUNTIME COMPONENT library
+  LIBRARY COMPONENT library NAMELINK_COMPONENT development)
 install(FILES
   timer_src/main/Concurrency.hpp
   timer_src/main/DueTime.hpp
@@ -31,27 +27,23 @@ if(TARGET tovrintimer_testing)
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tovrintimer/virtual_time
     FILES_MATCHING PATTERN "*.hpp" PATTERN VirtualThread.hpp EXCLUDE PATTERN platform EXCLUDE)
 endif()
-# For those who write a host of their own: what it has to define, and the smallest one that there is.
-install(FILES host/host-definitions.txt DESTINATION ${CMAKE_INSTALL_DOCDIR})
+# For those who write a host of their own: the smallest one that there is.
 install(DIRECTORY tests/external_host/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples/host)
+install(EXPORT tovrintimerTargets NAMESPACE tovrintimer:: DESTINATION ${packageDir})
+
 if(TOVRINTIMER_BUILD_EMBEDDED_HOST)
   # The installed program finds the libraries beside it, wherever that is.
   file(RELATIVE_PATH libraryPath /${CMAKE_INSTALL_FULL_BINDIR} /${CMAKE_INSTALL_FULL_LIBDIR})
   set_target_properties(tovrin PROPERTIES INSTALL_RPATH "$ORIGIN/${libraryPath}")
   set_target_properties(tovrinhost PROPERTIES INSTALL_RPATH "$ORIGIN")
-  install(TARGETS tovrinhost tovrin COMPONENT embedded_host)
+  install(TARGETS tovrinhost tovrin
+    RUNTIME COMPONENT embedded_host
+    LIBRARY COMPONENT embedded_host NAMELINK_SKIP)
   if(TARGET tovrin-virtual)
     # Where the program looks for it: beside itself, or there.
     install(TARGETS tovrin-virtual RUNTIME DESTINATION libexec/tovrin COMPONENT embedded_host)
   endif()
+  install(FILES docs/language.md DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/tovrin COMPONENT embedded_host)
+  install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/tovrin/examples COMPONENT embedded_host
+    FILES_MATCHING PATTERN "*.lua" PATTERN hosts EXCLUDE)
 endif()
-
-set(packageDir ${CMAKE_INSTALL_LIBDIR}/cmake/tovrintimer)
-install(EXPORT tovrintimerTargets NAMESPACE tovrintimer:: DESTINATION ${packageDir})
-configure_package_config_file(cmake/tovrintimerConfig.cmake.in tovrintimerConfig.cmake
-  INSTALL_DESTINATION ${packageDir})
-write_basic_package_version_file(tovrintimerConfigVersion.cmake COMPATIBILITY SameMinorVersion)
-install(FILES
-  ${PROJECT_BINARY_DIR}/tovrintimerConfig.cmake
-  ${PROJECT_BINARY_DIR}/tovrintimerConfigVersion.cmake
-  DESTINATION ${packageDir})
