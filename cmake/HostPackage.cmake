@@ -13,6 +13,14 @@ install(DIRECTORY host/
   FILES_MATCHING PATTERN "*.hpp")
 # What a host has to define.
 install(FILES host/host-definitions.txt DESTINATION ${CMAKE_INSTALL_DOCDIR})
+# How it is tested, and how the library is linked for it.
+file(RELATIVE_PATH conformancePath
+  /${CMAKE_INSTALL_FULL_LIBDIR}/cmake/tovrintimer /${CMAKE_INSTALL_FULL_DATADIR}/tovrintimer/conformance)
+install(DIRECTORY conformance/ DESTINATION ${CMAKE_INSTALL_DATADIR}/tovrintimer/conformance)
+install(FILES cmake/tovrintimerLinkForHost.cmake DESTINATION ${packageDir})
+if(WIN32 AND CMAKE_CROSSCOMPILING)
+  install(FILES cmake/windows-x64.cmake DESTINATION ${packageDir})
+endif()
 
 install(EXPORT tovrintimerHostTargets NAMESPACE tovrintimer:: DESTINATION ${packageDir})
 configure_package_config_file(cmake/tovrintimerConfig.cmake.in tovrintimerConfig.cmake

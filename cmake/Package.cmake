@@ -2,9 +2,14 @@
 # embedded host, and what tells of them.
 include(cmake/HostPackage.cmake)
 
-install(TARGETS tovrintimer EXPORT tovrintimerTargets
-  RUNTIME COMPONENT library
-  LIBRARY COMPONENT library NAMELINK_COMPONENT development)
+if(TARGET tovrintimer)
+  install(TARGETS tovrintimer EXPORT tovrintimerTargets
+    RUNTIME COMPONENT library
+    LIBRARY COMPONENT library NAMELINK_COMPONENT development)
+endif()
+if(TARGET tovrintimer_engine)
+  install(TARGETS tovrintimer_engine EXPORT tovrintimerTargets)
+endif()
 install(FILES
   timer_src/main/Concurrency.hpp
   timer_src/main/DueTime.hpp

@@ -37,6 +37,8 @@ function(tovrintimer_add_conformance_program program)
       set(sources ${tovrintimer_conformance_${group}})
       list(TRANSFORM sources REPLACE "(.+)" "${CMAKE_CURRENT_FUNCTION_LIST_DIR}/\\1.cpp")
       add_library(${objects} OBJECT ${sources})
+      # As one source: they read the same heavy headers.
+      set_target_properties(${objects} PROPERTIES UNITY_BUILD ON)
       target_include_directories(${objects} PRIVATE ${includes})
       target_link_libraries(${objects} PRIVATE tovrintimer::host GTest::gmock)
     endif()
