@@ -11,8 +11,8 @@ install(TARGETS tovrintimer_host EXPORT tovrintimerHostTargets)
 install(DIRECTORY host/
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tovrintimer/host
   FILES_MATCHING PATTERN "*.hpp")
-# What a host has to define.
-install(FILES host/host-definitions.txt DESTINATION ${CMAKE_INSTALL_DOCDIR})
+# What a host has to define, and how it comes to Windows.
+install(FILES host/host-definitions.txt docs/windows-host.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 # How it is tested, and how the library is linked for it.
 file(RELATIVE_PATH conformancePath
   /${CMAKE_INSTALL_FULL_LIBDIR}/cmake/tovrintimer /${CMAKE_INSTALL_FULL_DATADIR}/tovrintimer/conformance)

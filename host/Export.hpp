@@ -5,8 +5,8 @@
 ///
 /// A host defines `TOVRINHOST_BUILD` while it compiles its own sources. Nobody else does.
 ///
-/// On Windows such a library is linked before the one that calls it, which is linked for it: it is a DLL that calls
-/// nothing of the timer library (`tovrintimer_link_for_host` of the CMake package).
+/// On Windows such a library is linked before the one that calls it, which is linked for it: it is a DLL that
+/// calls nothing of the timer library (`tovrintimer_link_for_host` of the CMake package).
 
 #if defined(_WIN32) && defined(TOVRINHOST_BUILD)
 #define TOVRINHOST_API __declspec(dllexport)
