@@ -40,7 +40,7 @@ function(write_sbom name description component)
     DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${name} COMPONENT ${component})
 endfunction()
 
-set(cxxRuntime "")
+set(cxxRuntime libstdc++ libgcc)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   set(cxxRuntime libstdc++=${CMAKE_CXX_COMPILER_VERSION} libgcc=${CMAKE_CXX_COMPILER_VERSION})
 endif()
