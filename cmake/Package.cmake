@@ -10,7 +10,7 @@ endif()
 if(TARGET tovrintimer_engine)
   install(TARGETS tovrintimer_engine EXPORT tovrintimerTargets)
 endif()
-install(FILES
+set(libraryHeaders
   timer_src/main/Concurrency.hpp
   timer_src/main/DueTime.hpp
   timer_src/main/Export.hpp
@@ -22,10 +22,11 @@ install(FILES
   timer_src/main/WorkItem.hpp
   timer_src/main/WorkKind.hpp
   timer_src/main/WorkQueue.hpp
-  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tovrintimer/timer_src/main)
-install(FILES
-  timer_src/main/platform/ConditionVariable.hpp
-  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tovrintimer/timer_src/main/platform)
+  timer_src/main/platform/ConditionVariable.hpp)
+foreach(header IN LISTS libraryHeaders)
+  cmake_path(GET header PARENT_PATH folder)
+  install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tovrintimer/${folder})
+endforeach()
 if(TARGET tovrintimer_testing)
   install(TARGETS tovrintimer_testing EXPORT tovrintimerTargets)
   install(DIRECTORY virtual_time/
@@ -51,4 +52,21 @@ if(TOVRINTIMER_BUILD_EMBEDDED_HOST)
   install(FILES docs/language.md DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/tovrin COMPONENT embedded_host)
   install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/tovrin/examples COMPONENT embedded_host
     FILES_MATCHING PATTERN "*.lua" PATTERN hosts EXCLUDE)
+endif()
+
+if(WIN32)
+  set(TOVRINTIMER_DLL_FOLDER "" CACHE PATH "Holds the DLLs that are to be installed beside those of this project")
+  if(TOVRINTIMER_DLL_FOLDER)
+    install(DIRECTORY ${TOVRINTIMER_DLL_FOLDER}/ DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT library
+      FILES_MATCHING PATTERN "*.dll")
+  endif()
+endif()
+
+install(FILES cmake/packages/copyright DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT library)
+include(cmake/packages/PkgConfig.cmake)
+include(cmake/packages/Sbom.cmake)
+include(cmake/packages/Notices.cmake)
+include(cmake/packages/Abi.cmake)
+if(PROJECT_IS_TOP_LEVEL)
+  include(cmake/packages/CPack.cmake)
 endif()
