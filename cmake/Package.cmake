@@ -46,8 +46,9 @@ if(TOVRINTIMER_BUILD_EMBEDDED_HOST)
     RUNTIME COMPONENT embedded_host
     LIBRARY COMPONENT embedded_host NAMELINK_SKIP)
   if(TARGET tovrin-virtual)
-    # Where the program looks for it: beside itself, or there.
-    install(TARGETS tovrin-virtual RUNTIME DESTINATION libexec/tovrin COMPONENT embedded_host)
+    # Where the program looks for it: there, or beside itself, since Windows looks for DLLs there.
+    install(TARGETS tovrin-virtual COMPONENT embedded_host
+      RUNTIME DESTINATION $<IF:$<PLATFORM_ID:Windows>,${CMAKE_INSTALL_BINDIR},libexec/tovrin>)
   endif()
   install(FILES docs/language.md DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/tovrin COMPONENT embedded_host)
   install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/tovrin/examples COMPONENT embedded_host

@@ -1,4 +1,8 @@
-# For builds that are not CMake's. A file says where it is found what it describes: the prefix may be moved.
+# For builds that are not CMake's. A file says where it is found what it describes: the prefix may be moved. On Windows, names of
+# libraries and options of the linker are others, and CMake knows them.
+if(WIN32)
+  return()
+endif()
 file(RELATIVE_PATH prefixFromHere ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 set(pcNames tovrintimer)
 if(TARGET tovrintimer_c)
