@@ -1,6 +1,10 @@
 # The target `abi_descriptions`: what a program that has been compiled against a library relies on (symbols, sizes, places
 # of members, virtual tables), as abidw reads it out of an unoptimised build with debug information. The standard library
 # and Boost are left out of it: where a member of theirs takes another place or size, the class around it tells.
+# It reads ELF files.
+if(NOT CMAKE_SYSTEM_NAME STREQUAL "Linux")
+  return()
+endif()
 find_program(abidw abidw)
 mark_as_advanced(abidw)
 if(NOT abidw)
