@@ -14,6 +14,11 @@ target_compile_options(tovrintimer_settings INTERFACE
 target_compile_options(tovrintimer_settings INTERFACE
   $<$<AND:$<CXX_COMPILER_ID:GNU>,$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>>:-Wno-subobject-linkage>)
 
+# What is built for users tells nothing of where: the same sources give the same bytes in any folder. (Coverage needs the paths.)
+target_compile_options(tovrintimer_settings INTERFACE
+  $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>
+  $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)
+
 # Hardening, as ELF systems know it. Fortified library calls need an optimiser: the build types without one, which the
 # sanitizers' presets use too, do without.
 target_compile_definitions(tovrintimer_settings INTERFACE _GLIBCXX_ASSERTIONS)

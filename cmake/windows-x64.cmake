@@ -8,9 +8,11 @@ set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
 # The interfaces of Windows 10.
 set(CMAKE_CXX_FLAGS_INIT -D_WIN32_WINNT=0x0A00)
 
-# Libraries for Windows only, never those of the building machine.
+# Libraries for Windows only, never those of the building machine: what script/windows has built beside this file's
+# folder, and whatever CMAKE_PREFIX_PATH names.
 set(dependencies ${CMAKE_CURRENT_LIST_DIR}/../build/windows-dependencies)
-set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32 ${dependencies} ${dependencies}/boost/stage)
+set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32 ${dependencies} ${dependencies}/boost/stage
+  ${CMAKE_PREFIX_PATH})
 set(ENV{PKG_CONFIG_LIBDIR} ${dependencies}/lib/pkgconfig)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)

@@ -169,24 +169,31 @@ test_preset() {
   build_and_test "$1" "$buildDir/$1" build_preset "$1"
 }
 
-# The host that is installed as an example, and which knows only the package. For g++ the library comes out of the release build; for clang++ it is
-# built on its own, as somebody does who has no use for the embedded host.
+# install_for_hosts TREE PREFIX: without the embedded host.
+install_for_hosts() {
+  cmake --install "$1" --component library --prefix "$2" && cmake --install "$1" --component development --prefix "$2"
+}
+
+# The host that is installed as an example, and which knows only the package: that is moved after it has been installed,
+# to a folder with a space in its name. For g++ the library comes out of the release build; for clang++ it is built on its
+# own, as somebody does who has no use for the embedded host.
 build_external_host() {
   local compiler=$1 tree=$2
   local use=(cmake -G Ninja -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_BUILD_TYPE=Release)
-  rm -rf "$tree/prefix" "$tree/program"
+  rm -rf "$tree"/{built,prefix}* "$tree/program"
   if [ "$compiler" = g++ ]; then
     build_preset release \
-      && cmake --install "$buildDir/release" --component library --prefix "$tree/prefix" || return
+      && install_for_hosts "$buildDir/release" "$tree/built for here" || return
   else
     check_place "$tree/library" \
       && "${use[@]}" -S "$projectDir" -B "$tree/library" -DTOVRINTIMER_WERROR=$warningsAreErrors \
         -DTOVRINTIMER_BUILD_EMBEDDED_HOST=OFF -DTOVRINTIMER_BUILD_TESTS=OFF \
         -DCMAKE_UNITY_BUILD=ON -DCMAKE_UNITY_BUILD_BATCH_SIZE=12 \
       && cmake --build "$tree/library" --parallel "$jobs" \
-      && cmake --install "$tree/library" --prefix "$tree/prefix" || return
+      && install_for_hosts "$tree/library" "$tree/built for here" || return
   fi
-  "${use[@]}" -S "$projectDir/tests/package" -B "$tree/program" -DCMAKE_PREFIX_PATH="$tree/prefix" \
+  mv "$tree/built for here" "$tree/prefix moved"
+  "${use[@]}" -S "$projectDir/tests/package" -B "$tree/program" -DCMAKE_PREFIX_PATH="$tree/prefix moved" \
     && cmake --build "$tree/program" --parallel "$jobs"
 }
 

@@ -1,4 +1,4 @@
-#include "tests/conformance/HostUnderTest.hpp"
+#include "conformance/HostUnderTest.hpp"
 
 #include "embedded_host/engine/Engine.hpp"
 #include "embedded_host/log/LogSinks.hpp"

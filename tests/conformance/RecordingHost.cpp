@@ -1,4 +1,4 @@
-#include "tests/conformance/HostUnderTest.hpp"
+#include "conformance/HostUnderTest.hpp"
 
 #include "tests/recording_host/Engine.hpp"
 #include "tests/recording_host/Journal.hpp"

@@ -160,7 +160,8 @@ bool Engine::serve(const std::function<bool()>& isDone, std::chrono::seconds lim
         try {
             task();
         } catch (const std::exception& error) {
-            // Here a host that knows whose task it was calls `forceScheduleOfErrorFcn`.
+            // Here a host that knows whose task it was has its program call `forceScheduleOfErrorFcn`: it calls
+            // nothing of the library itself.
             std::cerr << "error in a callback: " << error.what() << '\n';
         }
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/Export.hpp"
 #include "host/iqm/Iqm.hpp"
 #include "host/vorn/VORN.hpp"
 
@@ -20,7 +21,7 @@ namespace external_host {
 /// An engine of one thread: the one that calls `serve`. Its host language is a table of C++ functions.
 ///
 /// Threading: all operations, any thread; the functions run on the engine's. No lock is held while they do.
-class Engine : public vorn::VORN {
+class TOVRINHOST_API Engine : public vorn::VORN {
 public:
     using Arguments = std::vector<foundation::tovrindata::Array>;
 
@@ -58,7 +59,7 @@ private:
 };
 
 /// How often the interpreter was told of a waiting request, by either way.
-int readyRequests();
-int requestLineLooks();
+TOVRINHOST_API int readyRequests();
+TOVRINHOST_API int requestLineLooks();
 
 } // namespace external_host

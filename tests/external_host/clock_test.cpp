@@ -60,7 +60,7 @@ int main()
     tovrintimer::TimerScheduler::getPerTOVRINProcessInstance()->createAndStartWork(timer);
     clock.settle();
     expectEqual<std::string>("at once", story.str(), "TimerFcn after 0 min; ");
-    expectEqual("due next, in minutes", clock.nextDue().value_or(0s) / 1min, 20L);
+    expectEqual<long long>("due next, in minutes", clock.nextDue().value_or(0s) / 1min, 20);
 
     clock.advance(20min - 1ms);
     expectEqual<std::string>("a moment too soon", story.str(), "TimerFcn after 0 min; ");

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <memory>
+#include "conformance/LogSink.hpp"
 
 namespace recording {
 
@@ -10,13 +10,9 @@ namespace recording {
 class LogCapture {
 public:
     LogCapture();
-    LogCapture(const LogCapture&) = delete;
-    LogCapture& operator=(const LogCapture&) = delete;
-    ~LogCapture();
 
 private:
-    class Sink;
-    std::shared_ptr<Sink> m_sink;
+    const conformance::LogSink m_sink;
 };
 
 } // namespace recording

@@ -14,7 +14,7 @@
 
 namespace conformance {
 
-/// What the suite needs of a host that `host/` leaves to it.
+/// What the tests need of a host that `host/` leaves to it. One is made for each test.
 class HostUnderTest {
 public:
     virtual ~HostUnderTest() = default;
@@ -30,15 +30,23 @@ public:
     virtual std::string succeedingFunction() = 0;
     virtual std::string failingFunction() = 0;
 
+    /// Throws the switch "TIMER_PPE".
     virtual void setTimerPpe(bool on) = 0;
 };
 
-// Each host's own source defines these; the later ones, where the tests of loggers, of the store, and of what is
-// retracted are for it.
+// Each host's adapter defines these.
 
 std::unique_ptr<HostUnderTest> makeHost();
+
+// The next ones, where the group `basics` is for it.
+
+/// Sets which severities a channel records, for the loggers that exist and for later ones.
 void setLogMask(const std::string& channel, std::uint32_t mask);
+
+/// Destroys what is in the process-wide store, which is of use again afterwards.
 void destroyProcessScope();
+
+// And these, where the group `retraction` is.
 
 /// Gives an object to the object system, which forgets it as it is retracted.
 void giveToObjectSystem(const std::shared_ptr<pelk::factory::full::StdShareable>& object);

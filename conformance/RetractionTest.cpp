@@ -1,4 +1,4 @@
-#include "tests/conformance/HostUnderTest.hpp"
+#include "conformance/HostUnderTest.hpp"
 
 #include <stdexcept>
 #include <thread>

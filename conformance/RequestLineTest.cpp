@@ -1,8 +1,8 @@
+#include "conformance/HostUnderTest.hpp"
 #include "host/inRequestLineNoService.hpp"
 #include "host/iqm/Iqm.hpp"
 #include "host/processTovrinTimerTask.hpp"
 #include "host/setReadyRequestPending.hpp"
-#include "tests/conformance/HostUnderTest.hpp"
 
 #include <atomic>
 #include <thread>

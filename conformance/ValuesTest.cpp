@@ -2,7 +2,7 @@
 #include "host/fl/i18n/to_string.hpp"
 #include "host/foundation/msg_svc/exchange/IDType.hpp"
 
-#include "tests/conformance/Identities.hpp"
+#include "conformance/Identities.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
+#include "conformance/HostUnderTest.hpp"
 #include "host/processTovrinTimerTask.hpp"
-#include "tests/conformance/HostUnderTest.hpp"
 
 #include <atomic>
 #include <stdexcept>

@@ -1,8 +1,8 @@
-#include "tests/conformance/HostUnderTest.hpp"
+#include "conformance/HostUnderTest.hpp"
 
-#include "tests/external_host/Engine.hpp"
-#include "tests/external_host/Log.hpp"
-#include "tests/external_host/Services.hpp"
+#include "Engine.hpp"
+#include "Log.hpp"
+#include "Services.hpp"
 
 #include <atomic>
 #include <future>

@@ -1,0 +1,31 @@
+# What the target `uninstall` does, in the build folder: it removes the files that `cmake --install` has written down there,
+# and the folders of our own that are empty without them. Those that others use, too (bin, lib/cmake, share/doc), stay.
+file(GLOB manifests install_manifest*.txt)
+if(NOT manifests)
+  message(FATAL_ERROR "Nothing has been installed out of ${CMAKE_CURRENT_BINARY_DIR}: there is no install_manifest.txt")
+endif()
+
+set(folders "")
+foreach(manifest IN LISTS manifests)
+  file(STRINGS "${manifest}" files)
+  foreach(file IN LISTS files)
+    set(file "$ENV{DESTDIR}${file}")
+    message(STATUS "Removing: ${file}")
+    file(REMOVE "${file}")
+    while(file MATCHES "/tovrin")
+      cmake_path(GET file PARENT_PATH file)
+      list(APPEND folders "${file}")
+    endwhile()
+  endforeach()
+  file(REMOVE "${manifest}")
+endforeach()
+
+# Below comes before above.
+list(REMOVE_DUPLICATES folders)
+list(SORT folders ORDER DESCENDING)
+foreach(folder IN LISTS folders)
+  file(GLOB entries "${folder}/*")
+  if(folder MATCHES "/tovrin" AND NOT entries AND IS_DIRECTORY "${folder}")
+    file(REMOVE_RECURSE "${folder}")
+  endif()
+endforeach()
