@@ -40,6 +40,9 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+#ifdef __ELF__
+#pragma GCC visibility push(default)
+#endif
 
 /* From here to the end of the declarations there is nothing but C99: no line is for the preprocessor. */
 
@@ -117,8 +120,8 @@ typedef struct tovrin_event {
 } tovrin_event;
 
 /* A callback of a timer. 0: it has done its work. Anything else: it has failed. After a failed StartFcn or TimerFcn the
- * ErrorFcn runs, then the StopFcn, and nothing else of that run. The text of the failure is what the callback gave to
- * tovrin_set_error, or tells the number. */
+ * ErrorFcn runs, then the StopFcn, and nothing else of that run. The text of the failure is this thread's latest error,
+ * be it given to tovrin_set_error or that of a function which the callback has called; without one it tells the number. */
 typedef int32_t (*tovrin_function)(const tovrin_event *event, void *data);
 
 typedef struct tovrin_callback {
@@ -181,7 +184,7 @@ typedef struct tovrin_host_settings {
     tovrin_log_function log;       /* NULL: nothing is told */
     void *log_data;
     uint32_t log_severities;       /* which are told: TOVRIN_LOG_... */
-    uint64_t max_backlog;          /* so many callbacks of a timer may wait, or it is stopped; 0: 100000 */
+    uint64_t max_backlog;          /* so many callbacks of a timer may wait, or it is stopped; 0: 10000 */
 } tovrin_host_settings;
 
 /* Does something on the host's thread. */
@@ -285,6 +288,9 @@ int32_t tovrin_timer_error(tovrin_timer timer, const char **text);
 
 /* End of the declarations. */
 
+#ifdef __ELF__
+#pragma GCC visibility pop
+#endif
 #ifdef __cplusplus
 }
 #endif
