@@ -10,8 +10,8 @@
 
 namespace tovrin_c {
 
-// Structs whose size the embedder tells, so that later versions of one can be longer. The one that there is now is the
-// shortest.
+// Structs whose size the embedder tells, so that later versions of one can be longer. The one that there is now is
+// the shortest.
 
 inline void requireNotNull(const void* pointer, const char* what)
 {
@@ -55,7 +55,8 @@ template <typename Struct> void giveStruct(Struct* wanted, const char* what, Str
 }
 
 /// The same for one whose size is not in it yet.
-template <typename Struct> void initStruct(Struct* wanted, std::size_t size, const char* what, const Struct& values)
+template <typename Struct>
+void initStruct(Struct* wanted, std::size_t size, const char* what, const Struct& values)
 {
     requireNotNull(wanted, what);
     requireKnownSize<Struct>(size, what);
