@@ -184,12 +184,6 @@ Host::Use::Use(Host& host)
             "the host belongs to another thread: the one that has made it, or adopted it last; tovrin_post "
             "reaches it");
     }
-    if (host.m_uses >= mostUses) {
-        throw Misuse(TOVRIN_ERROR_STATE,
-            std::to_string(mostUses)
-                + " functions are at work already, each called in a callback that the one before it runs; "
-                  "that is the limit");
-    }
     ++host.m_uses;
 }
 
@@ -249,6 +243,7 @@ void Host::discard(tovrin_task task)
 
 std::uint64_t Host::poll(std::uint64_t most)
 {
+    requireRoom();
     EventLoop& loop = m_engine->loop();
     const std::uint64_t called = loop.arrivals();
     std::uint64_t ran = 0;
@@ -260,12 +255,14 @@ std::uint64_t Host::poll(std::uint64_t most)
 
 void Host::runTask(tovrin_task task)
 {
+    requireRoom();
     m_tickets.redeem(task);
     m_engine->loop().runOne(EventLoop::State::Pumping);
 }
 
 bool Host::runUntil(const EventLoop::Deadline& deadline, tovrin_done_function done, void* data)
 {
+    requireRoom();
     const auto isDone = [&] {
         if (done == nullptr) {
             for (const auto& [number, timer] : m_byNumber) {
@@ -299,6 +296,17 @@ void Host::requireNotEnding() const
     const std::lock_guard lock(m_mutex);
     if (m_isEnding) {
         throw Misuse(TOVRIN_ERROR_STATE, "the host is being destroyed");
+    }
+}
+
+void Host::requireRoom() const
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_uses > mostUses) {
+        throw Misuse(TOVRIN_ERROR_STATE,
+            std::to_string(mostUses)
+                + " functions are at work already, each called in a callback that the one before it runs; that is "
+                  "the limit");
     }
 }
 

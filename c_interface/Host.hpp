@@ -87,6 +87,9 @@ public:
     /// \throws Misuse if the host is being destroyed
     void requireNotEnding() const;
 
+    /// Before callbacks are run. \throws Misuse where too many that do so are nested in each other's callbacks
+    void requireRoom() const;
+
     tovrin_timer createTimer(Settings settings);
     void destroyTimer(tovrin_timer timer);
 

@@ -126,7 +126,8 @@ int32_t tovrin_timer_fail(tovrin_timer timer, const char* text)
 int32_t tovrin_timer_wait(tovrin_timer timer, double seconds, int32_t* has_ended)
 {
     return guarded(__func__, [&] {
-        withTimer(timer, [&](Host& /*host*/, Timer& found) {
+        withTimer(timer, [&](Host& host, Timer& found) {
+            host.requireRoom();
             const auto core = found.core; // it may be destroyed meanwhile
             const bool hasEnded = core->wait(tovrin_c::deadlineAfter(seconds));
             if (has_ended != nullptr) {
