@@ -36,7 +36,7 @@ template <typename Struct> Struct takeStruct(const Struct* given, const char* wh
     requireNotNull(given, what);
     requireKnownSize<Struct>(given->size, what);
     const auto* const bytes = reinterpret_cast<const unsigned char*>(given);
-    if (std::any_of(bytes + sizeof(Struct), bytes + given->size, [](unsigned char byte) { return byte != 0; })) {
+    if (std::any_of(bytes + sizeof(Struct), bytes + given->size, [](unsigned char one) { return one != 0; })) {
         throw Misuse(TOVRIN_ERROR_SIZE,
             std::string(what) + ".size is " + std::to_string(given->size) + "; of what is beyond "
                 + std::to_string(sizeof(Struct)) + " bytes this version knows nothing, and it has to be zero");
