@@ -99,7 +99,7 @@ tovrin_event describe(const Timer& timer, const ScriptRun& run, const tovrinhost
     tovrin_event event {};
     event.size = sizeof event;
     event.kind = kindOf(callback);
-    event.run = static_cast<std::uint64_t>(run.statistics().getTasksExecuted());
+    event.run = run.timerFcns();
     event.missed = firing.missed;
     event.time = tovrinhost::toSecondsSince1970(tovrinhost::systemWallClock().now());
     event.steady_time = toSecondsOfClock(firing.started);
@@ -287,6 +287,7 @@ std::intptr_t Host::readyDescriptor()
     const std::lock_guard lock(m_readyMutex);
     if (!m_ready) {
         m_ready.emplace();
+        m_isReadyWanted = true;
     }
     return m_ready->native(); // what waits is shown as the function ends
 }
@@ -416,8 +417,11 @@ void Host::somethingCame() noexcept
 
 void Host::setReady() noexcept
 {
+    if (!m_isReadyWanted) {
+        return; // as it is asked for, what waits by then is shown
+    }
     const std::lock_guard lock(m_readyMutex);
-    if (m_ready && !std::exchange(m_isReadyShown, true)) {
+    if (!std::exchange(m_isReadyShown, true)) {
         m_ready->set();
     }
 }
@@ -427,7 +431,7 @@ void Host::showWhatWaits() noexcept
 {
     {
         const std::lock_guard lock(m_readyMutex);
-        if (m_ready && std::exchange(m_isReadyShown, false)) {
+        if (std::exchange(m_isReadyShown, false)) {
             m_ready->clear();
         }
     }

@@ -9,11 +9,12 @@
 #include "embedded_host/timers/ErrorReport.hpp"
 #include "embedded_host/timers/TimerSet.hpp"
 
+#include <atomic>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_map>
 
 namespace tovrin_c {
 
@@ -120,12 +121,13 @@ private:
     tovrintimer::Mutex m_readyMutex;
     std::optional<ReadySignal> m_ready; // made as it is asked for
     bool m_isReadyShown = false;
+    std::atomic<bool> m_isReadyWanted { false }; // written under it, read without
 
     // Only for the host's thread. In this order: what stands behind refers to what stands before.
     const std::shared_ptr<CallbackEngine> m_engine;
     tovrinhost::ErrorReport m_errors;
     std::optional<tovrinhost::TimerSet> m_timers;
-    std::map<std::uint64_t, Timer> m_byNumber;
+    std::unordered_map<std::uint64_t, Timer> m_byNumber;
 };
 
 } // namespace tovrin_c

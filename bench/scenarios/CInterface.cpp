@@ -7,6 +7,7 @@
 #include <condition_variable>
 #include <ctime>
 #include <deque>
+#include <limits>
 #include <mutex>
 #include <stdexcept>
 #include <thread>
@@ -166,7 +167,7 @@ private:
                 require(tovrin_timer_create(host, &settings, &timer));
                 require(tovrin_timer_start(timer));
             }
-            require(tovrin_run_until(host, 3600, ends, this, nullptr));
+            require(tovrin_run_until(host, std::numeric_limits<double>::infinity(), ends, this, nullptr));
             require(tovrin_host_destroy(host));
         } catch (const std::exception& error) {
             m_error = error.what();

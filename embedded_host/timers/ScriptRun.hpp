@@ -127,6 +127,9 @@ public:
 
     const tovrintimer::TimerInfo& statistics() const { return *m_timer; }
 
+    /// How many of its TimerFcns have begun.
+    std::uint64_t timerFcns() const { return m_progress.timerFcns(); }
+
     /// When its next TimerFcn is due, or was, if it waits to run. Nothing where none is to come, or where that is
     /// not known yet: during a callback of a fixed spacing.
     std::optional<Nanoseconds> nextDue() const;
