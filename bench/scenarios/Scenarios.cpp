@@ -13,6 +13,8 @@ const std::vector<Scenario>& scenarios()
         { "drop", "Busy mode Drop: period 100 ms, callback 150 ms", drop },
         { "threads", "Host threads that stop and start timers, 100 timers each", hostThreads },
         { "memory", "Memory, allocations, idle wake-ups", memory },
+        { "c-interface", "The C interface: processor time of the process for each callback that is run",
+            cInterface },
         { "scripts", "Scripts: timers whose callback counts, and start-up", scripts },
         { "log", "The log of firings: a script's callback with it and without", firingLog },
     };

@@ -33,6 +33,7 @@ std::vector<Measurement> lateness(const Pace& pace);
 std::vector<Measurement> drop(const Pace& pace);
 std::vector<Measurement> hostThreads(const Pace& pace);
 std::vector<Measurement> memory(const Pace& pace);
+std::vector<Measurement> cInterface(const Pace& pace);
 std::vector<Measurement> scripts(const Pace& pace);
 std::vector<Measurement> firingLog(const Pace& pace);
 

@@ -17,18 +17,6 @@
 #include <type_traits>
 #include <utility>
 
-namespace vorn {
-
-VORN::VORN() = default;
-VORN::~VORN() = default;
-
-foundation::msg_svc::exchange::IDType VORN::createRequestID()
-{
-    return {};
-}
-
-} // namespace vorn
-
 namespace tovrinhost {
 
 namespace {
@@ -160,7 +148,7 @@ std::shared_ptr<Engine> Engine::start()
     std::shared_ptr<Engine> engine(new Engine);
     // A share of the loop is one of the engine that it is part of.
     engine->m_queueManager
-        = makeQueueManager(engine->m_contextId, std::shared_ptr<EventLoop>(engine, &engine->m_loop));
+        = makeQueueManager(engine->m_contextId, std::shared_ptr<EventLoop>(engine, &engine->loop()));
     engine->m_thread = tovrintimer::Thread([raw = engine.get()] { raw->serve(); });
     // From here on the interpreter exists.
     engine->run([](Interpreter&) {});
@@ -179,7 +167,7 @@ Engine::~Engine()
 
 void Engine::shutDown()
 {
-    m_loop.stop();
+    loop().stop();
     if (m_thread.joinable()) {
         m_thread.join();
     }
@@ -188,14 +176,14 @@ void Engine::shutDown()
 void Engine::serve()
 {
     setCurrentThreadName("interpreter");
-    const InterpreterThread here(m_loop);
-    m_interpreter = std::make_unique<Interpreter>(m_loop);
+    const InterpreterThread here(loop());
+    m_interpreter = std::make_unique<Interpreter>(loop());
     const auto interruptCode = [](void* code) { static_cast<RunningCode*>(code)->interrupt(); };
     setInterjection(std::make_unique<platform::Interjection>(interruptCode, &m_interpreter->code()));
-    m_loop.runUntilStopped();
+    loop().runUntilStopped();
     setInterjection(nullptr);
     // Finalizers run as the state is closed. Nothing comes any more that they could pump for.
-    m_loop.interrupt(Interruption::Exit);
+    loop().interrupt(Interruption::Exit);
     m_interpreter.reset();
 }
 
@@ -209,10 +197,10 @@ foundation::concurrent::future<std::vector<foundation::tovrindata::Array>> Engin
     const std::string& function, const std::vector<foundation::tovrindata::Array>& arguments, std::size_t nargout,
     cmddistributor::RunOptions options, bool /*reserved*/, foundation::msg_svc::exchange::IDType /*requestId*/)
 {
-    if (isInterpreterThread(m_loop)) {
+    if (isInterpreterThread(loop())) {
         return evaluateNow([&] { return m_interpreter->call(function, arguments, nargout); });
     }
-    return evaluateLater(m_loop, whenOf(options),
+    return evaluateLater(loop(), whenOf(options),
         [this, function, arguments, nargout] { return m_interpreter->call(function, arguments, nargout); });
 }
 
@@ -224,19 +212,19 @@ foundation::concurrent::future<void> Engine::evalAsync(const std::u16string& sta
             m_interpreter->execute(toUtf8(std::u16string_view(statement)), "=statement");
         }
     };
-    return isInterpreterThread(m_loop) ? evaluateNow(evaluate) : evaluateLater(m_loop, whenOf(options), evaluate);
+    return isInterpreterThread(loop()) ? evaluateNow(evaluate) : evaluateLater(loop(), whenOf(options), evaluate);
 }
 
 void Engine::submit(const std::function<void()>& task)
 {
-    m_loop.submit(std::make_shared<NoTimer>(), task, wakesInterpreter());
+    loop().submit(std::make_shared<NoTimer>(), task, wakesInterpreter());
 }
 
 void Engine::interrupt(Interruption why)
 {
-    m_loop.interrupt(why);
+    loop().interrupt(why);
     interject();
-    if (!isInterpreterThread(m_loop)) {
+    if (!isInterpreterThread(loop())) {
         // Lua may have been about to note that there is no hook any more, after one of the script's or of an
         // earlier interruption: then it has just overwritten the mark that makes it look at the new one.
         tovrintimer::sleepFor(std::chrono::milliseconds(1));
@@ -255,12 +243,12 @@ void Engine::interject()
 void Engine::run(const std::function<void(Interpreter&)>& work)
 {
     const auto evaluate = [this, &work] { evaluateAsScript([&] { work(*m_interpreter); }); };
-    if (isInterpreterThread(m_loop)) {
+    if (isInterpreterThread(loop())) {
         evaluate();
         return;
     }
     const auto end = std::make_shared<AwaitedEnd>();
-    m_loop.post(EventLoop::When::Idle, [awaited = std::make_shared<AwaitedWork>(evaluate, end)] { (*awaited)(); });
+    loop().post(EventLoop::When::Idle, [awaited = std::make_shared<AwaitedWork>(evaluate, end)] { (*awaited)(); });
     end->wait();
 }
 

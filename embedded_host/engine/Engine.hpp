@@ -1,10 +1,9 @@
 #pragma once
 
-#include "embedded_host/engine/EventLoop.hpp"
 #include "embedded_host/engine/Interpreter.hpp"
+#include "embedded_host/engine/LoopEngine.hpp"
 #include "embedded_host/engine/TaskSink.hpp"
 #include "embedded_host/engine/platform/Platform.hpp"
-#include "host/vorn/VORN.hpp"
 
 #include <memory>
 #include <mutex>
@@ -20,7 +19,7 @@ namespace tovrinhost {
 /// Threading: any operation, any thread. What is asked for on the interpreter thread itself is evaluated at once.
 /// Ownership: made by `start`. Whoever starts an engine shuts it down, not on the interpreter thread; shares that
 /// are left over afterwards stay valid, and what is asked of them fails.
-class TOVRINHOST_API Engine final : public vorn::VORN, public TaskSink {
+class TOVRINHOST_API Engine final : public LoopEngine, public TaskSink {
 public:
     static std::shared_ptr<Engine> start();
     ~Engine() override;
@@ -41,10 +40,7 @@ public:
     /// Queues a callback task that belongs to no timer. What leaves the task is written to standard error.
     void submit(const std::function<void()>& task) override;
 
-    /// Makes the code that runs, and each pumping call, give up, until the loop's interruption is cleared.
-    void interrupt(Interruption why);
-
-    EventLoop& loop() { return m_loop; }
+    void interrupt(Interruption why) override;
 
     /// Does something on the interpreter thread, once it is idle, and waits.
     /// \throws ScriptError for whatever `work` throws, and where the engine has been shut down
@@ -57,7 +53,6 @@ private:
     void setInterjection(std::unique_ptr<platform::Interjection> interjection);
 
     const vorn::ContextId m_contextId;
-    EventLoop m_loop;
     std::unique_ptr<Interpreter> m_interpreter; // made and destroyed on the interpreter thread
     std::shared_ptr<iqm::Iqm> m_queueManager;
 

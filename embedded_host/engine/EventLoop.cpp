@@ -18,6 +18,7 @@ void EventLoop::post(When when, Work request)
     }
     m_arrived.push_back({ when, std::move(request), nullptr, {}, m_arrivals++ });
     raiseAttention(std::move(lock));
+    tellArrival();
 }
 
 void EventLoop::postUrgent(Work request)
@@ -29,6 +30,7 @@ void EventLoop::postUrgent(Work request)
     m_urgent.push_back({ When::AtEventLoop, std::move(request), nullptr, {}, m_arrivals++ });
     m_isUrgent = true;
     raiseAttention(std::move(lock));
+    tellArrival();
 }
 
 bool EventLoop::submit(
@@ -46,8 +48,24 @@ bool EventLoop::submit(
     owner->m_closed = owner->m_closed || exceeds;
     if (wakes) {
         raiseAttention(std::move(lock));
+    } else {
+        lock.unlock();
     }
+    tellArrival();
     return exceeds;
+}
+
+void EventLoop::tellArrival() const
+{
+    if (m_tellArrival) {
+        m_tellArrival();
+    }
+}
+
+bool EventLoop::isEmpty() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_waiting.empty() && m_arrived.empty() && m_urgent.empty();
 }
 
 void EventLoop::wake()

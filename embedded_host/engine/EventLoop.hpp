@@ -14,6 +14,7 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace tovrinhost {
 
@@ -81,6 +82,18 @@ public:
     /// \throws Interrupted
     Ran runWhatCame(State state);
 
+    /// How many entries have come so far.
+    std::uint64_t arrivals() const;
+
+    static constexpr std::uint64_t anyArrival = std::numeric_limits<std::uint64_t>::max();
+
+    /// Runs the first that may run of what waits, if there is one.
+    /// \param arrivedBefore only one of the first so many that have come
+    Ran runOne(State state, std::uint64_t arrivedBefore = anyArrival) { return runNext(state, arrivedBefore); }
+
+    /// Whether nothing waits.
+    bool isEmpty() const;
+
     /// The body of the interpreter thread.
     void runUntilStopped();
 
@@ -91,6 +104,10 @@ public:
     void interrupt(Interruption why);
     void clearInterruption() { m_interruption = Interruption::None; }
     Interruption interruption() const { return m_interruption; }
+
+    /// Has this called each time that something has come, on the thread that brought it and with no lock held.
+    /// Before anything comes. \param tell must not throw
+    void tellArrivals(std::function<void()> tell) { m_tellArrival = std::move(tell); }
 
     /// \param observer null for none
     void setObserver(InterpreterObserver* observer) { m_observer = observer; }
@@ -105,17 +122,17 @@ private:
         std::uint64_t arrival = 0;
     };
 
-    static constexpr std::uint64_t anyArrival = std::numeric_limits<std::uint64_t>::max();
-
     Ran runNext(State state, std::uint64_t arrivedBefore = anyArrival);
     static void runTask(const Entry& entry);
     static void drop(const std::deque<Entry>& entries);
     template <typename Fits> std::optional<Entry> takeFirst(const Fits& fits);
     bool collect();
     bool collectUnderLock();
-    std::uint64_t arrivals() const;
+    void tellArrival() const;
     void waitForAttention(const Deadline& deadline);
     void raiseAttention(tovrintimer::Lock lock);
+
+    std::function<void()> m_tellArrival; // constant once something has come; may be empty
 
     mutable tovrintimer::Mutex m_mutex;
     tovrintimer::ConditionVariable m_changed;

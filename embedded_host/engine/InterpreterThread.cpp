@@ -2,6 +2,8 @@
 
 #include "timer_src/main/Concurrency.hpp"
 
+#include <utility>
+
 namespace tovrinhost {
 
 namespace {
@@ -24,13 +26,13 @@ bool isInterpreterThread(const EventLoop& loop) noexcept
 }
 
 InterpreterThread::InterpreterThread(const EventLoop& loop) noexcept
+    : m_before(std::exchange(loopOfThisThread(), &loop))
 {
-    loopOfThisThread() = &loop;
 }
 
 InterpreterThread::~InterpreterThread()
 {
-    loopOfThisThread() = nullptr;
+    loopOfThisThread() = m_before;
 }
 
 } // namespace tovrinhost

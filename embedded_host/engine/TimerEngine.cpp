@@ -1,7 +1,7 @@
 #include "embedded_host/engine/TimerEngine.hpp"
 
-#include "embedded_host/engine/Engine.hpp"
 #include "embedded_host/engine/InterpreterThread.hpp"
+#include "embedded_host/engine/LoopEngine.hpp"
 #include "embedded_host/values/ArrayStorage.hpp"
 #include "timer_src/main/Concurrency.hpp"
 
@@ -45,7 +45,7 @@ const char* nameOf(Callback callback)
 TimerTaskListener::~TimerTaskListener() = default;
 
 TimerEngine::TimerEngine(
-    std::shared_ptr<Engine> engine, std::weak_ptr<TimerTaskListener> listener, std::size_t maxBacklog)
+    std::shared_ptr<LoopEngine> engine, std::weak_ptr<TimerTaskListener> listener, std::size_t maxBacklog)
     : m_engine(std::move(engine))
     , m_maxBacklog(maxBacklog)
     , m_listener(std::move(listener))

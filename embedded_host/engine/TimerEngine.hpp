@@ -11,7 +11,7 @@
 
 namespace tovrinhost {
 
-class Engine;
+class LoopEngine;
 
 /// What the listener noted of a task as it was handed over.
 enum class TaskMark { None, Expected, Last };
@@ -67,7 +67,8 @@ class TOVRINHOST_API TimerEngine final : public vorn::VORN,
                                          public std::enable_shared_from_this<TimerEngine> {
 public:
     /// \param maxBacklog how many of the timer's callbacks may wait at most
-    TimerEngine(std::shared_ptr<Engine> engine, std::weak_ptr<TimerTaskListener> listener, std::size_t maxBacklog);
+    TimerEngine(
+        std::shared_ptr<LoopEngine> engine, std::weak_ptr<TimerTaskListener> listener, std::size_t maxBacklog);
     ~TimerEngine() override;
 
     foundation::concurrent::future<std::vector<foundation::tovrindata::Array>> feval(const std::string& function,
@@ -97,7 +98,7 @@ private:
     void taskEnds(const TaskNote& note, const std::exception_ptr& error) noexcept override;
     void taskIsDropped(const TaskNote& note) noexcept override;
 
-    const std::shared_ptr<Engine> m_engine;
+    const std::shared_ptr<LoopEngine> m_engine;
     const std::size_t m_maxBacklog;
 
     const std::weak_ptr<TimerTaskListener> m_listener;

@@ -5,7 +5,7 @@
 namespace tovrinhost {
 
 Appointment::Appointment(
-    Alarms& alarms, std::shared_ptr<Engine> engine, WallTime moment, std::function<void()> comes)
+    Alarms& alarms, std::shared_ptr<LoopEngine> engine, WallTime moment, std::function<void()> comes)
     : m_alarms(alarms)
     , m_engine(std::move(engine))
     , m_moment(moment)
@@ -14,7 +14,7 @@ Appointment::Appointment(
 }
 
 std::shared_ptr<Appointment> Appointment::make(
-    Alarms& alarms, const std::shared_ptr<Engine>& engine, WallTime moment, std::function<void()> comes)
+    Alarms& alarms, const std::shared_ptr<LoopEngine>& engine, WallTime moment, std::function<void()> comes)
 {
     auto appointment = std::make_shared<Appointment>(alarms, engine, moment, std::move(comes));
     appointment->setAlarm();

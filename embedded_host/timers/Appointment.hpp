@@ -1,7 +1,7 @@
 #pragma once
 
 #include "embedded_host/clock/Alarms.hpp"
-#include "embedded_host/engine/Engine.hpp"
+#include "embedded_host/engine/LoopEngine.hpp"
 
 #include <functional>
 #include <memory>
@@ -16,9 +16,9 @@ class Appointment final : public std::enable_shared_from_this<Appointment> {
 public:
     /// \param comes called on the interpreter thread once the moment has come; may let go of the appointment
     static std::shared_ptr<Appointment> make(
-        Alarms& alarms, const std::shared_ptr<Engine>& engine, WallTime moment, std::function<void()> comes);
+        Alarms& alarms, const std::shared_ptr<LoopEngine>& engine, WallTime moment, std::function<void()> comes);
 
-    Appointment(Alarms& alarms, std::shared_ptr<Engine> engine, WallTime moment, std::function<void()> comes);
+    Appointment(Alarms& alarms, std::shared_ptr<LoopEngine> engine, WallTime moment, std::function<void()> comes);
     Appointment(const Appointment&) = delete;
     Appointment& operator=(const Appointment&) = delete;
     ~Appointment();
@@ -31,7 +31,7 @@ private:
     void ring();
 
     Alarms& m_alarms;
-    const std::shared_ptr<Engine> m_engine;
+    const std::shared_ptr<LoopEngine> m_engine;
     const WallTime m_moment;
     const std::function<void()> m_comes;
     Alarms::Number m_alarm = 0;

@@ -99,6 +99,14 @@ bool ScriptRun::stop(EndReason why)
     return prevents;
 }
 
+void ScriptRun::fail(const std::string& message)
+{
+    const std::size_t startFcn = m_state == State::Starting ? 1 : 0;
+    reportFailure("forced error", message);
+    runFails(EndReason::Error, startFcn);
+    goOn();
+}
+
 void ScriptRun::finishForOwnerThatLeaves()
 {
     stop(EndReason::Deleted);
@@ -334,12 +342,12 @@ void ScriptRun::tellOwner(const std::string& error)
     }
 }
 
-void ScriptRun::runFails(EndReason why)
+void ScriptRun::runFails(EndReason why, std::size_t keep)
 {
     if (m_owner == nullptr) {
         return; // deleted: there is nothing left to call
     }
-    m_engine->close(0);
+    m_engine->close(keep);
     m_state = State::Ending;
     m_endReason = why;
     askForErrorFcn(!m_stopFcnHasBegun);

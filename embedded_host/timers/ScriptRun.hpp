@@ -3,7 +3,7 @@
 #include "embedded_host/clock/Alarms.hpp"
 #include "embedded_host/diagnosis/Diagnosis.hpp"
 #include "embedded_host/diagnosis/FiringStatistics.hpp"
-#include "embedded_host/engine/Engine.hpp"
+#include "embedded_host/engine/LoopEngine.hpp"
 #include "embedded_host/engine/TimerEngine.hpp"
 #include "embedded_host/timers/RunEnd.hpp"
 #include "embedded_host/timers/RunProgress.hpp"
@@ -26,7 +26,7 @@ struct ReportedError;
 
 /// What all timers of a script share.
 struct TimerSurroundings {
-    const std::shared_ptr<Engine> engine;
+    const std::shared_ptr<LoopEngine> engine;
     ErrorReport& errors;
     Diagnosis& diagnosis;
     Alarms& alarms;
@@ -100,6 +100,10 @@ public:
     /// \returns whether it has kept a TimerFcn from running
     bool stop(EndReason why);
 
+    /// Ends the run as a TimerFcn that fails does: ErrorFcn, StopFcn. To be under way. A StartFcn that waits comes
+    /// first. \param message what has failed
+    void fail(const std::string& message);
+
     /// Ends it at once, with all callbacks that the end calls for run before this returns, nested in whatever is
     /// running. The owner hears no more; errors of a callback that is still running are reported.
     void finishForOwnerThatLeaves();
@@ -122,6 +126,9 @@ public:
     bool isInTask() const { return m_engine->isInTask(); }
 
     const tovrintimer::TimerInfo& statistics() const { return *m_timer; }
+
+    /// How many of its TimerFcns have begun.
+    std::uint64_t timerFcns() const { return m_progress.timerFcns(); }
 
     /// When its next TimerFcn is due, or was, if it waits to run. Nothing where none is to come, or where that is
     /// not known yet: during a callback of a fixed spacing.
@@ -157,7 +164,7 @@ private:
     void timerFcnsAreOver();
     void noteOverrun();
     void callbackFailed(Callback callback, const std::exception_ptr& error);
-    void runFails(EndReason why);
+    void runFails(EndReason why, std::size_t keep = 0);
     void reportFailure(const char* callback, const std::string& message);
     void noteFailure(const char* callback, ReportedError error);
     void tellOwner(const std::string& error);

@@ -163,6 +163,15 @@ bool ScriptTimer::stop()
     return (kept && kept->stop(EndReason::Stopped)) || isTakenBack;
 }
 
+void ScriptTimer::fail(const std::string& message)
+{
+    const auto kept = m_run; // whatever comes after it
+    if (!kept || !kept->isUnderWay() || m_runsToCome > 0) {
+        throw std::logic_error("the timer is not running; only a running timer can be made to fail");
+    }
+    kept->fail(message);
+}
+
 void ScriptTimer::stopForGood()
 {
     m_runsToCome = 0;

@@ -51,6 +51,11 @@ public:
     /// \returns whether it has kept a TimerFcn from running
     bool stop();
 
+    /// Ends its run as a TimerFcn that fails does.
+    /// \param message what has failed
+    /// \throws std::logic_error if none is under way
+    void fail(const std::string& message);
+
     /// Stops it for the end of the program: what has not begun is taken back.
     void stopForGood();
 

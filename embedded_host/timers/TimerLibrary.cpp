@@ -163,7 +163,7 @@ int exitCodeArgument(lua_State* state)
 int leave(lua_State* state)
 {
     *static_cast<int*>(lua_touserdata(state, lua_upvalueindex(1))) = exitCodeArgument(state);
-    Engine& engine = timersOf(state).engine();
+    LoopEngine& engine = timersOf(state).engine();
     if (engine.loop().interruption() == Interruption::None) {
         engine.interrupt(Interruption::Exit);
     }

@@ -6,7 +6,7 @@
 namespace tovrinhost {
 
 TimerSet::TimerSet(
-    std::shared_ptr<Engine> engine, ErrorReport& errors, std::size_t maxBacklog, const WallClock& clock)
+    std::shared_ptr<LoopEngine> engine, ErrorReport& errors, std::size_t maxBacklog, const WallClock& clock)
     : m_alarms(clock)
     , m_surroundings { std::move(engine), errors, m_diagnosis, m_alarms, maxBacklog }
 {

@@ -16,7 +16,7 @@ namespace tovrinhost {
 class TimerSet {
 public:
     /// \param maxBacklog how many callbacks of one timer may wait at most
-    TimerSet(std::shared_ptr<Engine> engine, ErrorReport& errors, std::size_t maxBacklog,
+    TimerSet(std::shared_ptr<LoopEngine> engine, ErrorReport& errors, std::size_t maxBacklog,
         const WallClock& clock = systemWallClock());
 
     /// Makes a timer. One without a name is called "timer-1", "timer-2", ...
@@ -42,7 +42,7 @@ public:
     /// \throws Interrupted
     void stopAll();
 
-    Engine& engine() { return *m_surroundings.engine; }
+    LoopEngine& engine() { return *m_surroundings.engine; }
     Diagnosis& diagnosis() { return m_diagnosis; }
     const WallClock& clock() const { return m_alarms.clock(); }
 
