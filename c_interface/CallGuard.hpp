@@ -6,8 +6,8 @@
 
 namespace tovrin_c {
 
-/// While one lives on a thread, that thread is in a function of the embedder's that may be called anywhere, and so must
-/// not come back: a submit function, a log function.
+/// While one lives on a thread, that thread is in a function of the embedder's that may be called anywhere, and so
+/// must not come back: a submit function, a log function.
 class EmbeddersTurn {
 public:
     EmbeddersTurn() noexcept;

@@ -30,8 +30,7 @@ foundation::concurrent::future<std::vector<Array>> CallbackEngine::feval(const s
             promise.set_value({});
         } catch (...) {
             // Boost's futures keep a class of their own only where it is told so.
-            throw boost::enable_current_exception(
-                tovrinhost::ScriptError(textOf(std::current_exception()), ""));
+            throw boost::enable_current_exception(tovrinhost::ScriptError(textOf(std::current_exception()), ""));
         }
     } catch (...) {
         promise.set_exception(boost::current_exception());

@@ -52,7 +52,8 @@ std::shared_ptr<Host> current()
 [[noreturn]] void refuseHandle(const char* what, std::uint64_t handle)
 {
     throw Misuse(TOVRIN_ERROR_HANDLE,
-        "there is no " + std::string(what) + " " + std::to_string(handle) + ": it has been destroyed, or never was");
+        "there is no " + std::string(what) + " " + std::to_string(handle)
+            + ": it has been destroyed, or never was");
 }
 
 const tovrin_callback& functionOf(const Callbacks& callbacks, Callback kind)
@@ -180,12 +181,8 @@ Host::Use::Use(Host& host)
     const std::lock_guard lock(host.m_mutex);
     if (host.m_thread != tovrintimer::currentThreadId()) {
         throw Misuse(TOVRIN_ERROR_THREAD,
-            "the host belongs to another thread: the one that has made it, or adopted it last; tovrin_post reaches it");
-    }
-    if (host.m_uses >= mostUses) {
-        throw Misuse(TOVRIN_ERROR_STATE,
-            std::to_string(mostUses) + " functions are at work already, each called in a callback that the one before it runs; "
-                                       "that is the limit");
+            "the host belongs to another thread: the one that has made it, or adopted it last; tovrin_post "
+            "reaches it");
     }
     ++host.m_uses;
 }
@@ -246,6 +243,7 @@ void Host::discard(tovrin_task task)
 
 std::uint64_t Host::poll(std::uint64_t most)
 {
+    requireRoom();
     EventLoop& loop = m_engine->loop();
     const std::uint64_t called = loop.arrivals();
     std::uint64_t ran = 0;
@@ -257,12 +255,14 @@ std::uint64_t Host::poll(std::uint64_t most)
 
 void Host::runTask(tovrin_task task)
 {
+    requireRoom();
     m_tickets.redeem(task);
     m_engine->loop().runOne(EventLoop::State::Pumping);
 }
 
 bool Host::runUntil(const EventLoop::Deadline& deadline, tovrin_done_function done, void* data)
 {
+    requireRoom();
     const auto isDone = [&] {
         if (done == nullptr) {
             for (const auto& [number, timer] : m_byNumber) {
@@ -299,11 +299,23 @@ void Host::requireNotEnding() const
     }
 }
 
+void Host::requireRoom() const
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_uses > mostUses) {
+        throw Misuse(TOVRIN_ERROR_STATE,
+            std::to_string(mostUses)
+                + " functions are at work already, each called in a callback that the one before it runs; that is "
+                  "the limit");
+    }
+}
+
 void Host::requireOutermost(const char* what) const
 {
     const std::lock_guard lock(m_mutex);
     if (m_uses > 1) {
-        throw Misuse(TOVRIN_ERROR_STATE, std::string("the host cannot be ") + what + " inside one of its callbacks");
+        throw Misuse(
+            TOVRIN_ERROR_STATE, std::string("the host cannot be ") + what + " inside one of its callbacks");
     }
 }
 
@@ -379,7 +391,8 @@ void Host::callBack(std::uint64_t number)
     tovrin_event event = describe(found->second, *run, m_timers->diagnosis().latest());
     event.host = m_handle;
     event.timer = m_handle + number;
-    const std::string error = event.error != nullptr ? event.error : ""; // the run may go before the callback returns
+    const std::string error
+        = event.error != nullptr ? event.error : ""; // the run may go before the callback returns
     if (event.error != nullptr) {
         event.error = error.c_str();
     }

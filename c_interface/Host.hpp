@@ -32,10 +32,10 @@ struct Timer {
 ///     any thread                               the host's thread, in a Use
 ///     scheduler, post --> EventLoop --> ready signal, submit function --> run one, run what came, run until
 ///
-/// Threading: each function of the interface that is for the host's thread holds a `Use` while it is at work; everything
-/// here is for such a function, but for what says otherwise.
-/// Ownership: there is one at a time in a process, which `current` gives shares of.
-/// Lifetime: until `destroy` has returned; shares that are left over then refuse whatever is asked.
+/// Threading: each function of the interface that is for the host's thread holds a `Use` while it is at work;
+/// everything here is for such a function, but for what says otherwise. Ownership: there is one at a time in a
+/// process, which `current` gives shares of. Lifetime: until `destroy` has returned; shares that are left over
+/// then refuse whatever is asked.
 class Host {
 public:
     using Ran = tovrinhost::EventLoop::Ran;
@@ -53,8 +53,8 @@ public:
     Host& operator=(const Host&) = delete;
     ~Host();
 
-    /// A function of the interface is at work, on the host's thread. Where it is the outermost, what still waits as it ends
-    /// is shown to the embedder's own loop.
+    /// A function of the interface is at work, on the host's thread. Where it is the outermost, what still waits
+    /// as it ends is shown to the embedder's own loop.
     class Use {
     public:
         /// \throws Misuse on another thread, or where the embedder must not call
@@ -86,6 +86,9 @@ public:
 
     /// \throws Misuse if the host is being destroyed
     void requireNotEnding() const;
+
+    /// Before callbacks are run. \throws Misuse where too many that do so are nested in each other's callbacks
+    void requireRoom() const;
 
     tovrin_timer createTimer(Settings settings);
     void destroyTimer(tovrin_timer timer);

@@ -66,8 +66,7 @@ int32_t tovrin_post(tovrin_host host, tovrin_posted_function function, void* dat
     });
 }
 
-int32_t tovrin_run_until(
-    tovrin_host host, double seconds, tovrin_done_function done, void* data, int32_t* is_done)
+int32_t tovrin_run_until(tovrin_host host, double seconds, tovrin_done_function done, void* data, int32_t* is_done)
 {
     return guarded(__func__, [&] {
         const auto found = Host::find(host);

@@ -4,7 +4,8 @@
 
 namespace tovrin_c {
 
-/// The text of the calling thread's latest error. Never null, and at the same place for as long as the thread lives.
+/// The text of the calling thread's latest error. Never null, and at the same place for as long as the thread
+/// lives.
 const char* lastError() noexcept;
 
 /// What does not fit is cut off, between two characters.

@@ -4,8 +4,8 @@
 
 namespace tovrin_c {
 
-/// What the system lets a thread wait for together with other things, and what is ready while something waits in a host's
-/// queue. There is one for each operating system.
+/// What the system lets a thread wait for together with other things, and what is ready while something waits in a
+/// host's queue. There is one for each operating system.
 ///
 /// Threading: one thread at a time.
 class ReadySignal {

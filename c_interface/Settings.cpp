@@ -131,8 +131,8 @@ tovrin_host_settings takeHostSettings(const tovrin_host_settings* given)
     }
     tovrin_host_settings taken = takeStruct(given, "settings");
     if ((taken.log_severities & ~allSeverities) != 0) {
-        refuseValue("settings.log_severities", std::to_string(taken.log_severities),
-            "a sum of 1, 4, 16, 32 and 64");
+        refuseValue(
+            "settings.log_severities", std::to_string(taken.log_severities), "a sum of 1, 4, 16, 32 and 64");
     }
     if (taken.max_backlog == 0) {
         taken.max_backlog = usualBacklog;

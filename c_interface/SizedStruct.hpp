@@ -10,8 +10,8 @@
 
 namespace tovrin_c {
 
-// Structs whose size the embedder tells, so that later versions of one can be longer. The one that there is now is the
-// shortest.
+// Structs whose size the embedder tells, so that later versions of one can be longer. The one that there is now is
+// the shortest.
 
 inline void requireNotNull(const void* pointer, const char* what)
 {
@@ -36,7 +36,7 @@ template <typename Struct> Struct takeStruct(const Struct* given, const char* wh
     requireNotNull(given, what);
     requireKnownSize<Struct>(given->size, what);
     const auto* const bytes = reinterpret_cast<const unsigned char*>(given);
-    if (std::any_of(bytes + sizeof(Struct), bytes + given->size, [](unsigned char byte) { return byte != 0; })) {
+    if (std::any_of(bytes + sizeof(Struct), bytes + given->size, [](unsigned char one) { return one != 0; })) {
         throw Misuse(TOVRIN_ERROR_SIZE,
             std::string(what) + ".size is " + std::to_string(given->size) + "; of what is beyond "
                 + std::to_string(sizeof(Struct)) + " bytes this version knows nothing, and it has to be zero");
@@ -55,7 +55,8 @@ template <typename Struct> void giveStruct(Struct* wanted, const char* what, Str
 }
 
 /// The same for one whose size is not in it yet.
-template <typename Struct> void initStruct(Struct* wanted, std::size_t size, const char* what, const Struct& values)
+template <typename Struct>
+void initStruct(Struct* wanted, std::size_t size, const char* what, const Struct& values)
 {
     requireNotNull(wanted, what);
     requireKnownSize<Struct>(size, what);

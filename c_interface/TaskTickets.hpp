@@ -9,8 +9,9 @@
 
 namespace tovrin_c {
 
-/// The tasks that an embedder's submit function has taken, and has not given back yet. Each stands for "one thing that
-/// waits in the queue", not for a certain one: so a callback may be taken back, or run out of turn, and none is lost.
+/// The tasks that an embedder's submit function has taken, and has not given back yet. Each stands for "one thing
+/// that waits in the queue", not for a certain one: so a callback may be taken back, or run out of turn, and none
+/// is lost.
 ///
 /// Threading: any thread. The submit function is called with no lock held.
 class TaskTickets {

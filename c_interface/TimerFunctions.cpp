@@ -65,9 +65,8 @@ int32_t tovrin_timer_create(tovrin_host host, const tovrin_settings* settings, t
 
 int32_t tovrin_timer_destroy(tovrin_timer timer)
 {
-    return guarded(__func__, [&] {
-        withTimer(timer, [&](Host& host, Timer& /*found*/) { host.destroyTimer(timer); });
-    });
+    return guarded(
+        __func__, [&] { withTimer(timer, [&](Host& host, Timer& /*found*/) { host.destroyTimer(timer); }); });
 }
 
 int32_t tovrin_timer_set(tovrin_timer timer, const tovrin_settings* settings)
@@ -111,8 +110,7 @@ int32_t tovrin_timer_start(tovrin_timer timer)
 
 int32_t tovrin_timer_stop(tovrin_timer timer)
 {
-    return guarded(
-        __func__, [&] { withTimer(timer, [](Host& /*host*/, Timer& found) { found.core->stop(); }); });
+    return guarded(__func__, [&] { withTimer(timer, [](Host& /*host*/, Timer& found) { found.core->stop(); }); });
 }
 
 int32_t tovrin_timer_fail(tovrin_timer timer, const char* text)
@@ -128,7 +126,8 @@ int32_t tovrin_timer_fail(tovrin_timer timer, const char* text)
 int32_t tovrin_timer_wait(tovrin_timer timer, double seconds, int32_t* has_ended)
 {
     return guarded(__func__, [&] {
-        withTimer(timer, [&](Host& /*host*/, Timer& found) {
+        withTimer(timer, [&](Host& host, Timer& found) {
+            host.requireRoom();
             const auto core = found.core; // it may be destroyed meanwhile
             const bool hasEnded = core->wait(tovrin_c::deadlineAfter(seconds));
             if (has_ended != nullptr) {

@@ -12,7 +12,8 @@ HANDLE makeEvent()
 {
     const HANDLE made = CreateEventW(nullptr, TRUE, FALSE, nullptr); // ready until it is cleared
     if (made == nullptr) {
-        throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), "there is no event to be had");
+        throw std::system_error(
+            static_cast<int>(GetLastError()), std::system_category(), "there is no event to be had");
     }
     return made;
 }

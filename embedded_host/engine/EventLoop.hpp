@@ -105,8 +105,8 @@ public:
     void clearInterruption() { m_interruption = Interruption::None; }
     Interruption interruption() const { return m_interruption; }
 
-    /// Has this called each time that something has come, on the thread that brought it and with no lock held. Before
-    /// anything comes. \param tell must not throw
+    /// Has this called each time that something has come, on the thread that brought it and with no lock held.
+    /// Before anything comes. \param tell must not throw
     void tellArrivals(std::function<void()> tell) { m_tellArrival = std::move(tell); }
 
     /// \param observer null for none

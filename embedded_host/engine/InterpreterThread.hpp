@@ -9,8 +9,8 @@ class EventLoop;
 /// Whether the calling thread is the interpreter thread of this loop.
 TOVRINHOST_API bool isInterpreterThread(const EventLoop& loop) noexcept;
 
-/// Makes the calling thread the interpreter thread of a loop, for as long as this object lives; then it is again what
-/// it was before.
+/// Makes the calling thread the interpreter thread of a loop, for as long as this object lives; then it is again
+/// what it was before.
 class TOVRINHOST_API InterpreterThread {
 public:
     explicit InterpreterThread(const EventLoop& loop) noexcept;

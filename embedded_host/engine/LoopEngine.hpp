@@ -5,8 +5,8 @@
 
 namespace tovrinhost {
 
-/// An engine that works off an event loop, whatever it is that it evaluates: all that timers and their runs know of
-/// it.
+/// An engine that works off an event loop, whatever it is that it evaluates: all that timers and their runs know
+/// of it.
 ///
 /// Threading: `interrupt`, any thread; the loop, as it says.
 class TOVRINHOST_API LoopEngine : public vorn::VORN {

@@ -1,7 +1,7 @@
 #include "embedded_host/engine/TimerEngine.hpp"
 
-#include "embedded_host/engine/LoopEngine.hpp"
 #include "embedded_host/engine/InterpreterThread.hpp"
+#include "embedded_host/engine/LoopEngine.hpp"
 #include "embedded_host/values/ArrayStorage.hpp"
 #include "timer_src/main/Concurrency.hpp"
 

@@ -67,7 +67,8 @@ class TOVRINHOST_API TimerEngine final : public vorn::VORN,
                                          public std::enable_shared_from_this<TimerEngine> {
 public:
     /// \param maxBacklog how many of the timer's callbacks may wait at most
-    TimerEngine(std::shared_ptr<LoopEngine> engine, std::weak_ptr<TimerTaskListener> listener, std::size_t maxBacklog);
+    TimerEngine(
+        std::shared_ptr<LoopEngine> engine, std::weak_ptr<TimerTaskListener> listener, std::size_t maxBacklog);
     ~TimerEngine() override;
 
     foundation::concurrent::future<std::vector<foundation::tovrindata::Array>> feval(const std::string& function,

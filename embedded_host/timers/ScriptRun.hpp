@@ -100,8 +100,8 @@ public:
     /// \returns whether it has kept a TimerFcn from running
     bool stop(EndReason why);
 
-    /// Ends the run as a TimerFcn that fails does: ErrorFcn, StopFcn. To be under way. A StartFcn that waits comes first.
-    /// \param message what has failed
+    /// Ends the run as a TimerFcn that fails does: ErrorFcn, StopFcn. To be under way. A StartFcn that waits comes
+    /// first. \param message what has failed
     void fail(const std::string& message);
 
     /// Ends it at once, with all callbacks that the end calls for run before this returns, nested in whatever is
