@@ -35,6 +35,7 @@ if(TARGET tovrintimer_testing)
 endif()
 # For those who write a host of their own: the smallest one that there is.
 install(DIRECTORY tests/external_host/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples/host)
+install(DIRECTORY examples/hosts DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples PATTERN __pycache__ EXCLUDE)
 install(EXPORT tovrintimerTargets NAMESPACE tovrintimer:: DESTINATION ${packageDir})
 
 if(TOVRINTIMER_BUILD_EMBEDDED_HOST)
