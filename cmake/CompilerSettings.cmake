@@ -18,6 +18,8 @@ target_compile_options(tovrintimer_settings INTERFACE
 target_compile_options(tovrintimer_settings INTERFACE
   $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>
   $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)
+# Nor how long the folder's name is: room for it stays in a file where it has been put and taken out again.
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 
 # Hardening, as ELF systems know it. Fortified library calls need an optimiser: the build types without one, which the
 # sanitizers' presets use too, do without.

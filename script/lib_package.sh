@@ -127,9 +127,11 @@ copy_sources_to() {
 }
 
 build_twice() {
-  local place
-  for place in here in/another/folder; do
+  local place places=(here in/another/folder)
+  for place in "${places[@]}"; do
     copy_sources_to "$buildDir/twice/$place"
+  done
+  for place in "${places[@]}"; do
     "$buildDir/twice/$place/script/package" -j "$jobs" deb tgz
     (cd "$buildDir/twice/$place/build/packages" && sha256sum ./*.deb ./*.tar.gz) | tee "$buildDir/twice/${place##*/}.sha256"
   done
