@@ -187,7 +187,7 @@ build_external_host() {
   else
     check_place "$tree/library" \
       && "${use[@]}" -S "$projectDir" -B "$tree/library" -DTOVRINTIMER_WERROR=$warningsAreErrors \
-        -DTOVRINTIMER_BUILD_EMBEDDED_HOST=OFF -DTOVRINTIMER_BUILD_TESTS=OFF \
+        -DTOVRINTIMER_BUILD_EMBEDDED_HOST=OFF -DTOVRINTIMER_BUILD_C_INTERFACE=OFF -DTOVRINTIMER_BUILD_TESTS=OFF \
         -DCMAKE_UNITY_BUILD=ON -DCMAKE_UNITY_BUILD_BATCH_SIZE=12 \
       && cmake --build "$tree/library" --parallel "$jobs" \
       && install_for_hosts "$tree/library" "$tree/built for here" || return
