@@ -211,7 +211,8 @@ TEST_F(QueueTest, FunctionsInCallbacksOfOneAnotherEndAtALimit)
     start(timers[0]);
     runToTheEnd();
     EXPECT_EQ(depth, 151) << "the callback of the last one runs at the end";
-    EXPECT_THAT(refusal, testing::StartsWith("tovrin_timer_wait: timer \"beat\": 150 functions are at work already"));
+    EXPECT_THAT(
+        refusal, testing::StartsWith("tovrin_timer_wait: timer \"beat\": 150 functions are at work already"));
 }
 
 TEST_F(QueueTest, TheDescriptorIsReadyWhileSomethingWaits)
