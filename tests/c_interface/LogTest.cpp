@@ -88,10 +88,19 @@ TEST_F(LogTest, NothingIsToldWithoutAFunctionOrASeverity)
 TEST_F(LogTest, TheNextHostHasALogOfItsOwn)
 {
     logTo(note, TOVRIN_LOG_TRACE);
-    makeHost(hostSettings());
+    Records next;
+    tovrin_host_settings settings = hostSettings();
+    settings.log = note;
+    settings.log_data = &next;
+    settings.log_severities = TOVRIN_LOG_DETAIL;
+    makeHost(settings);
     records.lines.clear();
-    runFailing();
+    next.lines.clear();
+    start(makeTimer({ .startDelay = 0.01 }));
+    runToTheEnd();
     EXPECT_THAT(records.lines, IsEmpty());
+    EXPECT_THAT(next.lines,
+        testing::AllOf(Not(IsEmpty()), testing::Each(testing::StartsWith("16 tovrintimer::TimerScheduler: "))));
 }
 
 TEST_F(LogTest, ALogFunctionCannotCallBack)

@@ -126,6 +126,57 @@ TEST_F(EventLoopTest, WhatHasComeIsRunWithoutWaitingAndNotWhatComesMeanwhile)
     EXPECT_THROW(m_loop.runWhatCame(State::Pumping), Interrupted);
 }
 
+TEST_F(EventLoopTest, EachArrivalIsToldOnTheThreadThatBringsIt)
+{
+    std::vector<std::thread::id> told;
+    m_loop.tellArrivals([&] { told.push_back(std::this_thread::get_id()); });
+    std::thread::id other;
+    m_loop.post(When::AtEventLoop, note("request"));
+    m_loop.postUrgent(note("urgent"));
+    onOtherThread([&] {
+        other = std::this_thread::get_id();
+        m_loop.submit(m_owner, note("task"), true);
+    });
+    m_loop.wake(); // brings nothing
+    const auto here = std::this_thread::get_id();
+    EXPECT_THAT(told, ElementsAre(here, here, other));
+
+    m_loop.close(*m_owner, 0);
+    onOtherThread([&] { m_loop.submit(m_owner, note("dropped"), true); });
+    EXPECT_EQ(told.size(), 3U);
+}
+
+TEST_F(EventLoopTest, OneAtATimeRunsTheFirstThatMay)
+{
+    using Ran = EventLoop::Ran;
+    EXPECT_TRUE(m_loop.isEmpty());
+    EXPECT_EQ(m_loop.runOne(State::Pumping), Ran::Nothing);
+
+    m_loop.post(When::Idle, note("idle"));
+    m_loop.post(When::AtEventLoop, note("first"));
+    const std::uint64_t arrivals = m_loop.arrivals();
+    m_loop.post(When::AtEventLoop, note("second"));
+    EXPECT_FALSE(m_loop.isEmpty());
+    EXPECT_EQ(m_loop.runOne(State::Pumping, arrivals), Ran::Requests);
+    EXPECT_EQ(m_loop.runOne(State::Pumping, arrivals), Ran::Nothing);
+    EXPECT_THAT(m_done, ElementsAre("first"));
+    EXPECT_EQ(m_loop.runOne(State::Pumping), Ran::Requests);
+    EXPECT_EQ(m_loop.runOne(State::Idle), Ran::Requests);
+    EXPECT_THAT(m_done, ElementsAre("first", "second", "idle"));
+    EXPECT_TRUE(m_loop.isEmpty());
+}
+
+TEST_F(EventLoopTest, AThreadIsAgainTheInterpreterOfWhatItWasBefore)
+{
+    EventLoop inner;
+    {
+        const InterpreterThread there(inner);
+        EXPECT_TRUE(isInterpreterThread(inner));
+        EXPECT_FALSE(isInterpreterThread(m_loop));
+    }
+    EXPECT_TRUE(isInterpreterThread(m_loop));
+}
+
 TEST_F(EventLoopTest, EntriesRunInArrivalOrder)
 {
     m_loop.post(When::Idle, note("request"));
