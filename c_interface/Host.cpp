@@ -1,19 +1,18 @@
 #include "c_interface/Host.hpp"
 
 #include "c_interface/CallGuard.hpp"
+#include "c_interface/Event.hpp"
 #include "c_interface/LastError.hpp"
 #include "c_interface/Misuse.hpp"
 #include "embedded_host/services/ProcessScope.hpp"
 #include "timer_src/main/NeverDestroyed.hpp"
 #include "timer_src/main/TimerScheduler.hpp"
 
-#include <chrono>
 #include <mutex>
 #include <utility>
 
 namespace tovrin_c {
 
-using tovrinhost::Callback;
 using tovrinhost::EventLoop;
 using tovrinhost::ScriptRun;
 using tovrintimer::Lock;
@@ -54,64 +53,6 @@ std::shared_ptr<Host> current()
     throw Misuse(TOVRIN_ERROR_HANDLE,
         "there is no " + std::string(what) + " " + std::to_string(handle)
             + ": it has been destroyed, or never was");
-}
-
-const tovrin_callback& functionOf(const Callbacks& callbacks, Callback kind)
-{
-    switch (kind) {
-    case Callback::StartFcn:
-        return callbacks.start;
-    case Callback::StopFcn:
-        return callbacks.stop;
-    case Callback::ErrorFcn:
-        return callbacks.error;
-    case Callback::TimerFcn:
-    case Callback::None:
-        break;
-    }
-    return callbacks.timer;
-}
-
-std::int32_t kindOf(Callback kind)
-{
-    switch (kind) {
-    case Callback::StartFcn:
-        return TOVRIN_START_FCN;
-    case Callback::StopFcn:
-        return TOVRIN_STOP_FCN;
-    case Callback::ErrorFcn:
-        return TOVRIN_ERROR_FCN;
-    case Callback::TimerFcn:
-    case Callback::None:
-        break;
-    }
-    return TOVRIN_TIMER_FCN;
-}
-
-double toSecondsOfClock(tovrinhost::Nanoseconds span)
-{
-    return static_cast<double>(span) / 1e9;
-}
-
-tovrin_event describe(const Timer& timer, const ScriptRun& run, const tovrinhost::FiringLog::Beginning& firing)
-{
-    const Callback callback = run.latestCallback();
-    tovrin_event event {};
-    event.size = sizeof event;
-    event.kind = kindOf(callback);
-    event.run = run.timerFcns();
-    event.missed = firing.missed;
-    event.time = tovrinhost::toSecondsSince1970(tovrinhost::systemWallClock().now());
-    event.steady_time = toSecondsOfClock(firing.started);
-    event.lateness = toSecondsOfClock(firing.lateness());
-    event.name = timer.core->settings().name.c_str();
-    if (callback == Callback::StopFcn || callback == Callback::ErrorFcn) {
-        event.end_reason = static_cast<std::int32_t>(run.endReason()) + 1;
-    }
-    if (callback == Callback::ErrorFcn) {
-        event.error = run.failure().message.c_str();
-    }
-    return event;
 }
 
 } // namespace
@@ -389,7 +330,7 @@ void Host::callBack(std::uint64_t number)
     if (callback.function == nullptr) {
         return; // it was taken away once this was on its way
     }
-    tovrin_event event = describe(found->second, *run, m_timers->diagnosis().latest());
+    tovrin_event event = describe(*core, *run, m_timers->diagnosis().latest());
     event.host = m_handle;
     event.timer = m_handle + number;
     const std::string error

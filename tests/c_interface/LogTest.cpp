@@ -46,6 +46,7 @@ protected:
     }
 
     Records records;
+    Records next; // of a second host
 };
 
 } // namespace
@@ -88,7 +89,6 @@ TEST_F(LogTest, NothingIsToldWithoutAFunctionOrASeverity)
 TEST_F(LogTest, TheNextHostHasALogOfItsOwn)
 {
     logTo(note, TOVRIN_LOG_TRACE);
-    Records next;
     tovrin_host_settings settings = hostSettings();
     settings.log = note;
     settings.log_data = &next;
