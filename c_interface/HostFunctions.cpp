@@ -8,11 +8,6 @@ using tovrin_c::guarded;
 using tovrin_c::Host;
 using tovrin_c::requireNotNull;
 
-const char* tovrin_version(void)
-{
-    return TOVRINTIMER_VERSION;
-}
-
 const char* tovrin_last_error(void)
 {
     return tovrin_c::lastError();

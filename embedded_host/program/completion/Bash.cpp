@@ -8,7 +8,9 @@ namespace {
 
 std::string bashWords(const OfferedCommand& command)
 {
-    std::string options, files, valued;
+    std::string options;
+    std::string files;
+    std::string valued;
     for (const OfferedOption& option : command.options) {
         for (const std::string& name : option.names) {
             options += name + ' ';
@@ -26,7 +28,9 @@ std::string bashWords(const OfferedCommand& command)
 
 std::string bashCompletion(const OfferedCommandLine& line)
 {
-    std::string names, own, cases;
+    std::string names;
+    std::string own;
+    std::string cases;
     for (const OfferedCommand& command : line.commands) {
         names += command.name + ' ';
         cases += "  " + command.name + ") " + bashWords(command) + " ;;\n";

@@ -21,7 +21,12 @@ std::string fishOptions(const std::string& where, const std::vector<OfferedOptio
             names += name.starts_with("--") ? " -l " + name.substr(2) : " -s " + name.substr(1);
         }
         const std::string value = option.value.empty() ? "" : isFile(option.value) ? " -r -F" : " -x";
-        lines += where + names + value + " -d " + fishWord(option.description) + "\n";
+        lines.append(where)
+            .append(names)
+            .append(value)
+            .append(" -d ")
+            .append(fishWord(option.description))
+            .append("\n");
     }
     return lines;
 }
@@ -37,7 +42,9 @@ std::string fishOperand(const std::string& where, const std::string& operand)
 std::string fishCompletion(const OfferedCommandLine& line)
 {
     const std::string first = "complete -c tovrin -n __tovrin_at";
-    std::string names, commands, words;
+    std::string names;
+    std::string commands;
+    std::string words;
     for (const OfferedCommand& command : line.commands) {
         names += " " + command.name;
         commands += first + " -a " + command.name + " -d " + fishWord(command.description) + "\n";

@@ -32,7 +32,8 @@ std::string zshWords(const std::vector<OfferedOption>& options, const std::strin
 
 std::string zshCompletion(const OfferedCommandLine& line)
 {
-    std::string names, cases;
+    std::string names;
+    std::string cases;
     for (const OfferedCommand& command : line.commands) {
         names += "    " + shellWord(command.name + ":" + withBackslashes(command.description, ":\\")) + "\n";
         cases += "  " + command.name + ")\n    shift words\n    ((CURRENT--))\n    offered="

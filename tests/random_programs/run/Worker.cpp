@@ -31,7 +31,7 @@ namespace random_programs {
 namespace {
 
 /// A program lasts some tens of milliseconds; on however busy a machine, none is as long.
-constexpr unsigned int timeLimit = 10;
+constexpr unsigned int timeLimit = 30;
 
 bool hasLeaks()
 {
