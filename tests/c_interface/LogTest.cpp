@@ -11,7 +11,20 @@ using testing::IsEmpty;
 
 namespace {
 
+/// Of the engine's thread, too.
 struct Records {
+    std::vector<std::string> told()
+    {
+        const std::lock_guard lock(mutex);
+        return lines;
+    }
+
+    void forget()
+    {
+        const std::lock_guard lock(mutex);
+        lines.clear();
+    }
+
     std::mutex mutex;
     std::vector<std::string> lines; // guarded by it
     std::int32_t codeOfCall = TOVRIN_OK;
@@ -55,7 +68,7 @@ TEST_F(LogTest, AFailedCallbackIsTold)
 {
     logTo(note, TOVRIN_LOG_ERROR);
     runFailing();
-    EXPECT_THAT(records.lines, ElementsAre("1 host: error in TimerFcn of timer \"beat\": it returned 5"));
+    EXPECT_THAT(records.told(), ElementsAre("1 host: error in TimerFcn of timer \"beat\": it returned 5"));
 }
 
 TEST_F(LogTest, WhatAPostedFunctionThrowsIsTold)
@@ -65,16 +78,16 @@ TEST_F(LogTest, WhatAPostedFunctionThrowsIsTold)
                   host, [](void*) { throw std::runtime_error("thrown"); }, nullptr),
         TOVRIN_OK);
     ASSERT_EQ(tovrin_poll(host, 0, nullptr), TOVRIN_OK);
-    EXPECT_THAT(records.lines, ElementsAre("1 host: a posted function has thrown: thrown"));
+    EXPECT_THAT(records.told(), ElementsAre("1 host: a posted function has thrown: thrown"));
 }
 
 TEST_F(LogTest, RecordsOfTheEngineComeBySeverity)
 {
     logTo(note, TOVRIN_LOG_TRACE);
     runFailing();
-    EXPECT_THAT(records.lines, Contains("4 tovrintimer::workHandler: Requesting SingleShot Processing"));
-    EXPECT_THAT(records.lines, Not(Contains(testing::StartsWith("1 "))));
-    EXPECT_THAT(records.lines, Not(Contains(testing::StartsWith("16 "))));
+    EXPECT_THAT(records.told(), Contains("4 tovrintimer::workHandler: Requesting SingleShot Processing"));
+    EXPECT_THAT(records.told(), Not(Contains(testing::StartsWith("1 "))));
+    EXPECT_THAT(records.told(), Not(Contains(testing::StartsWith("16 "))));
 }
 
 TEST_F(LogTest, NothingIsToldWithoutAFunctionOrASeverity)
@@ -83,7 +96,7 @@ TEST_F(LogTest, NothingIsToldWithoutAFunctionOrASeverity)
     runFailing();
     logTo(note, 0);
     runFailing();
-    EXPECT_THAT(records.lines, IsEmpty());
+    EXPECT_THAT(records.told(), IsEmpty());
 }
 
 TEST_F(LogTest, TheNextHostHasALogOfItsOwn)
@@ -94,12 +107,12 @@ TEST_F(LogTest, TheNextHostHasALogOfItsOwn)
     settings.log_data = &next;
     settings.log_severities = TOVRIN_LOG_DETAIL;
     makeHost(settings);
-    records.lines.clear();
-    next.lines.clear();
+    records.forget();
+    next.forget();
     start(makeTimer({ .startDelay = 0.01 }));
     runToTheEnd();
-    EXPECT_THAT(records.lines, IsEmpty());
-    EXPECT_THAT(next.lines,
+    EXPECT_THAT(records.told(), IsEmpty());
+    EXPECT_THAT(next.told(),
         testing::AllOf(Not(IsEmpty()), testing::Each(testing::StartsWith("16 tovrintimer::TimerScheduler: "))));
 }
 
