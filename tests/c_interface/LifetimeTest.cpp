@@ -190,10 +190,10 @@ TEST_F(LifetimeTest, NothingIsCalledOnceTheHostHasGone)
         start(
             makeTimer({ .mode = TOVRIN_FIXED_RATE, .period = 0.001, .busyMode = TOVRIN_QUEUE, .timer = tell() }));
     }
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    std::this_thread::sleep_for(std::chrono::milliseconds(5)); // some of them fall due, whichever
     destroyHost();
     const std::size_t told = story.size();
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    std::this_thread::sleep_for(std::chrono::milliseconds(20)); // twenty periods, in which nothing may come
     EXPECT_EQ(story.size(), told);
 }
 

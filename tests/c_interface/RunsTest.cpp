@@ -8,6 +8,8 @@ using testing::ElementsAre;
 
 namespace {
 
+/// In real time: the library has no other. A callback that sleeps is one that takes so long; what is looked at is
+/// what falls due meanwhile.
 class RunsTest : public HostFixture {
 protected:
     /// A callback that notes when it begins, and takes its time.
@@ -49,7 +51,7 @@ TEST_F(RunsTest, ASingleShotHasOneTimerFcnBetweenStartFcnAndStopFcn)
 TEST_F(RunsTest, NothingRunsBeforeTheHostIsAskedTo)
 {
     start(makeTimer(tellAll({})));
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    std::this_thread::sleep_for(std::chrono::milliseconds(20)); // nothing is to come that could be waited for
     EXPECT_THAT(story, ElementsAre());
     runToTheEnd();
     EXPECT_EQ(story.size(), 3U);
@@ -314,7 +316,7 @@ TEST_F(RunsTest, ATooLongBacklogIsToldOf)
             return 0;
         } });
     start(timer);
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    std::this_thread::sleep_for(std::chrono::milliseconds(50)); // the backlog grows while nobody looks
     runToTheEnd();
     EXPECT_THAT(error, testing::StartsWith("more than 3 of its callbacks are waiting to run"));
     EXPECT_EQ(statistics(timer).end_reason, TOVRIN_OVERRUN);

@@ -214,11 +214,11 @@ TEST_F(SubmitTest, NoTaskIsSubmittedOnceTheHostHasGone)
     for (int i = 0; i < 10; ++i) {
         start(makeTimer({ .mode = TOVRIN_FIXED_RATE, .period = 0.001 }));
     }
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    std::this_thread::sleep_for(std::chrono::milliseconds(5)); // some of them fall due, whichever
     ASSERT_EQ(tovrin_host_destroy(host), TOVRIN_OK) << tovrin_last_error();
     host = 0;
     const std::size_t taken = tasks.size();
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    std::this_thread::sleep_for(std::chrono::milliseconds(20)); // twenty periods, in which nothing may come
     EXPECT_EQ(tasks.size(), taken);
 }
 

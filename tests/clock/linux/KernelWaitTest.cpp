@@ -11,8 +11,8 @@ namespace {
 
 /// The moments of the wall clock that the kernel has been asked to wait for, on this thread: a C function that
 /// replaces another has nowhere else to put them.
-thread_local std::vector<timespec>
-    deadlines; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables): as said
+thread_local std::vector<timespec> deadlines; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables): a C
+                                              // function has nowhere else for them
 
 } // namespace
 
