@@ -1,7 +1,5 @@
 #include "c_interface/Event.hpp"
 
-#include "embedded_host/clock/WallClock.hpp"
-
 #include <cstdint>
 
 namespace tovrin_c {
@@ -50,8 +48,8 @@ const tovrin_callback& functionOf(const Callbacks& callbacks, Callback kind)
     return callbacks.timer;
 }
 
-tovrin_event describe(
-    const tovrinhost::ScriptTimer& timer, const ScriptRun& run, const tovrinhost::FiringLog::Beginning& firing)
+tovrin_event describe(const tovrinhost::ScriptTimer& timer, const ScriptRun& run,
+    const tovrinhost::FiringLog::Beginning& firing, WallTimes& wallTimes)
 {
     const Callback callback = run.latestCallback();
     tovrin_event event {};
@@ -59,7 +57,7 @@ tovrin_event describe(
     event.kind = kindOf(callback);
     event.run = run.timerFcns();
     event.missed = firing.missed;
-    event.time = tovrinhost::toSecondsSince1970(tovrinhost::systemWallClock().now());
+    event.time = wallTimes.at(firing.started);
     event.steady_time = toSecondsOfClock(firing.started);
     event.lateness = toSecondsOfClock(firing.lateness());
     event.name = timer.settings().name.c_str();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "c_interface/Settings.hpp"
+#include "c_interface/WallTimes.hpp"
 #include "c_interface/tovrintimer.h"
 #include "embedded_host/diagnosis/FiringLog.hpp"
 #include "embedded_host/timers/ScriptTimer.hpp"
@@ -13,6 +14,6 @@ const tovrin_callback& functionOf(const Callbacks& callbacks, tovrinhost::Callba
 /// What the function of the callback that begins is told, but for handles. The texts are those of the timer and of
 /// its run.
 tovrin_event describe(const tovrinhost::ScriptTimer& timer, const tovrinhost::ScriptRun& run,
-    const tovrinhost::FiringLog::Beginning& firing);
+    const tovrinhost::FiringLog::Beginning& firing, WallTimes& wallTimes);
 
 } // namespace tovrin_c

@@ -330,7 +330,7 @@ void Host::callBack(std::uint64_t number)
     if (callback.function == nullptr) {
         return; // it was taken away once this was on its way
     }
-    tovrin_event event = describe(*core, *run, m_timers->diagnosis().latest());
+    tovrin_event event = describe(*core, *run, m_timers->diagnosis().latest(), m_wallTimes);
     event.host = m_handle;
     event.timer = m_handle + number;
     const std::string error

@@ -5,6 +5,7 @@
 #include "c_interface/ReadySignal.hpp"
 #include "c_interface/Settings.hpp"
 #include "c_interface/TaskTickets.hpp"
+#include "c_interface/WallTimes.hpp"
 #include "embedded_host/engine/InterpreterThread.hpp"
 #include "embedded_host/timers/ErrorReport.hpp"
 #include "embedded_host/timers/TimerSet.hpp"
@@ -128,6 +129,7 @@ private:
     tovrinhost::ErrorReport m_errors;
     std::optional<tovrinhost::TimerSet> m_timers;
     std::unordered_map<std::uint64_t, Timer> m_byNumber;
+    WallTimes m_wallTimes;
 };
 
 } // namespace tovrin_c

@@ -1,6 +1,6 @@
 -- Timers whose callback counts. Prints how many callbacks there were, their processor time and the time that passed.
--- Arguments: how many timers, their period and for how long, in seconds.
-local timers, period, seconds = tonumber(arg[1]), tonumber(arg[2]), tonumber(arg[3])
+-- Arguments: how many timers, their period, for how long, and for how long before, in seconds.
+local timers, period, seconds, before = tonumber(arg[1]), tonumber(arg[2]), tonumber(arg[3]), tonumber(arg[4] or 0)
 
 local count = 0
 local function tick()
@@ -12,7 +12,7 @@ for _ = 1, timers do
     ExecutionMode = "FixedRate", BusyMode = "Queue", Period = period, StartDelay = period, TimerFcn = tick,
   }:start()
 end
-pause(2 * period + 0.05)
+pause(2 * period + 0.05 + before)
 
 local counted, cpu, begin = count, os.clock(), now()
 pause(seconds)

@@ -28,9 +28,10 @@ public:
     InterpreterFollower& follower() { return m_follower; }
 
     /// What the log's operation of this name does. Interpreter thread, like the next.
-    const FiringLog::Beginning& callbackBegins(const TaskNote& note, std::uint64_t run, Nanoseconds period)
+    const FiringLog::Beginning& callbackBegins(
+        const TaskNote& note, Nanoseconds turned, std::uint64_t run, Nanoseconds period)
     {
-        return m_latest = m_log.callbackBegins(note, run, period);
+        return m_latest = m_log.callbackBegins(note, turned, run, period);
     }
 
     /// Of the callback that has begun last.

@@ -15,10 +15,13 @@ using tovrintimer::ofThisThread;
 
 namespace {
 
-/// What is being dispatched on this thread, until the library is done with it.
-struct Dispatch {
-    std::uint64_t number = 0; ///< 0: nothing
+/// What a thread dispatches.
+struct Dispatching {
+    std::uint64_t number = 0; ///< of what it has in hand; 0: nothing
     DispatchSlot* slot = nullptr;
+
+    Nanoseconds latest = 0; ///< when it handed over what it had in hand before; 0 if it did not
+    std::uint64_t countThen = 0; ///< how many firings there were by then
 };
 
 Nanoseconds dueOf(const ObservedWork& work)
@@ -45,7 +48,10 @@ FiringLog::FiringLog(Clock clock)
 {
 }
 
-FiringLog::~FiringLog() = default;
+FiringLog::~FiringLog()
+{
+    ofThisThread<Dispatching>() = {}; // it is of this log, and there may be another
+}
 
 // ---- The library
 
@@ -63,18 +69,20 @@ void FiringLog::dispatched(const ObservedWork& work) noexcept
 {
     DispatchSlot& slot = slotFor(work);
     slot.set(DispatchSlot::Due, dueOf(work)); // it may have been hastened
-    slot.set(DispatchSlot::Dispatched, m_clock());
-    ofThisThread<Dispatch>() = { work.number, &slot };
+    slot.set(DispatchSlot::Dispatched, dispatchOf(slot, work));
+    auto& dispatching = ofThisThread<Dispatching>();
+    dispatching.number = work.number;
+    dispatching.slot = &slot;
 }
 
 void FiringLog::handedOver(const ObservedWork& /*work*/) noexcept
 {
-    ofThisThread<Dispatch>() = {};
+    ofThisThread<Dispatching>().number = 0;
 }
 
 void FiringLog::dropped(const ObservedWork& work, DropReason why) noexcept
 {
-    ofThisThread<Dispatch>() = {};
+    ofThisThread<Dispatching>() = {};
     DispatchSlot& slot = slotFor(work);
     if (why != DropReason::BusyModeDrop) {
         const auto place = static_cast<std::uint64_t>(slot.get(DispatchSlot::Place));
@@ -92,17 +100,21 @@ void FiringLog::dropped(const ObservedWork& work, DropReason why) noexcept
 
 void FiringLog::hostHasIt(TaskNote& note) noexcept
 {
-    const auto [number, slot] = ofThisThread<Dispatch>();
-    if (number == 0) {
+    auto& dispatching = ofThisThread<Dispatching>();
+    if (dispatching.number == 0) {
         return;
     }
-    note.number = number;
+    DispatchSlot* const slot = dispatching.slot;
+    note.number = dispatching.number;
     note.place = static_cast<std::uint64_t>(slot->get(DispatchSlot::Place));
     note.due = slot->get(DispatchSlot::Due);
     if (const Nanoseconds firstDue = slot->get(DispatchSlot::FirstDue); firstDue != 0) {
         note.sinceDrop = std::max<Nanoseconds>(1, slot->get(DispatchSlot::Dispatched) - firstDue);
     }
-    slot->set(DispatchSlot::Taken, m_clock());
+    note.taken = m_clock();
+    slot->set(DispatchSlot::Taken, note.taken);
+    dispatching.latest = note.taken;
+    dispatching.countThen = count();
 }
 
 void FiringLog::discarded(const TaskNote& note) noexcept
@@ -114,36 +126,36 @@ void FiringLog::discarded(const TaskNote& note) noexcept
 }
 
 FiringLog::Beginning FiringLog::callbackBegins(
-    const TaskNote& note, std::uint64_t run, Nanoseconds period) noexcept
+    const TaskNote& note, Nanoseconds turned, std::uint64_t run, Nanoseconds period) noexcept
 {
     if constexpr (!isFiringLogKept) {
         return {};
     }
-    Beginning beginning { note.number, note.due, m_clock(), 0 };
+    Beginning beginning { note.number, note.due, std::max(turned, note.taken), 0 };
     const InterpreterLog::State outer = m_interpreter.turnTo({ Doing::Callback, note.number }, beginning.started);
     if (note.sinceDrop != 0) {
         beginning.missed = missedFirings(note.sinceDrop, period);
     }
     if (note.place != 0) {
+        callbackAt(note.place + 2).expect();
         callbackAt(note.place).begin(note.place, beginning.started, run, beginning.missed, outer.number);
     }
     return beginning;
 }
 
-Nanoseconds FiringLog::callbackEnds(const TaskNote& note, bool hasFailed) noexcept
+Nanoseconds FiringLog::callbackEnds(const TaskNote& note, Nanoseconds ended, bool hasFailed) noexcept
 {
     if constexpr (!isFiringLogKept) {
         return 0;
     }
-    const Nanoseconds now = m_clock();
     Nanoseconds took = 0;
     std::uint64_t within = 0;
     if (CallbackSlot& slot = callbackAt(note.place); note.place != 0 && slot.isAt(note.place)) {
-        slot.end(now, hasFailed ? Stage::Failed : Stage::Done);
-        took = now - slot.get(CallbackSlot::Started);
+        slot.end(ended, hasFailed ? Stage::Failed : Stage::Done);
+        took = ended - slot.get(CallbackSlot::Started);
         within = static_cast<std::uint64_t>(slot.get(CallbackSlot::Within));
     }
-    m_interpreter.turnTo({ Doing::Host, within }, now);
+    m_interpreter.turnTo({ Doing::Host, within }, ended);
     return took;
 }
 
@@ -190,6 +202,7 @@ DispatchSlot& FiringLog::newSlot(const ObservedWork& work, bool isQueued) noexce
     if (m_hasDisplaced.load(std::memory_order_relaxed)) {
         forgetDisplaced(work.timer); // a timer has one TimerFcn queued at most
     }
+    dispatchAt(place + 2).expect();
     if (slot.get(DispatchSlot::Taken) == 0) {
         keepIfQueued(slot);
     }
@@ -253,6 +266,18 @@ DispatchSlot& FiringLog::slotFor(const ObservedWork& work) noexcept
     }
     DispatchSlot* const slot = slotOfChain(work);
     return slot != nullptr ? *slot : newSlot(work, false);
+}
+
+/// When this thread turned to it. What was queued, and due, before it was done with the one before has not let it
+/// sleep in between.
+Nanoseconds FiringLog::dispatchOf(const DispatchSlot& slot, const ObservedWork& work) const noexcept
+{
+    const auto& before = ofThisThread<Dispatching>();
+    const bool hasWaited = slot.wasQueued()
+        && work.insteadOf == 0 // else it has been queued again, in the same place
+        && static_cast<std::uint64_t>(slot.get(DispatchSlot::Place)) <= before.countThen
+        && slot.get(DispatchSlot::Due) <= before.latest;
+    return hasWaited ? before.latest : m_clock();
 }
 
 std::uint64_t missedFirings(Nanoseconds sinceDrop, Nanoseconds period)

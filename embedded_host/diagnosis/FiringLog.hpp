@@ -25,8 +25,9 @@ inline constexpr bool isFiringLogKept = true;
 #endif
 
 /// The latest 32,768 firings of all timers, and what the interpreter thread did meanwhile. Always on: 6 MB, which
-/// the system gives as they are used; no lock, no allocation, and a look at the clock for each event that needs
-/// one.
+/// the system gives as they are used; no lock, no allocation, and of a firing among many that are due together one
+/// look at the clock: when the host has it. It was dispatched as the thread was done with the one before; when its
+/// callback began and ended, the interpreter's loop has seen.
 ///
 ///     library                  dispatching thread          interpreter thread
 ///     queued, dispatched  -->  hostHasIt              -->  callbackBegins, callbackEnds
@@ -75,12 +76,14 @@ public:
         Nanoseconds lateness() const { return due == 0 ? 0 : started - due; }
     };
 
+    /// \param turned when the interpreter turned to it; where the task came later, it did so as it came
     /// \param run of a TimerFcn, the how-manieth since the timer's start; else 0
     /// \param period what lies between two firings of its timer, for the number of those that were dropped
-    Beginning callbackBegins(const TaskNote& note, std::uint64_t run, Nanoseconds period) noexcept;
+    Beginning callbackBegins(
+        const TaskNote& note, Nanoseconds turned, std::uint64_t run, Nanoseconds period) noexcept;
 
     /// \returns how long it took; 0 if the log does not hold it any more
-    Nanoseconds callbackEnds(const TaskNote& note, bool hasFailed) noexcept;
+    Nanoseconds callbackEnds(const TaskNote& note, Nanoseconds ended, bool hasFailed) noexcept;
 
     InterpreterLog& interpreter() { return m_interpreter; }
     const InterpreterLog& interpreter() const { return m_interpreter; }
@@ -110,6 +113,7 @@ private:
     DispatchSlot& newSlot(const tovrintimer::ObservedWork& work, bool isQueued) noexcept;
     DispatchSlot* slotOfChain(const tovrintimer::ObservedWork& work) noexcept;
     DispatchSlot& slotFor(const tovrintimer::ObservedWork& work) noexcept;
+    Nanoseconds dispatchOf(const DispatchSlot& slot, const tovrintimer::ObservedWork& work) const noexcept;
 
     const Clock m_clock;
     std::atomic<Nanoseconds> m_beginning;

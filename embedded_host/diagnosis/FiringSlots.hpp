@@ -26,6 +26,10 @@ public:
         return std::atomic_ref(m_words[word]).load(std::memory_order_acquire);
     }
 
+    /// It will be written soon: by then the processor is to have it at hand. By the time its turn comes, the log has
+    /// long been pushed out of what is near.
+    void expect() const noexcept { __builtin_prefetch(&m_words, 1); }
+
     bool isAt(std::uint64_t place) const { return get(0) == static_cast<std::int64_t>(place); }
 
 private:
@@ -65,6 +69,7 @@ public:
         set(Place, static_cast<std::int64_t>(place));
     }
 
+    bool wasQueued() const { return get(NumberAndKind) % numberUnit >= queuedUnit; }
     std::uint64_t number() const { return static_cast<std::uint64_t>(get(NumberAndKind) / numberUnit); }
 
     /// Of a later attempt of the same firing.
@@ -75,7 +80,7 @@ public:
         const std::int64_t kind = get(NumberAndKind) % numberUnit;
         firing.number = number();
         firing.kind = static_cast<tovrintimer::WorkKind>(kind % queuedUnit);
-        firing.wasQueued = kind >= queuedUnit;
+        firing.wasQueued = wasQueued();
         firing.timer = { get(TimerFirst), get(TimerSecond) };
         firing.taken = get(Taken); // the latest first, so that what led to it is there
         firing.dispatched = get(Dispatched);

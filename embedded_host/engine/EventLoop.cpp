@@ -140,6 +140,7 @@ std::size_t EventLoop::pending(const TaskOwner& owner)
 void EventLoop::runPending(const std::shared_ptr<TaskOwner>& owner)
 {
     const auto isOfOwner = [&](const Entry& entry) { return entry.owner == owner; };
+    look();
     while (const auto entry = takeFirst(isOfOwner)) {
         runTask(*entry);
     }
@@ -177,6 +178,7 @@ void EventLoop::runTask(const Entry& entry)
     } catch (...) {
         error = std::current_exception();
     }
+    look();
     --owner.m_depth;
     owner.taskEnds(entry.note, error);
 }
@@ -190,6 +192,7 @@ std::uint64_t EventLoop::arrivals() const
 bool EventLoop::runUntil(State state, const std::function<bool()>& done, const Deadline& deadline)
 {
     const std::uint64_t called = arrivals();
+    look();
     for (;;) {
         if (interruption() != Interruption::None) {
             throw Interrupted();
@@ -197,7 +200,7 @@ bool EventLoop::runUntil(State state, const std::function<bool()>& done, const D
         if (done()) {
             return true;
         }
-        const bool isLate = deadline && Clock::now() >= *deadline;
+        const bool isLate = deadline && m_turnedAt >= *deadline;
         if (runNext(state, isLate ? called : anyArrival) != Ran::Nothing) {
             continue;
         }
@@ -212,6 +215,7 @@ EventLoop::Ran EventLoop::runWhatCame(State state)
 {
     const std::uint64_t called = arrivals();
     Ran all = Ran::Nothing;
+    look();
     for (;;) {
         if (interruption() != Interruption::None) {
             throw Interrupted();
@@ -226,6 +230,7 @@ EventLoop::Ran EventLoop::runWhatCame(State state)
 
 void EventLoop::runUntilStopped()
 {
+    look();
     while (!m_stopped) {
         if (runNext(State::Idle) == Ran::Nothing) {
             waitForAttention(std::nullopt);
@@ -274,6 +279,7 @@ EventLoop::Ran EventLoop::runNext(State state, std::uint64_t arrivedBefore)
         return Ran::Tasks;
     }
     entry->work();
+    look();
     return Ran::Requests;
 }
 
@@ -296,6 +302,7 @@ void EventLoop::waitForAttention(const Deadline& deadline)
     if (m_observer != nullptr) {
         m_observer->wakes();
     }
+    look();
 }
 
 void EventLoop::raiseAttention(Lock lock)

@@ -89,7 +89,15 @@ public:
 
     /// Runs the first that may run of what waits, if there is one.
     /// \param arrivedBefore only one of the first so many that have come
-    Ran runOne(State state, std::uint64_t arrivedBefore = anyArrival) { return runNext(state, arrivedBefore); }
+    Ran runOne(State state, std::uint64_t arrivedBefore = anyArrival)
+    {
+        look();
+        return runNext(state, arrivedBefore);
+    }
+
+    /// When the interpreter turned to what it is at: it looks at the clock as it begins to look for work, as it
+    /// wakes up, and as an entry has been run.
+    Clock::time_point turnedAt() const { return m_turnedAt; }
 
     /// Whether nothing waits.
     bool isEmpty() const;
@@ -123,7 +131,8 @@ private:
     };
 
     Ran runNext(State state, std::uint64_t arrivedBefore = anyArrival);
-    static void runTask(const Entry& entry);
+    void runTask(const Entry& entry);
+    void look() { m_turnedAt = Clock::now(); }
     static void drop(const std::deque<Entry>& entries);
     template <typename Fits> std::optional<Entry> takeFirst(const Fits& fits);
     bool collect();
@@ -149,7 +158,9 @@ private:
     // Only for the interpreter thread: what it has collected and not run yet.
     std::deque<Entry> m_waiting;
 
-    InterpreterObserver* m_observer = nullptr; // only for the interpreter thread
+    // Likewise.
+    InterpreterObserver* m_observer = nullptr;
+    Clock::time_point m_turnedAt;
 
     // Shared without a lock.
     std::atomic<Interruption> m_interruption { Interruption::None };

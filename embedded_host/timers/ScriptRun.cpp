@@ -4,6 +4,7 @@
 #include "embedded_host/values/ObjectArray.hpp"
 #include "timer_src/main/TimerScheduler.hpp"
 
+#include <chrono>
 #include <stdexcept>
 #include <utility>
 
@@ -14,15 +15,16 @@ using tovrintimer::ExecutionMode;
 using tovrintimer::TimerInfo;
 using tovrintimer::TimerScheduler;
 
-ScriptRun::ScriptRun(
-    const TimerSurroundings& surroundings, Owner& owner, std::uint64_t number, TimerSettings settings)
+ScriptRun::ScriptRun(const TimerSurroundings& surroundings, Owner& owner, std::uint64_t number,
+    std::shared_ptr<FiringStatistics> statistics, TimerSettings settings)
     : m_surroundings(surroundings)
     , m_owner(&owner)
+    , m_statistics(std::move(statistics))
     , m_number(number)
+    , m_mode(settings.executionMode)
+    , m_progress(m_mode, settings.hasStartFcn, settings.taskCount())
+    , m_busyModeWanted(settings.busyMode)
     , m_settings(std::move(settings))
-    , m_mode(m_settings.executionMode)
-    , m_progress(m_mode, m_settings.hasStartFcn, m_settings.taskCount())
-    , m_busyModeWanted(m_settings.busyMode)
 {
 }
 
@@ -170,9 +172,9 @@ void ScriptRun::setBusyMode(BusyMode mode)
 
 void ScriptRun::callbackBegins(Callback callback, const TaskNote& note)
 {
-    if (callback == Callback::TimerFcn && m_mode == ExecutionMode::FixedDelay) {
-        m_gap.await(m_surroundings.diagnosis.log());
-    }
+    const Nanoseconds turned = callback == Callback::TimerFcn && m_mode == ExecutionMode::FixedDelay
+        ? m_gap.await(m_surroundings.diagnosis.log())
+        : turnedAt();
     const auto mark = static_cast<TaskMark>(note.mark);
     m_latestCallback = callback;
     if (callback == Callback::TimerFcn) {
@@ -180,7 +182,7 @@ void ScriptRun::callbackBegins(Callback callback, const TaskNote& note)
     } else if (callback == Callback::StartFcn && m_state == State::Starting) {
         m_state = State::Running;
     }
-    noteBeginning(callback == Callback::TimerFcn, note);
+    noteBeginning(callback == Callback::TimerFcn, note, turned);
     if (callback == Callback::StopFcn) {
         m_stopFcnHasBegun = true;
         if (isUnderWay()) {
@@ -199,12 +201,19 @@ void ScriptRun::functionIsCalled()
     }
 }
 
-void ScriptRun::noteBeginning(bool isTimerFcn, const TaskNote& note)
+/// When the interpreter turned to what it is at.
+Nanoseconds ScriptRun::turnedAt() const
 {
+    return std::chrono::nanoseconds(m_surroundings.engine->loop().turnedAt().time_since_epoch()).count();
+}
+
+void ScriptRun::noteBeginning(bool isTimerFcn, const TaskNote& note, Nanoseconds turned)
+{
+    const Nanoseconds beat = note.sinceDrop != 0 ? m_settings.beatNanoseconds() : 0;
     const auto& beginning = m_surroundings.diagnosis.callbackBegins(
-        note, isTimerFcn ? m_progress.timerFcns() : 0, m_settings.beatNanoseconds());
-    if (isTimerFcn && m_owner != nullptr) {
-        m_owner->statistics().timerFcnBegins(beginning.started, beginning.lateness(), beginning.missed);
+        note, turned, isTimerFcn ? m_progress.timerFcns() : 0, beat);
+    if (isTimerFcn) {
+        m_statistics->timerFcnBegins(beginning.started, beginning.lateness(), beginning.missed);
     }
 }
 
@@ -215,10 +224,7 @@ void ScriptRun::noteEnd(Callback callback, const TaskNote& note, bool hasFailed)
         log.discarded(note); // its timer has gone
         return;
     }
-    const Nanoseconds took = log.callbackEnds(note, hasFailed);
-    if (m_owner != nullptr) {
-        m_owner->statistics().callbackEnds(took, hasFailed);
-    }
+    m_statistics->callbackEnds(log.callbackEnds(note, turnedAt(), hasFailed), hasFailed);
 }
 
 void ScriptRun::taskEnds(Callback callback, const TaskNote& note, const std::exception_ptr& error) noexcept

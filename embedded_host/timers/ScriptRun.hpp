@@ -72,9 +72,6 @@ public:
         /// An error of the run has been reported, but for one of its ErrorFcn.
         virtual void errorReported(const std::string& error) = 0;
 
-        /// What is counted of the timer's firings.
-        virtual FiringStatistics& statistics() = 0;
-
         /// Nothing of the run is left.
         virtual void runEnded() = 0;
 
@@ -83,7 +80,9 @@ public:
     };
 
     /// \param number by which the engine finds the script's object
-    ScriptRun(const TimerSurroundings& surroundings, Owner& owner, std::uint64_t number, TimerSettings settings);
+    /// \param statistics what is counted of the timer's firings
+    ScriptRun(const TimerSurroundings& surroundings, Owner& owner, std::uint64_t number,
+        std::shared_ptr<FiringStatistics> statistics, TimerSettings settings);
 
     /// Once, before anything else.
     /// \throws whatever keeps the library from starting the timer; the run has ended then
@@ -159,7 +158,8 @@ private:
     void describe() const;
     TaskMark markOfNextTask();
     void setBusyMode(tovrintimer::BusyMode mode);
-    void noteBeginning(bool isTimerFcn, const TaskNote& note);
+    Nanoseconds turnedAt() const;
+    void noteBeginning(bool isTimerFcn, const TaskNote& note, Nanoseconds turned);
     void noteEnd(Callback callback, const TaskNote& note, bool hasFailed);
     void timerFcnsAreOver();
     void noteOverrun();
@@ -176,8 +176,8 @@ private:
 
     const TimerSurroundings& m_surroundings;
     Owner* m_owner; // null once it has left
+    const std::shared_ptr<FiringStatistics> m_statistics;
     const std::uint64_t m_number;
-    TimerSettings m_settings; // before all that is initialised from them
     const tovrintimer::ExecutionMode m_mode; // also for the dispatching thread
 
     // The library keeps a reference to it, so it stands before the library's timer, and goes after it. The
@@ -188,7 +188,6 @@ private:
     std::shared_ptr<tovrintimer::TimerInfo> m_timer;
     State m_state = State::Starting;
     EndReason m_endReason = EndReason::TasksDone;
-    Failure m_failure;
     Callback m_latestCallback = Callback::None;
     StartGap m_gap; // from one TimerFcn of a fixed delay to the next
     bool m_hasNewStopFcn = false; // assigned during the run
@@ -197,6 +196,10 @@ private:
 
     RunProgress m_progress;
     std::atomic<tovrintimer::BusyMode> m_busyModeWanted; // for the dispatching thread
+
+    // Behind what each callback looks at.
+    TimerSettings m_settings;
+    Failure m_failure;
 };
 
 } // namespace tovrinhost

@@ -141,7 +141,7 @@ void ScriptTimer::beginRun()
     m_endReason.reset();
     m_statistics->hasBeenStarted = true;
     ScriptRun::Owner& owner = *this;
-    m_run = std::make_shared<ScriptRun>(m_surroundings, owner, m_number, settingsOfRun());
+    m_run = std::make_shared<ScriptRun>(m_surroundings, owner, m_number, m_statistics, settingsOfRun());
     try {
         m_run->begin();
     } catch (...) {

@@ -112,7 +112,6 @@ private:
     enum class Life { Live, BeingDeleted, Deleted };
 
     void errorReported(const std::string& error) override { m_lastError = error; }
-    FiringStatistics& statistics() override { return *m_statistics; }
     void runEnded() override;
     void describe() const;
     bool isStartAccepted() const { return m_runsToCome > 0 && !m_stopsTheLastToCome; }

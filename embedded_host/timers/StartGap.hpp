@@ -26,11 +26,14 @@ namespace tovrinhost {
 class StartGap {
 public:
     /// Returns once the gap has passed, if there is one.
-    void await(const FiringLog& clock) const
+    /// \returns when that is
+    Nanoseconds await(const FiringLog& clock) const
     {
-        for (Nanoseconds left = m_end - clock.now(); left > 0; left = m_end - clock.now()) {
-            tovrintimer::sleepFor(std::chrono::nanoseconds(left));
+        Nanoseconds now = clock.now();
+        for (; now < m_end; now = clock.now()) {
+            tovrintimer::sleepFor(std::chrono::nanoseconds(m_end - now));
         }
+        return now;
     }
 
     /// Now.

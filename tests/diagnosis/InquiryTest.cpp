@@ -26,9 +26,9 @@ protected:
     {
         hand(fired);
         at(from);
-        m_log.callbackBegins(m_notes[fired.number], run, 100 * ms);
+        m_log.callbackBegins(m_notes[fired.number], madeUpNow, run, 100 * ms);
         at(to);
-        m_log.callbackEnds(m_notes[fired.number], false);
+        m_log.callbackEnds(m_notes[fired.number], madeUpNow, false);
     }
 
     TimerTable m_timers;
@@ -42,13 +42,13 @@ TEST_F(InquiryTest, AFiringBehindAnotherTimersCallbackNamesItAndItsPlace)
     at(100);
     hand(work(1, 2, 100));
     at(101);
-    m_log.callbackBegins(m_notes[1], 3, 100 * ms);
+    m_log.callbackBegins(m_notes[1], madeUpNow, 3, 100 * ms);
     at(150);
     hand(work(2, 1, 150));
     at(250);
-    m_log.callbackEnds(m_notes[1], false);
+    m_log.callbackEnds(m_notes[1], madeUpNow, false);
     at(251);
-    m_log.callbackBegins(m_notes[2], 17, 100 * ms);
+    m_log.callbackBegins(m_notes[2], madeUpNow, 17, 100 * ms);
 
     EXPECT_EQ(latestText(1),
         "poll run 17 (FixedRate, Drop, 0.1 s) due 0.150 started 0.251 late 101.0 ms\n"
@@ -71,7 +71,7 @@ TEST_F(InquiryTest, AFiringThatTheSchedulerCameToLateWasBehindTheOthers)
     m_log.dispatched(work(4, 1, 10));
     hostHasIt();
     m_log.handedOver(work(4, 1, 10));
-    m_log.callbackBegins(m_notes[4], 2, ms);
+    m_log.callbackBegins(m_notes[4], madeUpNow, 2, ms);
 
     EXPECT_EQ(latestText(1),
         "poll run 2 (FixedRate, Drop, 0.1 s) due 0.010 started 0.015 late 5.0 ms\n"
@@ -149,7 +149,7 @@ TEST_F(InquiryTest, TheNextDueMomentIsThatOfTheOldestThatHasNotBegun)
     m_log.handedOver(work(1, 1, 100));
     m_log.queued(work(2, 1, 200));
     EXPECT_EQ(m_inquiry.nextDue(timerNumber(1)), 100 * ms);
-    m_log.callbackBegins(m_notes[1], 1, 100 * ms);
+    m_log.callbackBegins(m_notes[1], madeUpNow, 1, 100 * ms);
     EXPECT_EQ(m_inquiry.nextDue(timerNumber(1)), 200 * ms);
     m_log.dispatched(work(2, 1, 200));
     m_log.dropped(work(2, 1, 200), tovrintimer::DropReason::BusyModeDrop);

@@ -19,8 +19,8 @@ protected:
     {
         const auto fired = work(number, 1, 0);
         hand(fired);
-        m_log.callbackBegins(m_notes[number], number, ms);
-        m_log.callbackEnds(m_notes[number], false);
+        m_log.callbackBegins(m_notes[number], madeUpNow, number, ms);
+        m_log.callbackEnds(m_notes[number], madeUpNow, false);
     }
 
     LogReader m_reader { m_log };

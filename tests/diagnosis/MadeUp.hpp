@@ -64,9 +64,6 @@ inline TimerTable::Description describe(const TimerTable::Identity& timer)
 /// A log whose clock is the test's, and the host that gives it its tasks.
 class MadeUpLogTest : public testing::Test {
 protected:
-    /// What the last test's thread was dispatching is none of the next one's.
-    ~MadeUpLogTest() override { m_log.handedOver(work(0, 1, 0)); }
-
     static void at(Nanoseconds milliseconds) { madeUpNow = milliseconds * ms; }
 
     /// From the queue to the host.

@@ -69,11 +69,11 @@ TEST_F(ProgramStatusTest, ATimersStateFollowsItsFirings)
     EXPECT_EQ(status().state, TimerState::Waits);
     EXPECT_EQ(status().backlog, 2U);
 
-    m_diagnosis.log().callbackBegins(m_notes[2], 1, 0);
+    m_diagnosis.log().callbackBegins(m_notes[2], m_diagnosis.log().now(), 1, 0);
     EXPECT_EQ(status().state, TimerState::Runs);
     EXPECT_EQ(status().backlog, 1U);
 
-    m_diagnosis.log().callbackEnds(m_notes[2], false);
+    m_diagnosis.log().callbackEnds(m_notes[2], m_diagnosis.log().now(), false);
     m_diagnosis.log().discarded(m_notes[3]);
     EXPECT_EQ(status().state, TimerState::Due);
     m_diagnosis.log().dropped(work(1, 1), tovrintimer::DropReason::RemovedByStop);
@@ -136,7 +136,7 @@ TEST_F(ProgramStatusTest, TheLatestFiringIsExplainedAndATimerThatHasGoneIsNot)
     makeTimer(1, "t");
     EXPECT_THAT(explainLatest(m_diagnosis, 1).value(), StartsWith("t: the log holds no firing of it"));
     hand(2, 1);
-    m_diagnosis.log().callbackBegins(m_notes[2], 1, 0);
+    m_diagnosis.log().callbackBegins(m_notes[2], m_diagnosis.log().now(), 1, 0);
     EXPECT_THAT(explainLatest(m_diagnosis, 1).value(), HasSubstr("t run 1 (FixedRate, Queue, 0.1 s) due"));
     m_diagnosis.timers().removeLive(1);
     EXPECT_EQ(explainLatest(m_diagnosis, 1), std::nullopt);
