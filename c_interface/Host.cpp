@@ -325,16 +325,15 @@ void Host::callBack(std::uint64_t number)
     if (run == nullptr) {
         return;
     }
-    const auto core = found->second.core; // it may be destroyed meanwhile, and its name is told of
     const tovrin_callback callback = functionOf(found->second.callbacks, run->latestCallback());
     if (callback.function == nullptr) {
         return; // it was taken away once this was on its way
     }
-    tovrin_event event = describe(*core, *run, m_timers->diagnosis().latest(), m_wallTimes);
+    tovrin_event event = describe(*found->second.core, *run, m_timers->diagnosis().latest(), m_wallTimes);
     event.host = m_handle;
     event.timer = m_handle + number;
-    const std::string error
-        = event.error != nullptr ? event.error : ""; // the run may go before the callback returns
+    // The timer and the run may go before the callback returns.
+    const std::string error = event.error != nullptr ? event.error : "";
     if (event.error != nullptr) {
         event.error = error.c_str();
     }
