@@ -26,8 +26,8 @@ public:
         return std::atomic_ref(m_words[word]).load(std::memory_order_acquire);
     }
 
-    /// It will be written soon: by then the processor is to have it at hand. By the time its turn comes, the log has
-    /// long been pushed out of what is near.
+    /// It will be written soon: by then the processor is to have it at hand. By the time its turn comes, the log
+    /// has long been pushed out of what is near.
     void expect() const noexcept { __builtin_prefetch(&m_words, 1); }
 
     bool isAt(std::uint64_t place) const { return get(0) == static_cast<std::int64_t>(place); }

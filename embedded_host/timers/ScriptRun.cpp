@@ -210,8 +210,8 @@ Nanoseconds ScriptRun::turnedAt() const
 void ScriptRun::noteBeginning(bool isTimerFcn, const TaskNote& note, Nanoseconds turned)
 {
     const Nanoseconds beat = note.sinceDrop != 0 ? m_settings.beatNanoseconds() : 0;
-    const auto& beginning = m_surroundings.diagnosis.callbackBegins(
-        note, turned, isTimerFcn ? m_progress.timerFcns() : 0, beat);
+    const auto& beginning
+        = m_surroundings.diagnosis.callbackBegins(note, turned, isTimerFcn ? m_progress.timerFcns() : 0, beat);
     if (isTimerFcn) {
         m_statistics->timerFcnBegins(beginning.started, beginning.lateness(), beginning.missed);
     }
