@@ -70,6 +70,24 @@ protected:
     std::vector<std::string> m_done;
 };
 
+TEST_F(EventLoopTest, TheNextOneIsTurnedToAsOneHasEnded)
+{
+    EventLoop::Clock::time_point latest;
+    const auto look = [&] {
+        EXPECT_LE(latest, m_loop.turnedAt());
+        EXPECT_LE(m_loop.turnedAt(), EventLoop::Clock::now());
+        std::this_thread::sleep_for(1ms); // so long does it take
+        latest = EventLoop::Clock::now();
+    };
+    m_loop.submit(m_owner, look, true);
+    m_loop.post(When::AtEventLoop, look);
+    m_loop.submit(m_other, look, true);
+
+    drain(State::Pumping);
+
+    EXPECT_LE(latest, m_loop.turnedAt());
+}
+
 TEST_F(EventLoopTest, AnOwnerIsToldOfEachTaskThatWillNotBeRun)
 {
     const auto submit = [&](std::uint64_t number) {
