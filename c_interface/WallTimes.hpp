@@ -18,7 +18,6 @@ public:
     /// Seconds since 1970, with their fraction.
     double at(tovrinhost::Nanoseconds moment)
     {
-        constexpr tovrinhost::Nanoseconds longest = 1'000'000;
         if (moment >= m_lookedUp + longest) {
             m_lookedUp = tovrinhost::FiringLog::steadyClock();
             m_atZero = tovrinhost::systemWallClock().now() - ticks(m_lookedUp);
@@ -27,12 +26,14 @@ public:
     }
 
 private:
+    static constexpr tovrinhost::Nanoseconds longest = 1'000'000;
+
     static tovrinhost::WallTime::duration ticks(tovrinhost::Nanoseconds span)
     {
         return std::chrono::duration_cast<tovrinhost::WallTime::duration>(std::chrono::nanoseconds(span));
     }
 
-    tovrinhost::Nanoseconds m_lookedUp = -1'000'000; // no clock stands before its zero
+    tovrinhost::Nanoseconds m_lookedUp = -longest; // no clock stands before its zero
     tovrinhost::WallTime m_atZero; // what the wall clock shows where the steady clock is at its zero
 };
 
