@@ -17,7 +17,7 @@ protected:
     {
         return [this, takes](const tovrin_event& event) {
             starts.push_back(event.steady_time);
-            std::this_thread::sleep_for(std::chrono::duration<double>(takes));
+            std::this_thread::sleep_for(std::chrono::duration<double>(takes)); // its work
             return 0;
         };
     }
@@ -99,7 +99,7 @@ TEST_F(RunsTest, BusyModeDropMakesUpOnceForWhatItHasDropped)
     const tovrin_timer timer = makeTimer(
         { .mode = TOVRIN_FIXED_RATE, .period = 0.02, .tasks = 3, .timer = [&](const tovrin_event& event) {
              missed += event.missed;
-             std::this_thread::sleep_for(std::chrono::milliseconds(event.run == 1 ? 70 : 0));
+             std::this_thread::sleep_for(std::chrono::milliseconds(event.run == 1 ? 70 : 0)); // its work
              return 0;
          } });
     start(timer);
@@ -129,7 +129,7 @@ TEST_F(RunsTest, BusyModeErrorEndsTheRunWithStopFcnAndErrorFcn)
         = tellAll({ .mode = TOVRIN_FIXED_RATE, .period = 0.01, .tasks = 3, .busyMode = TOVRIN_BUSY_ERROR });
     options.timer = [this](const tovrin_event&) {
         story.emplace_back("TimerFcn");
-        std::this_thread::sleep_for(std::chrono::milliseconds(60));
+        std::this_thread::sleep_for(std::chrono::milliseconds(60)); // its work
         return 0;
     };
     options.error = [&](const tovrin_event& event) {
