@@ -104,8 +104,7 @@ Values bareLibrary(const Load& load, milliseconds time)
         const auto first = firstCallback(load);
         std::vector<Timer> timers;
         for (std::size_t i = 0; i < load.timers; ++i) {
-            const auto delay = std::chrono::duration_cast<milliseconds>(first - Clock::now());
-            timers.push_back(makeTimer(engine, { .period = load.period, .startDelay = std::max(delay, 1ms) }));
+            timers.push_back(makeTimer(engine, { .period = load.period, .startDelay = delayUntil(first) }));
             start(timers.back());
         }
         values = observeProcess(engine->ran(), load, first, time);
@@ -162,8 +161,7 @@ private:
             settings.timer_fcn = { count, this };
             for (std::size_t i = 0; i < load.timers; ++i) {
                 tovrin_timer timer = 0;
-                const auto delay = std::chrono::duration<double>(first - Clock::now()).count();
-                settings.start_delay = std::max(delay, 0.0);
+                settings.start_delay = std::chrono::duration<double>(delayUntil(first)).count();
                 require(tovrin_timer_create(host, &settings, &timer));
                 require(tovrin_timer_start(timer));
             }

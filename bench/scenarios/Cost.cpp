@@ -63,11 +63,11 @@ Values libraryCost(const Load& load, milliseconds time, Engines engines = Engine
     const auto first = firstFiring(load);
     std::vector<Timer> timers;
     for (std::size_t i = 0; i < load.timers; ++i) {
-        const auto delay = std::chrono::duration_cast<milliseconds>(first + load.offset(i) - Clock::now());
         if (engines == Engines::OneEach) {
             engine = std::make_shared<CountingEngine>(taken);
         }
-        timers.push_back(makeTimer(engine, { .period = load.period, .startDelay = std::max(delay, 1ms) }));
+        timers.push_back(
+            makeTimer(engine, { .period = load.period, .startDelay = delayUntil(first + load.offset(i)) }));
         start(timers.back());
     }
     return observe(scheduler.thread(), taken, load, first, time);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
@@ -32,6 +33,19 @@ struct Load {
         return static_cast<double>(timers) * (time / std::chrono::duration<double>(period));
     }
 };
+
+/// How long a timer waits from now on that is to be due in the same millisecond as others: due times are whole
+/// milliseconds, counted from the one in which a timer is started, and in how many of them timers are due is how
+/// many wake-ups they cost. Lets the rest of a millisecond pass that is nearly over.
+inline std::chrono::milliseconds delayUntil(std::chrono::steady_clock::time_point due)
+{
+    using namespace std::chrono;
+    auto now = steady_clock::now();
+    while (now - floor<milliseconds>(now) > microseconds(800)) {
+        now = steady_clock::now();
+    }
+    return std::max(floor<milliseconds>(due) - floor<milliseconds>(now), milliseconds(1));
+}
 
 /// Counts for one thread, and is read by any.
 class Count {
