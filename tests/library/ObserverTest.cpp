@@ -142,6 +142,7 @@ TEST_F(ObserverTest, APieceOfWorkKeepsItsNumberFromTheQueueToTheHandOver)
     for (const ObservedWork& work : m_observer.works()) {
         EXPECT_FALSE(work.timer < timer->getId() || timer->getId() < work.timer);
         EXPECT_EQ(work.insteadOf, 0U);
+        EXPECT_TRUE(work.wasQueued);
     }
     EXPECT_EQ(m_observer.works()[2].due, due);
 }
@@ -157,6 +158,9 @@ TEST_F(ObserverTest, WorkThatIsForcedPastTheQueueBeginsWithItsDispatch)
         ElementsAre("1 StartFcn dispatched", "1 StartFcn handedOver", "2 TimerFcn queued",
             "2 TimerFcn RemovedByStop", "3 ErrorFcn dispatched", "3 ErrorFcn handedOver", "4 StopFcn dispatched",
             "4 StopFcn handedOver"));
+    for (const ObservedWork& work : m_observer.works()) {
+        EXPECT_EQ(work.wasQueued, work.kind == TimerFcnWork);
+    }
 }
 
 TEST_F(ObserverTest, AFiringThatIsDroppedIsMadeUpForByTheNextAttempt)

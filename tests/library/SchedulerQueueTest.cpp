@@ -35,6 +35,29 @@ TEST_F(SchedulerQueueTest, ADueTimeBeyondTheClocksRangeIsTheEndOfThatRange)
             Queued { StopFcnWork, "<A>", first }, Queued { StartFcnWork, "<A>", first }));
 }
 
+TEST_F(SchedulerQueueTest, WhatIsQueuedOfATimerIsToldTheSoonestFirst)
+{
+    const auto a = makeTimer();
+    const auto b = makeTimer();
+    const DueTime due = farOff();
+    EXPECT_THAT(scheduler().queuedWork(a->getId()), IsEmpty());
+
+    scheduler().insertAscendingSorted(stopFcn(a, due + 2ms));
+    scheduler().insertAscendingSorted(errorFcn(a, due));
+    scheduler().insertAscendingSorted(timerFcn(b, due));
+    scheduler().insertAscendingSorted(timerFcn(a, due + 1ms));
+
+    std::vector<WorkKind> kinds;
+    for (const ObservedWork& work : scheduler().queuedWork(a->getId())) {
+        EXPECT_EQ(work.due, due + std::chrono::milliseconds(kinds.size()));
+        EXPECT_EQ(work.timer.second, a->getId().second);
+        EXPECT_EQ(work.number, 0U) << "nobody has observed";
+        EXPECT_TRUE(work.wasQueued);
+        kinds.push_back(work.kind);
+    }
+    EXPECT_THAT(kinds, ElementsAre(ErrorFcnWork, TimerFcnWork, StopFcnWork));
+}
+
 TEST_F(SchedulerQueueTest, AnInsertWritesTheRequestAndThenItsLockSteps)
 {
     const auto a = makeTimer("A");

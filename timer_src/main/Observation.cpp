@@ -22,6 +22,11 @@ std::uint64_t observation::newNumber() noexcept
     return ++latestNumber;
 }
 
+ObservedWork observation::describe(const WorkItemVariant& work) noexcept
+{
+    return boost::apply_visitor([](const auto& item) { return describe(item); }, work);
+}
+
 Discards::Discards(DropReason why) noexcept
     : m_observer(observation::current())
     , m_why(why)
@@ -30,8 +35,7 @@ Discards::Discards(DropReason why) noexcept
 
 void Discards::note(const WorkItemVariant& work) noexcept
 {
-    const ObservedWork described
-        = boost::apply_visitor([](const auto& item) { return observation::describe(item); }, work);
+    const ObservedWork described = observation::describe(work);
     if (described.number == 0) {
         return; // queued before there was an observer
     }

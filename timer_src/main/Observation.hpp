@@ -32,8 +32,10 @@ std::uint64_t newNumber() noexcept;
 
 template <int kind> ObservedWork describe(const WorkItem<kind>& item) noexcept
 {
-    return { item.m_number, item.m_insteadOf, item.m_id, WorkKind { kind }, item.m_executeAt };
+    return { item.m_number, item.m_insteadOf, item.m_id, WorkKind { kind }, item.m_executeAt, item.m_wasQueued };
 }
+
+ObservedWork describe(const WorkItemVariant& work) noexcept;
 
 } // namespace observation
 

@@ -21,6 +21,7 @@ struct ObservedWork {
     foundation::msg_svc::exchange::IDType timer; ///< `TimerInfo::getId` of its timer, which may have gone
     WorkKind kind; ///< which callback it is to run
     DueTime due; ///< when; in the past, where the dispatch is late
+    bool wasQueued = false; ///< it is in the queue, or came out of it; else whoever asks for it dispatches it
 };
 
 /// Why a piece of work was not handed over.

@@ -11,6 +11,7 @@
 #include "timer_src/main/handlers/NextWorkItem.hpp"
 #include "timer_src/main/platform/Platform.hpp"
 
+#include <algorithm>
 #include <exception>
 #include <system_error>
 
@@ -140,6 +141,7 @@ template <int kind> void TimerScheduler::requestWork(WorkItem<kind>&& item)
     item.m_executeAt = withinClock(item.m_executeAt);
     traceScheduler("Request to Start Work with Id: ", item.m_id, " for ", kindName(WorkKind { kind }),
         " to execute @", ToTheSecond { item.m_executeAt });
+    item.m_wasQueued = true;
     tellQueued(item);
     try {
         insertInOrder(std::move(item));
@@ -196,6 +198,19 @@ void TimerScheduler::removeWorkMatchingId(IDType id)
     }
     m_workCondition.notify_one();
     discards.tell();
+}
+
+std::vector<ObservedWork> TimerScheduler::queuedWork(const IDType& timer) const
+{
+    std::vector<ObservedWork> works;
+    {
+        const Lock lk(m_mutex);
+        workQueue.visitMatching(
+            timer, [&works](const WorkItemVariant& work) { works.push_back(observation::describe(work)); });
+    }
+    std::stable_sort(
+        works.begin(), works.end(), [](const ObservedWork& a, const ObservedWork& b) { return a.due < b.due; });
+    return works;
 }
 
 void hasten(const IDType& timer, const prevCallBackStatus& record)

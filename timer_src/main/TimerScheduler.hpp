@@ -3,18 +3,19 @@
 #include "timer_src/main/Concurrency.hpp"
 #include "timer_src/main/Export.hpp"
 #include "timer_src/main/OnceFlag.hpp"
+#include "timer_src/main/TimerObserver.hpp"
 #include "timer_src/main/WorkItem.hpp"
 #include "timer_src/main/WorkQueue.hpp"
 
 #include <memory>
 #include <utility>
+#include <vector>
 
 /// The timer engine.
 namespace tovrintimer {
 
 class Dispatcher;
 class TimerInfo;
-class TimerObserver;
 
 /// Has the timer's queued TimerFcn that has this record, if there is one, be due now: the callback that it waits
 /// for has returned.
@@ -86,6 +87,11 @@ public:
     void insertAscendingSorted(WorkItem<TimerFcnWork> item); ///< \overload
     void insertAscendingSorted(WorkItem<ErrorFcnWork> item); ///< \overload
 
+    /// What of a timer's work is in the queue now, the soonest first. What is being dispatched is not there any
+    /// more, and what follows it, not yet. The number is 0 where it was queued while nobody observed.
+    /// \throws std::bad_alloc, std::system_error if m_mutex cannot be locked
+    std::vector<ObservedWork> queuedWork(const foundation::msg_svc::exchange::IDType& timer) const;
+
     /// Discards all queued work without running it, and ends the scheduler thread after the item that it is
     /// dispatching. What is queued later is never run.
     /// \throws std::system_error (resource_deadlock_would_occur) on the scheduler thread itself; the queue has
@@ -119,7 +125,7 @@ private:
     // Set once under m_threadStarted, joined by `cleanup`.
     Thread m_thread;
 
-    Mutex m_mutex;
+    mutable Mutex m_mutex;
     ConditionVariable m_workCondition; // the scheduler thread waits here: for the queue or m_finish to change
     ConditionVariable m_consumerCondition; // told of each dispatch; a hook that nobody waits on yet
     Atomic<bool> m_finish { false }; // written under m_mutex, or its wake-up could be lost

@@ -75,6 +75,7 @@ public:
 
     std::uint64_t m_number = 0; ///< by which an observer is told of it, until its end; 0 where none is
     std::uint64_t m_insteadOf = 0; ///< the number of the dropped firing that it makes up for
+    bool m_wasQueued = false; ///< it is in the queue, or has been
 
 private:
     WorkItem(Id id, DueTime executeAt, std::weak_ptr<TimerInfo> timer, std::uint64_t total,

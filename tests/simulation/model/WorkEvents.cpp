@@ -16,6 +16,7 @@ void WorkEvents::queued(const ObservedWork& work) noexcept
     Told& told = at(work);
     expect(told.state == State::New, "queued twice", work);
     told.state = State::Queued;
+    expect(work.wasQueued, "queued, and does not say so", work);
     noteAttempt(work);
 }
 
@@ -24,6 +25,7 @@ void WorkEvents::dispatched(const ObservedWork& work) noexcept
     Told& told = at(work);
     expect(told.state == State::New || told.state == State::Queued, "dispatched twice", work);
     expectSame(told, work);
+    expect(work.wasQueued == (told.state == State::Queued), "says wrongly whether it was queued", work);
     told.state = State::Dispatched;
 }
 
