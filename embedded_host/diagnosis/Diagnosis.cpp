@@ -4,16 +4,25 @@
 
 namespace tovrinhost {
 
+using tovrintimer::TimerScheduler;
+
 Diagnosis::Diagnosis()
 {
     if constexpr (isFiringLogKept) {
-        tovrintimer::TimerScheduler::setObserver(&m_log);
+        TimerScheduler::setObserver(&m_log);
     }
 }
 
 Diagnosis::~Diagnosis()
 {
-    tovrintimer::TimerScheduler::setObserver(nullptr);
+    TimerScheduler::setObserver(nullptr);
+}
+
+Inquiry Diagnosis::inquiry() const
+{
+    return { m_log, m_timers, [](const TimerTable::Identity& timer) {
+                return TimerScheduler::getPerTOVRINProcessInstance()->queuedWork(timer);
+            } };
 }
 
 } // namespace tovrinhost

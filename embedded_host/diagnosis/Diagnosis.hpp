@@ -37,7 +37,7 @@ public:
     /// Of the callback that has begun last.
     const FiringLog::Beginning& latest() const { return m_latest; }
 
-    Inquiry inquiry() const { return { m_log, m_timers }; }
+    Inquiry inquiry() const;
 
 private:
     FiringLog m_log;

@@ -34,14 +34,14 @@ constexpr bool isOver(Stage stage)
     return stage >= Stage::Done;
 }
 
-/// One piece of work of a timer, from the moment at which it is queued until its callback has ended.
+/// One piece of work of a timer, until its callback has ended.
 ///
 /// In busy mode `Drop`, a firing that is dropped and the attempts that make up for it are one.
 ///
 ///     due           dispatched         taken               started       ended
 ///      |-- wake-up ------|-- dispatching --|-- host's queue ---|-- running --|
 struct Firing {
-    std::uint64_t number = 0; ///< of the latest attempt, as the library counts
+    std::uint64_t number = 0; ///< as they are dispatched, from 1 on; 0 of one that has not been
     foundation::msg_svc::exchange::IDType timer { 0, 0 }; ///< the library's timer, one for each run of a script's
     tovrintimer::WorkKind kind = tovrintimer::TimerFcnWork;
     Stage stage = Stage::Queued;

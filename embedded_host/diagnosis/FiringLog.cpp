@@ -4,8 +4,8 @@
 
 #include <algorithm>
 #include <chrono>
-#include <exception>
 #include <limits>
+#include <utility>
 
 namespace tovrinhost {
 
@@ -17,22 +17,24 @@ namespace {
 
 /// What a thread dispatches.
 struct Dispatching {
-    std::uint64_t number = 0; ///< of what it has in hand; 0: nothing
-    DispatchSlot* slot = nullptr;
+    std::uint64_t work = 0; ///< the library's number of what it has in hand; 0: nothing
+    std::uint64_t number = 0; ///< of the firing that it belongs to
+    Nanoseconds firstDue = 0; ///< of that, where attempts of it have been dropped
+    std::uint64_t queued = 0; ///< the library's number of what it queued last
 
-    Nanoseconds latest = 0; ///< when it handed over what it had in hand before; 0 if it did not
-    std::uint64_t countThen = 0; ///< how many firings there were by then
+    Nanoseconds handedOver = 0; ///< when it handed over what it had in hand before; 0 if it did not
+    std::uint64_t knownThen = 0; ///< what has no higher number than this had been queued by then
 };
 
-Nanoseconds dueOf(const ObservedWork& work)
+} // namespace
+
+Nanoseconds dueOf(tovrintimer::DueTime moment)
 {
     constexpr Nanoseconds millisecond = 1'000'000;
     constexpr Nanoseconds latest = std::numeric_limits<Nanoseconds>::max();
-    const std::int64_t due = work.due.time_since_epoch().count();
+    const std::int64_t due = moment.time_since_epoch().count();
     return due > latest / millisecond ? latest : due * millisecond;
 }
-
-} // namespace
 
 Nanoseconds FiringLog::steadyClock() noexcept
 {
@@ -42,9 +44,11 @@ Nanoseconds FiringLog::steadyClock() noexcept
 FiringLog::FiringLog(Clock clock)
     : m_clock(clock)
     , m_beginning(clock())
-    , m_dispatches(makeZeroed<DispatchSlot>(capacity))
-    , m_callbacks(makeZeroed<CallbackSlot>(capacity))
-    , m_places(makeZeroed<std::uint64_t>(capacity))
+    , m_dispatches(capacity)
+    , m_callbacks(capacity)
+    , m_drops(capacity)
+    , m_pasts(capacity)
+    , m_dropped(capacity)
 {
 }
 
@@ -57,43 +61,52 @@ FiringLog::~FiringLog()
 
 void FiringLog::queued(const ObservedWork& work) noexcept
 {
-    DispatchSlot* const slot = work.insteadOf == 0 ? nullptr : slotOfChain(work);
-    if (slot != nullptr) {
-        slot->set(DispatchSlot::Due, dueOf(work));
-    } else {
-        newSlot(work, true);
-    }
+    ofThisThread<Dispatching>().queued = work.number;
 }
 
 void FiringLog::dispatched(const ObservedWork& work) noexcept
 {
-    DispatchSlot& slot = slotFor(work);
-    slot.set(DispatchSlot::Due, dueOf(work)); // it may have been hastened
-    slot.set(DispatchSlot::Dispatched, dispatchOf(slot, work));
+    const Nanoseconds due = dueOf(work.due);
+    const Nanoseconds at = turnedTo(work, due);
     auto& dispatching = ofThisThread<Dispatching>();
-    dispatching.number = work.number;
-    dispatching.slot = &slot;
+    dispatching.work = work.number;
+    dispatching.firstDue = 0;
+    dispatching.number = droppedBefore(work);
+    if (dispatching.number == 0) {
+        dispatching.number = begin(work, due, at);
+        return;
+    }
+    DropSlot& drop = m_drops[dispatching.number % capacity];
+    dispatching.firstDue = drop.firstDue();
+    drop.setWork(0);
+    dispatchOf(dispatching.number).beginAgain(due, at);
 }
 
 void FiringLog::handedOver(const ObservedWork& /*work*/) noexcept
 {
-    ofThisThread<Dispatching>().number = 0;
+    ofThisThread<Dispatching>().work = 0;
 }
 
 void FiringLog::dropped(const ObservedWork& work, DropReason why) noexcept
 {
-    ofThisThread<Dispatching>() = {};
-    DispatchSlot& slot = slotFor(work);
+    auto& dispatching = ofThisThread<Dispatching>();
+    const bool isInHand = std::exchange(dispatching.work, 0) == work.number;
+    dispatching.handedOver = 0;
+    std::uint64_t number = isInHand ? dispatching.number : droppedBefore(work);
+    if (number == 0) {
+        number = begin(work, dueOf(work.due), 0);
+    }
     if (why != DropReason::BusyModeDrop) {
-        const auto place = static_cast<std::uint64_t>(slot.get(DispatchSlot::Place));
-        callbackAt(place).begin(place, 0, 0, 0, 0);
-        callbackAt(place).end(m_clock(), Stage::Refused, why);
+        refuse(number, Stage::Refused, why);
         return;
     }
-    if (slot.get(DispatchSlot::FirstDue) == 0) {
-        slot.set(DispatchSlot::FirstDue, dueOf(work));
+    if (DropSlot& drop = m_drops[number % capacity]; drop.isOf(number)) {
+        drop.setWork(work.number);
+    } else {
+        drop.begin(number, dueOf(work.due), work.number);
     }
-    slot.set(DispatchSlot::Dispatched, 0);
+    dispatchOf(number).drop();
+    m_dropped[work.number % capacity].set(static_cast<std::int64_t>(number));
 }
 
 // ---- The host
@@ -101,27 +114,25 @@ void FiringLog::dropped(const ObservedWork& work, DropReason why) noexcept
 void FiringLog::hostHasIt(TaskNote& note) noexcept
 {
     auto& dispatching = ofThisThread<Dispatching>();
-    if (dispatching.number == 0) {
+    if (dispatching.work == 0) {
         return;
     }
-    DispatchSlot* const slot = dispatching.slot;
+    DispatchSlot& slot = dispatchOf(dispatching.number);
     note.number = dispatching.number;
-    note.place = static_cast<std::uint64_t>(slot->get(DispatchSlot::Place));
-    note.due = slot->get(DispatchSlot::Due);
-    if (const Nanoseconds firstDue = slot->get(DispatchSlot::FirstDue); firstDue != 0) {
-        note.sinceDrop = std::max<Nanoseconds>(1, slot->get(DispatchSlot::Dispatched) - firstDue);
+    note.due = slot.due();
+    if (dispatching.firstDue != 0) {
+        note.sinceDrop = std::max<Nanoseconds>(1, slot.dispatched() - dispatching.firstDue);
     }
     note.taken = m_clock();
-    slot->set(DispatchSlot::Taken, note.taken);
-    dispatching.latest = note.taken;
-    dispatching.countThen = count();
+    slot.take(note.taken);
+    dispatching.handedOver = note.taken;
+    dispatching.knownThen = std::max(dispatching.queued, dispatching.work);
 }
 
 void FiringLog::discarded(const TaskNote& note) noexcept
 {
-    if (note.place != 0) {
-        callbackAt(note.place).begin(note.place, 0, 0, 0, 0);
-        callbackAt(note.place).end(m_clock(), Stage::Discarded);
+    if (note.number != 0) {
+        refuse(note.number, Stage::Discarded, {});
     }
 }
 
@@ -136,9 +147,13 @@ FiringLog::Beginning FiringLog::callbackBegins(
     if (note.sinceDrop != 0) {
         beginning.missed = missedFirings(note.sinceDrop, period);
     }
-    if (note.place != 0) {
-        callbackAt(note.place + 2).expect();
-        callbackAt(note.place).begin(note.place, beginning.started, run, beginning.missed, outer.number);
+    if (note.number != 0) {
+        const bool hasPast = beginning.missed != 0 || outer.number != 0;
+        if (hasPast) {
+            m_pasts[note.number % capacity].begin(note.number, beginning.missed, outer.number);
+        }
+        callbackOf(note.number + 3).expect();
+        callbackOf(note.number).begin(note.number, beginning.started, run, hasPast);
     }
     return beginning;
 }
@@ -150,10 +165,12 @@ Nanoseconds FiringLog::callbackEnds(const TaskNote& note, Nanoseconds ended, boo
     }
     Nanoseconds took = 0;
     std::uint64_t within = 0;
-    if (CallbackSlot& slot = callbackAt(note.place); note.place != 0 && slot.isAt(note.place)) {
+    if (CallbackSlot& slot = callbackOf(note.number); note.number != 0 && slot.isOf(note.number)) {
         slot.end(ended, hasFailed ? Stage::Failed : Stage::Done);
-        took = ended - slot.get(CallbackSlot::Started);
-        within = static_cast<std::uint64_t>(slot.get(CallbackSlot::Within));
+        took = ended - slot.started();
+        if (slot.hasPast()) {
+            within = m_pasts[note.number % capacity].within();
+        }
     }
     m_interpreter.turnTo({ Doing::Host, within }, ended);
     return took;
@@ -161,123 +178,77 @@ Nanoseconds FiringLog::callbackEnds(const TaskNote& note, Nanoseconds ended, boo
 
 // ---- Whoever wants to know
 
-std::optional<Firing> FiringLog::at(std::uint64_t place) const
+std::optional<Firing> FiringLog::at(std::uint64_t number) const
 {
-    const DispatchSlot& dispatch = dispatchAt(place);
-    if (place == 0 || !dispatch.isAt(place)) {
+    const DispatchSlot& dispatch = dispatchOf(number);
+    if (number == 0 || !dispatch.isOf(number)) {
         return std::nullopt;
     }
     Firing firing;
     dispatch.readInto(firing);
-    if (const CallbackSlot& callback = callbackAt(place); callback.isAt(place)) {
+    const DropSlot& drop = m_drops[number % capacity];
+    firing.firstDue = drop.isOf(number) ? drop.firstDue() : 0;
+    firing.stage = firing.taken != 0 ? Stage::Waiting
+        : firing.dispatched != 0     ? Stage::Dispatched
+        : firing.firstDue != 0       ? Stage::Dropped
+                                     : Stage::Queued;
+    if (const CallbackSlot& callback = callbackOf(number); callback.isOf(number)) {
         const Firing waiting = firing;
         callback.readInto(firing);
+        if (const PastSlot& past = m_pasts[number % capacity]; callback.hasPast()) {
+            firing.missed = past.missed();
+            firing.within = past.within();
+        }
         // Another firing may have taken the place meanwhile.
         // cppcheck-suppress oppositeInnerCondition
-        if (!callback.isAt(place)) {
+        if (!callback.isOf(number)) {
             firing = waiting;
         }
     }
-    return dispatch.isAt(place) ? std::optional(firing) : std::nullopt;
+    // Once this is still there, so was what was read of it.
+    return dispatch.isOf(number) ? std::optional(firing) : std::nullopt;
 }
 
-std::optional<Firing> FiringLog::find(std::uint64_t number) const
+// ----
+
+/// \returns the number of the firing
+std::uint64_t FiringLog::begin(const ObservedWork& work, Nanoseconds due, Nanoseconds dispatched) noexcept
 {
-    const auto firing = at(std::atomic_ref(m_places[number % capacity]).load(std::memory_order_acquire));
-    return firing && firing->number == number ? firing : std::nullopt;
+    const std::uint64_t number = m_count.fetch_add(1, std::memory_order_acq_rel) + 1;
+    dispatchOf(number + 3).expect();
+    dispatchOf(number).begin(number, work, due, dispatched);
+    return number;
 }
 
-/// \returns null for number 0, and where the log does not hold it
-DispatchSlot* FiringLog::slotOf(std::uint64_t number) const noexcept
+/// The firing that was dropped, of which this is another attempt.
+/// \returns 0 where it is none, or the log does not hold that firing any more
+std::uint64_t FiringLog::droppedBefore(const ObservedWork& work) const noexcept
 {
-    const std::uint64_t place = std::atomic_ref(m_places[number % capacity]).load(std::memory_order_acquire);
-    DispatchSlot& slot = dispatchAt(place);
-    return number != 0 && slot.isAt(place) && slot.number() == number ? &slot : nullptr;
-}
-
-DispatchSlot& FiringLog::newSlot(const ObservedWork& work, bool isQueued) noexcept
-{
-    const std::uint64_t place = m_count.fetch_add(1, std::memory_order_acq_rel) + 1;
-    DispatchSlot& slot = dispatchAt(place);
-    if (m_hasDisplaced.load(std::memory_order_relaxed)) {
-        forgetDisplaced(work.timer); // a timer has one TimerFcn queued at most
+    if (work.insteadOf == 0) {
+        return 0;
     }
-    dispatchAt(place + 2).expect();
-    if (slot.get(DispatchSlot::Taken) == 0) {
-        keepIfQueued(slot);
-    }
-    slot.begin(place, work, dueOf(work), isQueued);
-    std::atomic_ref(m_places[work.number % capacity]).store(place, std::memory_order_release);
-    return slot;
-}
-
-/// Before its place is given to another, one that the host has not been given.
-void FiringLog::keepIfQueued(const DispatchSlot& slot) noexcept
-{
-    const auto place = static_cast<std::uint64_t>(slot.get(DispatchSlot::Place));
-    if (place == 0 || slot.get(DispatchSlot::Dispatched) != 0
-        || callbackAt(place).isAt(place)) { // it came to nothing
-        return;
-    }
-    Firing firing;
-    slot.readInto(firing);
-    if (firing.kind != tovrintimer::TimerFcnWork) {
-        return;
-    }
-    try {
-        const std::lock_guard lock(m_displacedMutex);
-        m_displaced[firing.timer] = firing.due;
-        m_hasDisplaced = true;
-    } catch (const std::exception&) {
-        // There is no memory for it: then it is not known.
-    }
-}
-
-void FiringLog::forgetDisplaced(const foundation::msg_svc::exchange::IDType& timer) noexcept
-{
-    const std::lock_guard lock(m_displacedMutex);
-    m_displaced.erase(timer);
-    m_hasDisplaced = !m_displaced.empty();
-}
-
-std::optional<Nanoseconds> FiringLog::dueOfDisplaced(const foundation::msg_svc::exchange::IDType& timer) const
-{
-    const std::lock_guard lock(m_displacedMutex);
-    const auto found = m_displaced.find(timer);
-    return found == m_displaced.end() ? std::nullopt : std::optional(found->second);
-}
-
-/// That of the dropped firing that this one makes up for: it goes on there.
-DispatchSlot* FiringLog::slotOfChain(const ObservedWork& work) noexcept
-{
-    DispatchSlot* const slot = slotOf(work.insteadOf);
-    if (slot != nullptr) {
-        const auto place = static_cast<std::uint64_t>(slot->get(DispatchSlot::Place));
-        slot->setNumber(work.number);
-        std::atomic_ref(m_places[work.number % capacity]).store(place, std::memory_order_release);
-    }
-    return slot;
-}
-
-DispatchSlot& FiringLog::slotFor(const ObservedWork& work) noexcept
-{
-    if (DispatchSlot* const slot = slotOf(work.number)) {
-        return *slot;
-    }
-    DispatchSlot* const slot = slotOfChain(work);
-    return slot != nullptr ? *slot : newSlot(work, false);
+    const auto number = static_cast<std::uint64_t>(m_dropped[work.insteadOf % capacity].get());
+    const DropSlot& drop = m_drops[number % capacity];
+    return drop.isOf(number) && drop.work() == work.insteadOf && dispatchOf(number).isOf(number) ? number : 0;
 }
 
 /// When this thread turned to it. What was queued, and due, before it was done with the one before has not let it
 /// sleep in between.
-Nanoseconds FiringLog::dispatchOf(const DispatchSlot& slot, const ObservedWork& work) const noexcept
+Nanoseconds FiringLog::turnedTo(const ObservedWork& work, Nanoseconds due) const noexcept
 {
     const auto& before = ofThisThread<Dispatching>();
-    const bool hasWaited = slot.wasQueued()
-        && work.insteadOf == 0 // else it has been queued again, in the same place
-        && static_cast<std::uint64_t>(slot.get(DispatchSlot::Place)) <= before.countThen
-        && slot.get(DispatchSlot::Due) <= before.latest;
-    return hasWaited ? before.latest : m_clock();
+    const bool hasWaited = work.wasQueued && work.number <= before.knownThen
+        && work.insteadOf == 0 // else it may have been hastened since
+        && due <= before.handedOver;
+    return hasWaited ? before.handedOver : m_clock();
+}
+
+/// It has come to nothing.
+void FiringLog::refuse(std::uint64_t number, Stage stage, DropReason why) noexcept
+{
+    CallbackSlot& slot = callbackOf(number);
+    slot.begin(number, 0, 0, false);
+    slot.end(m_clock(), stage, why);
 }
 
 std::uint64_t missedFirings(Nanoseconds sinceDrop, Nanoseconds period)

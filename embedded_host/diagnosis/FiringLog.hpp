@@ -10,8 +10,6 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <map>
-#include <mutex>
 #include <optional>
 
 namespace tovrinhost {
@@ -24,20 +22,19 @@ inline constexpr bool isFiringLogKept = false;
 inline constexpr bool isFiringLogKept = true;
 #endif
 
-/// The latest 32,768 firings of all timers, and what the interpreter thread did meanwhile. Always on: 6 MB, which
-/// the system gives as they are used; no lock, no allocation, and of a firing among many that are due together one
-/// look at the clock: when the host has it. It was dispatched as the thread was done with the one before; when its
-/// callback began and ended, the interpreter's loop has seen.
+/// The latest 32,768 firings of all timers, and what the interpreter thread did meanwhile. Always on: 4 MB, which
+/// the system gives as they are used, and 2 more for what only some firings have; no lock, no allocation, and of a
+/// firing among many that are due together one look at the clock: when the host has it. It was dispatched as the
+/// thread was done with the one before; when its callback began and ended, the interpreter's loop has seen.
 ///
-///     library                  dispatching thread          interpreter thread
-///     queued, dispatched  -->  hostHasIt              -->  callbackBegins, callbackEnds
-///                         -->  handedOver                  or discarded
+///     library          dispatching thread          interpreter thread
+///     dispatched  -->  hostHasIt              -->  callbackBegins, callbackEnds
+///                 -->  handedOver                  or discarded
 ///     dropped
 ///
-/// A firing's events come one after the other, but for `handedOver`, which its callback may overtake. What the
-/// interpreter thread has to know travels with the task. A firing that waits for so long that its place has been
-/// given to another gets a new one as it is dispatched; until then, of a TimerFcn, it is kept aside when it is
-/// due.
+/// A firing comes here as it is dispatched, or as it is dropped without that: what is queued, the library's queue
+/// tells. Its events come one after the other, but for `handedOver`, which its callback may overtake. What the
+/// interpreter thread has to know travels with the task.
 ///
 /// Threading: as said, and any thread reads.
 /// Lifetime: to be forgotten by the library before it goes.
@@ -95,35 +92,27 @@ public:
     Nanoseconds beginning() const { return m_beginning.load(std::memory_order_relaxed); }
     void beginNow() { m_beginning.store(m_clock(), std::memory_order_relaxed); }
 
-    /// How many firings there have been. They stand at the places from 1 on to this one; the oldest have gone.
+    /// How many firings there have been. Their numbers go from 1 on to this one; the oldest have gone.
     std::uint64_t count() const { return m_count.load(std::memory_order_acquire); }
-    std::optional<Firing> at(std::uint64_t place) const;
-
-    std::optional<Firing> find(std::uint64_t number) const;
-
-    /// When the TimerFcn of this timer is due that has lost its place.
-    std::optional<Nanoseconds> dueOfDisplaced(const foundation::msg_svc::exchange::IDType& timer) const;
+    std::optional<Firing> at(std::uint64_t number) const;
 
 private:
-    void keepIfQueued(const DispatchSlot& slot) noexcept;
-    void forgetDisplaced(const foundation::msg_svc::exchange::IDType& timer) noexcept;
-    DispatchSlot& dispatchAt(std::uint64_t place) const { return m_dispatches[place % capacity]; }
-    CallbackSlot& callbackAt(std::uint64_t place) const { return m_callbacks[place % capacity]; }
-    DispatchSlot* slotOf(std::uint64_t number) const noexcept;
-    DispatchSlot& newSlot(const tovrintimer::ObservedWork& work, bool isQueued) noexcept;
-    DispatchSlot* slotOfChain(const tovrintimer::ObservedWork& work) noexcept;
-    DispatchSlot& slotFor(const tovrintimer::ObservedWork& work) noexcept;
-    Nanoseconds dispatchOf(const DispatchSlot& slot, const tovrintimer::ObservedWork& work) const noexcept;
+    DispatchSlot& dispatchOf(std::uint64_t number) const { return m_dispatches[number % capacity]; }
+    CallbackSlot& callbackOf(std::uint64_t number) const { return m_callbacks[number % capacity]; }
+    std::uint64_t begin(const tovrintimer::ObservedWork& work, Nanoseconds due, Nanoseconds dispatched) noexcept;
+    std::uint64_t droppedBefore(const tovrintimer::ObservedWork& work) const noexcept;
+    Nanoseconds turnedTo(const tovrintimer::ObservedWork& work, Nanoseconds due) const noexcept;
+    void refuse(std::uint64_t number, Stage stage, tovrintimer::DropReason why) noexcept;
 
     const Clock m_clock;
     std::atomic<Nanoseconds> m_beginning;
     const ZeroedArray<DispatchSlot> m_dispatches;
     const ZeroedArray<CallbackSlot> m_callbacks; // apart, so that the interpreter's memory is its own
-    const ZeroedArray<std::uint64_t> m_places; // by number, the latest of those that share one; used as atomics
 
-    mutable std::mutex m_displacedMutex; // taken alone, and only where there is something displaced
-    std::map<foundation::msg_svc::exchange::IDType, Nanoseconds> m_displaced; // guarded by it
-    std::atomic<bool> m_hasDisplaced { false }; // written under it, read without
+    // Only for those that have it: memory that is not used is none.
+    const ZeroedArray<DropSlot> m_drops;
+    const ZeroedArray<PastSlot> m_pasts;
+    const ZeroedArray<SharedWord> m_dropped; // by the library's numbers, which firing's attempt was dropped last
 
     // In cache lines of their own, and so is what stands in front of them, which all threads read: one is written
     // by the threads that queue, the other by the interpreter's, at the same time.
@@ -131,6 +120,9 @@ private:
     alignas(cacheLine) std::atomic<std::uint64_t> m_count { 0 };
     alignas(cacheLine) InterpreterLog m_interpreter;
 };
+
+/// In nanoseconds, or the end of what they reach to.
+Nanoseconds dueOf(tovrintimer::DueTime moment);
 
 /// How many firings a timer has missed in busy mode `Drop` where so much time has passed from when the first was
 /// due to the dispatch of the one that makes up for them: those whose moments have passed meanwhile.

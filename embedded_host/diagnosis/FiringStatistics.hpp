@@ -14,7 +14,9 @@ namespace tovrinhost {
 ///
 /// Threading: the interpreter thread writes; any thread reads, each of them for itself.
 struct FiringStatistics {
-    std::atomic<bool> hasBeenStarted { false };
+    enum class Run : std::uint8_t { None, UnderWay, Over };
+
+    std::atomic<Run> run { Run::None }; ///< the latest
     std::atomic<std::uint64_t> runs { 0 }; ///< TimerFcns that have begun
     std::atomic<std::uint64_t> drops { 0 }; ///< firings that were dropped before one of them
     std::atomic<std::uint64_t> errors { 0 }; ///< callbacks of any kind that have failed

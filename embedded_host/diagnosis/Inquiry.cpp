@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <utility>
 
 namespace tovrinhost {
 
@@ -14,9 +15,10 @@ bool isOf(const Firing& firing, const TimerTable::Identity& timer)
 
 } // namespace
 
-Inquiry::Inquiry(const FiringLog& log, const TimerTable& timers)
+Inquiry::Inquiry(const FiringLog& log, const TimerTable& timers, Queue queue)
     : m_log(log)
     , m_timers(timers)
+    , m_queue(std::move(queue))
     , m_words([&timers](const TimerTable::Identity& timer) { return timers.find(timer); }, log.beginning())
 {
 }
@@ -25,8 +27,8 @@ template <typename Visit> void Inquiry::visitAll(const Visit& visit) const
 {
     const std::uint64_t newest = m_log.count();
     const std::uint64_t oldest = newest < FiringLog::capacity ? 1 : newest - FiringLog::capacity + 1;
-    for (std::uint64_t place = newest; place >= oldest; --place) {
-        const auto firing = m_log.at(place);
+    for (std::uint64_t number = newest; number >= oldest; --number) {
+        const auto firing = m_log.at(number);
         if (firing && !visit(*firing)) {
             return;
         }
@@ -57,7 +59,7 @@ Explanation Inquiry::explain(const Firing& firing) const
 
 void Inquiry::identify(Activity& activity) const
 {
-    if (const auto firing = m_log.find(activity.number)) {
+    if (const auto firing = m_log.at(activity.number)) {
         activity.timer = firing->timer;
         activity.kind = firing->kind;
         activity.run = firing->run;
@@ -94,9 +96,9 @@ std::string Inquiry::text(const Firing& firing) const
 
 std::optional<Firing> Inquiry::latest(const TimerTable::Identity& timer) const
 {
+    const std::optional<Firing> waitsInQueue = queued(timer); // at first, since from there it goes into the log
     std::optional<Firing> begun;
-    std::optional<Firing> waiting; // the oldest of those that wait, or that are being dropped
-    std::optional<Firing> queued;
+    std::optional<Firing> dispatched; // the oldest of those that wait for the host, or that are being dropped
     visitAll([&](const Firing& firing) {
         if (!isOf(firing, timer) || isForNobody(firing)) {
             return true;
@@ -105,11 +107,10 @@ std::optional<Firing> Inquiry::latest(const TimerTable::Identity& timer) const
             begun = firing;
             return false;
         }
-        const bool waits = firing.stage == Stage::Waiting || firing.stage == Stage::Dropped;
-        (waits ? waiting : queued) = firing;
+        dispatched = firing;
         return true;
     });
-    return waiting ? waiting : begun ? begun : queued;
+    return dispatched ? dispatched : begun ? begun : waitsInQueue;
 }
 
 std::optional<Firing> Inquiry::run(const TimerTable::Identity& timer, std::uint64_t run) const
@@ -124,9 +125,34 @@ std::optional<Firing> Inquiry::run(const TimerTable::Identity& timer, std::uint6
     return found;
 }
 
+std::optional<Firing> Inquiry::queued(const TimerTable::Identity& timer) const
+{
+    const auto works = m_queue(timer);
+    if (works.empty()) {
+        return std::nullopt;
+    }
+    Firing firing;
+    firing.timer = timer;
+    firing.kind = works.front().kind;
+    firing.wasQueued = true;
+    firing.due = dueOf(works.front().due);
+    return firing;
+}
+
+std::optional<Firing> Inquiry::queuedOf(std::uint64_t number) const
+{
+    const auto timer = m_timers.identityOf(number);
+    return timer ? queued(*timer) : std::nullopt;
+}
+
 std::optional<Nanoseconds> Inquiry::nextDue(const TimerTable::Identity& timer) const
 {
     std::optional<Nanoseconds> due;
+    for (const tovrintimer::ObservedWork& work : m_queue(timer)) {
+        if (work.kind == tovrintimer::TimerFcnWork && !due) {
+            due = dueOf(work.due);
+        }
+    }
     visitAll([&](const Firing& firing) {
         if (!isOf(firing, timer) || firing.kind != tovrintimer::TimerFcnWork) {
             return true;
@@ -137,7 +163,7 @@ std::optional<Nanoseconds> Inquiry::nextDue(const TimerTable::Identity& timer) c
         due = firing.firstDue != 0 ? firing.firstDue : firing.due;
         return true;
     });
-    return due ? due : m_log.dueOfDisplaced(timer);
+    return due;
 }
 
 std::map<std::uint64_t, Inquiry::Summary> Inquiry::summaries() const
@@ -157,9 +183,6 @@ std::map<std::uint64_t, Inquiry::Summary> Inquiry::summaries() const
             summary->missed += firing.missed;
             summary->waiting += firing.stage == Stage::Waiting ? 1 : 0;
             summary->isInCallback |= firing.stage == Stage::Running;
-            if (firing.stage == Stage::Queued && summary->nextDue == 0) {
-                summary->nextDue = firing.due;
-            }
             if (summary->newest.number == 0) {
                 summary->newest = firing;
             }

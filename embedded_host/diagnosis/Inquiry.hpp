@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -14,13 +15,16 @@
 
 namespace tovrinhost {
 
-/// Answers questions out of the log, each of which takes up to a millisecond. What the log does not hold any more
-/// is not known.
+/// Answers questions out of the log, each of which takes up to a millisecond, and out of the library's queue. What
+/// the log does not hold any more is not known.
 ///
 /// Threading: any thread, while the program runs.
 class Inquiry {
 public:
-    Inquiry(const FiringLog& log, const TimerTable& timers);
+    /// Tells what of a timer's work is queued, the soonest first.
+    using Queue = std::function<std::vector<tovrintimer::ObservedWork>(const TimerTable::Identity&)>;
+
+    Inquiry(const FiringLog& log, const TimerTable& timers, Queue queue);
 
     Explanation explain(const Firing& firing) const;
 
@@ -32,8 +36,11 @@ public:
     std::optional<Firing> latest(const TimerTable::Identity& timer) const;
     std::optional<Firing> run(const TimerTable::Identity& timer, std::uint64_t run) const;
 
-    /// When the next TimerFcn of this timer is due, or was, if it waits to run. Known however long ago it was
-    /// queued.
+    /// What of a timer is queued and due the soonest.
+    std::optional<Firing> queued(const TimerTable::Identity& timer) const;
+    std::optional<Firing> queuedOf(std::uint64_t number) const; ///< of a script's timer, by its number
+
+    /// When the next TimerFcn of this timer is due, or was, if it waits to run.
     std::optional<Nanoseconds> nextDue(const TimerTable::Identity& timer) const;
 
     /// The firings that began the latest after they were due, the latest of all first.
@@ -45,7 +52,6 @@ public:
         std::uint64_t missed = 0;
         std::uint64_t waiting = 0; ///< callbacks in the host's queue
         bool isInCallback = false;
-        Nanoseconds nextDue = 0; ///< 0: nothing of it waits for its due time
         Firing newest; ///< number 0: none
     };
     std::map<std::uint64_t, Summary> summaries() const;
@@ -64,6 +70,7 @@ private:
 
     const FiringLog& m_log;
     const TimerTable& m_timers;
+    const Queue m_queue;
     const ExplanationText m_words;
 };
 

@@ -4,32 +4,23 @@
 
 namespace tovrinhost {
 
-namespace {
-
-std::int64_t get(std::int64_t& word)
-{
-    return std::atomic_ref(word).load(std::memory_order_acquire);
-}
-
-} // namespace
-
 InterpreterLog::InterpreterLog()
-    : m_moments(makeZeroed<Moment>(capacity))
+    : m_moments(capacity)
 {
 }
 
 /// From that moment to the one after it, which there has to be.
 Activity InterpreterLog::beginningAt(std::uint64_t moment) const
 {
-    auto& words = m_moments[moment % capacity].words;
-    auto& nextWords = m_moments[(moment + 1) % capacity].words;
+    const Moment& began = m_moments[moment % capacity];
+    const Moment& ended = m_moments[(moment + 1) % capacity];
     Activity activity;
-    activity.doing = static_cast<Doing>(get(words[DoingAndLine]) % lineUnit);
-    activity.from = get(words[At]);
-    activity.to = get(nextWords[At]);
-    activity.line
-        = activity.doing == Doing::Script ? static_cast<int>(get(nextWords[DoingAndLine]) / lineUnit) : 0;
-    activity.number = static_cast<std::uint64_t>(get(words[Number]));
+    const std::int64_t code = began[DoingAndNumber].get();
+    activity.doing = static_cast<Doing>(code % numberUnit);
+    activity.number = static_cast<std::uint64_t>(code / numberUnit);
+    activity.from = began[At].get();
+    activity.to = ended[At].get();
+    activity.line = activity.doing == Doing::Script ? static_cast<int>(ended[Line].get()) : 0;
     return activity;
 }
 

@@ -13,7 +13,7 @@
 namespace tovrinhost {
 
 /// What the interpreter thread has been doing: the moments at which it turned to something else, the latest 65,536
-/// of them (1.5 MB).
+/// of them (1.5 MB). Where it goes from one callback to the next at the same moment, that is one of them.
 ///
 /// Threading: `turnTo` and `now`, the interpreter thread; `since`, any thread.
 class InterpreterLog {
@@ -35,10 +35,18 @@ public:
     State turnTo(State next, Nanoseconds at, int line = 0) noexcept
     {
         const std::uint64_t count = m_count.load(std::memory_order_relaxed);
-        auto& words = m_moments[count % capacity].words;
-        put(words[At], at);
-        put(words[DoingAndLine], static_cast<int>(next.doing) + (lineUnit * line));
-        put(words[Number], static_cast<std::int64_t>(next.number));
+        if (next.doing == Doing::Callback && m_state.doing == Doing::Host && at == m_turned && count > 0) {
+            // One word, so that no reader sees half of it.
+            m_moments[(count - 1) % capacity][DoingAndNumber].set(codeOf(next));
+            return std::exchange(m_state, next);
+        }
+        m_turned = at;
+        Moment& moment = m_moments[count % capacity];
+        __builtin_prefetch(
+            &m_moments[(count + ahead) % capacity], 1); // it has long been pushed out of what is near
+        moment[At].set(at);
+        moment[DoingAndNumber].set(codeOf(next));
+        moment[Line].set(line);
         m_count.store(count + 1, std::memory_order_release);
         return std::exchange(m_state, next);
     }
@@ -55,16 +63,15 @@ public:
     std::uint64_t readFrom(std::uint64_t first, std::vector<Activity>& into) const;
 
 private:
-    enum Word : std::size_t { At, DoingAndLine, Number };
-    struct Moment {
-        mutable std::array<std::int64_t, Number + 1> words; // used as atomics
-    };
+    enum Word : std::size_t { At, DoingAndNumber, Line };
+    using Moment = std::array<SharedWord, Line + 1>;
 
-    static constexpr std::int64_t lineUnit = 16;
+    static constexpr std::int64_t numberUnit = 16;
+    static constexpr std::size_t ahead = 6;
 
-    static void put(std::int64_t& word, std::int64_t value)
+    static std::int64_t codeOf(State state)
     {
-        std::atomic_ref(word).store(value, std::memory_order_release);
+        return static_cast<int>(state.doing) + (numberUnit * static_cast<std::int64_t>(state.number));
     }
 
     Activity beginningAt(std::uint64_t moment) const;
@@ -72,7 +79,8 @@ private:
 
     const ZeroedArray<Moment> m_moments;
     std::atomic<std::uint64_t> m_count { 0 };
-    State m_state; // only for the interpreter thread
+    State m_state; // only for the interpreter thread, like the next
+    Nanoseconds m_turned = 0; // since when
 };
 
 } // namespace tovrinhost

@@ -17,12 +17,12 @@ const News& LogReader::read()
     m_news.waiting = 0;
     // Firings first: what the interpreter thread was at before one of them ended has been noted by then.
     const std::uint64_t newest = m_log.count();
-    if (newest >= m_nextPlace + FiringLog::capacity) {
-        m_news.lost += newest - FiringLog::capacity + 1 - m_nextPlace;
-        m_nextPlace = newest - FiringLog::capacity + 1;
+    if (newest >= m_nextNumber + FiringLog::capacity) {
+        m_news.lost += newest - FiringLog::capacity + 1 - m_nextNumber;
+        m_nextNumber = newest - FiringLog::capacity + 1;
     }
-    for (; m_nextPlace <= newest; ++m_nextPlace) {
-        m_open.push_back({ m_nextPlace });
+    for (; m_nextNumber <= newest; ++m_nextNumber) {
+        m_open.push_back({ m_nextNumber });
     }
     // What follows must not stop half way.
     m_news.handedOver.reserve(m_open.size());
@@ -35,13 +35,11 @@ const News& LogReader::read()
 /// \returns whether nothing more will come of it
 bool LogReader::isDone(Open& open)
 {
-    const auto firing = m_log.at(open.place);
+    const auto firing = m_log.at(open.number);
     if (!firing) {
-        // What waits for its due time gets a new place once it has come.
-        m_news.lost += open.isQueued ? 0 : 1;
+        ++m_news.lost;
         return true;
     }
-    open.isQueued = firing->stage == Stage::Queued || firing->stage == Stage::Dropped;
     m_news.waiting += firing->stage == Stage::Waiting ? 1 : 0;
     if (!open.isHandedOver && firing->taken != 0) {
         open.isHandedOver = true;

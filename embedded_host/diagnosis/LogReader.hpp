@@ -35,8 +35,7 @@ public:
 
 private:
     struct Open {
-        std::uint64_t place;
-        bool isQueued = true;
+        std::uint64_t number;
         bool isHandedOver = false;
     };
 
@@ -44,7 +43,7 @@ private:
 
     const FiringLog& m_log;
     News m_news;
-    std::uint64_t m_nextPlace = 1;
+    std::uint64_t m_nextNumber = 1;
     std::uint64_t m_nextMoment = 0;
     std::vector<Open> m_open; // what is not over, the oldest first
 };

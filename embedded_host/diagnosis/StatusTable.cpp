@@ -28,33 +28,38 @@ std::string inSeconds(Nanoseconds span)
     return text.data();
 }
 
-/// What the newest firing of a timer is at.
-std::string standingOf(const Firing& firing, Nanoseconds beginning)
+/// What a timer is at.
+/// \param queued what of it waits for its due time
+std::string standingOf(const TimerDescription& timer, const Firing& newest, const std::optional<Firing>& queued,
+    Nanoseconds beginning)
 {
-    if (firing.number == 0) {
+    if (newest.stage == Stage::Dropped) {
+        return "dropped";
+    }
+    if (queued) {
+        return "due " + inSeconds(queued->due - beginning);
+    }
+    if (newest.number == 0) {
         return "-";
     }
-    switch (firing.stage) {
-    case Stage::Queued:
-        return "due " + inSeconds(firing.due - beginning);
-    case Stage::Dropped:
-        return "dropped";
+    switch (newest.stage) {
     case Stage::Dispatched:
     case Stage::Waiting:
         return "waits";
     case Stage::Running:
         return "runs";
     default:
-        return "stopped";
+        return timer.statistics && timer.statistics->run == FiringStatistics::Run::UnderWay ? "due" : "stopped";
     }
 }
 
 using Row = std::vector<std::string>;
 
-Row rowOf(const TimerDescription& timer, Inquiry::Summary summary, Nanoseconds beginning)
+Row rowOf(const TimerDescription& timer, Inquiry::Summary summary, const std::optional<Firing>& queued,
+    Nanoseconds beginning)
 {
     auto& late = summary.latenesses;
-    Row row { escape(timer.name), timer.settings, standingOf(summary.newest, beginning),
+    Row row { escape(timer.name), timer.settings, standingOf(timer, summary.newest, queued, beginning),
         std::to_string(late.size()), std::to_string(summary.missed) };
     if (late.empty()) {
         row.insert(row.end(), 4, "-");
@@ -99,7 +104,8 @@ std::string statusTable(const Diagnosis& diagnosis)
     std::vector<Row> rows { { "timer", "settings", "now", "runs", "dropped", "late: last", "median", "99 %",
         "most (ms)" } };
     for (const auto& timer : timers) {
-        rows.push_back(rowOf(*timer, std::move(summaries[timer->number]), log.beginning()));
+        rows.push_back(
+            rowOf(*timer, std::move(summaries[timer->number]), inquiry.queuedOf(timer->number), log.beginning()));
     }
     std::string text = "tovrin: " + std::to_string(timers.size()) + (timers.size() == 1 ? " timer" : " timers")
         + " after " + inSeconds(log.now() - log.beginning()) + " s, by the latest "

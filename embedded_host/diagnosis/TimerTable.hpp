@@ -11,6 +11,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -60,14 +61,22 @@ public:
     std::size_t liveCount() const;
     Description findLive(std::uint64_t number) const; ///< null if there is none
 
+    /// Of one of these, that of its latest run.
+    std::optional<Identity> identityOf(std::uint64_t number) const;
+
     /// \returns null where it has gone
     Description find(const Identity& timer) const;
 
 private:
+    struct Live {
+        Description description;
+        std::optional<Identity> timer;
+    };
+
     mutable std::mutex m_mutex;
     std::map<Identity, Description> m_timers; // guarded by m_mutex, like the next
     std::deque<Identity> m_byAge;
-    std::map<std::uint64_t, Description> m_live;
+    std::map<std::uint64_t, Live> m_live;
 };
 
 } // namespace tovrinhost

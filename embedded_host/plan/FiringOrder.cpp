@@ -19,7 +19,7 @@ bool isOverdue(const Firing& firing)
     return firing.stage == Stage::Waiting || firing.stage == Stage::Dropped;
 }
 
-/// At one moment, the order in which the library made them is the one in which they came.
+/// At one moment, the order in which they were dispatched.
 bool isEarlier(const Firing& a, const Firing& b)
 {
     return std::tuple(momentOf(a), a.number) < std::tuple(momentOf(b), b.number);
@@ -35,42 +35,40 @@ Nanoseconds momentOf(const Firing& firing)
 void FiringOrder::read(const Tell& tell)
 {
     const std::uint64_t newest = m_log.count();
-    if (newest >= m_nextPlace + FiringLog::capacity) {
+    if (newest >= m_nextNumber + FiringLog::capacity) {
         const std::uint64_t oldest = newest - FiringLog::capacity + 1;
-        m_lost += oldest - m_nextPlace;
-        m_nextPlace = oldest;
+        m_lost += oldest - m_nextNumber;
+        m_nextNumber = oldest;
     }
-    for (; m_nextPlace <= newest; ++m_nextPlace) {
-        m_pending.push_back({ m_nextPlace });
+    for (; m_nextNumber <= newest; ++m_nextNumber) {
+        m_pending.push_back(m_nextNumber);
     }
     const auto held = static_cast<std::ptrdiff_t>(m_begun.size());
-    std::erase_if(m_pending, [this](Pending& pending) { return isPendingNoMore(pending); });
-    std::sort(m_begun.begin() + held, m_begun.end(),
-        [](const Begun& a, const Begun& b) { return isEarlier(a.firing, b.firing); });
+    std::erase_if(m_pending, [this](std::uint64_t number) { return isPendingNoMore(number); });
+    std::sort(m_begun.begin() + held, m_begun.end(), isEarlier);
     while (!m_begun.empty()) {
-        Begun& next = m_begun.front();
-        next.firing = m_log.at(next.place).value_or(next.firing);
-        if (!isOver(next.firing.stage) && m_begun.size() <= mostHeldUp) {
+        Firing& next = m_begun.front();
+        next = m_log.at(next.number).value_or(next);
+        if (!isOver(next.stage) && m_begun.size() <= mostHeldUp) {
             return;
         }
-        tell(next.firing);
+        tell(next);
         m_begun.pop_front();
     }
 }
 
-bool FiringOrder::isPendingNoMore(Pending& pending)
+bool FiringOrder::isPendingNoMore(std::uint64_t number)
 {
-    const auto firing = m_log.at(pending.place);
+    const auto firing = m_log.at(number);
     if (!firing) {
-        m_lost += pending.isQueued ? 0 : 1; // what waits for its due time gets a new place once it has come
+        ++m_lost;
         return true;
     }
-    pending.isQueued = firing->stage == Stage::Queued || firing->stage == Stage::Dropped;
     if (momentOf(*firing) == 0) {
         return false;
     }
     if (!isNothing(*firing)) {
-        m_begun.push_back({ pending.place, *firing });
+        m_begun.push_back(*firing);
     }
     return true;
 }
@@ -78,12 +76,12 @@ bool FiringOrder::isPendingNoMore(Pending& pending)
 void FiringOrder::readRest(const Tell& tell)
 {
     read(tell);
-    for (const Begun& begun : m_begun) {
-        tell(m_log.at(begun.place).value_or(begun.firing));
+    for (const Firing& begun : m_begun) {
+        tell(m_log.at(begun.number).value_or(begun));
     }
     m_begun.clear();
-    for (const Pending& pending : m_pending) {
-        if (const auto firing = m_log.at(pending.place); firing && isOverdue(*firing)) {
+    for (const std::uint64_t number : m_pending) {
+        if (const auto firing = m_log.at(number); firing && isOverdue(*firing)) {
             tell(*firing);
         }
     }

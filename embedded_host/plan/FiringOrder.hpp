@@ -37,23 +37,13 @@ public:
 private:
     static constexpr std::size_t mostHeldUp = 10'000;
 
-    struct Pending {
-        std::uint64_t place;
-        bool isQueued = true; ///< as it stood when it was last read
-    };
-
-    struct Begun {
-        std::uint64_t place;
-        Firing firing; ///< as it stood when it was last read
-    };
-
-    bool isPendingNoMore(Pending& pending);
+    bool isPendingNoMore(std::uint64_t number);
 
     const FiringLog& m_log;
-    std::uint64_t m_nextPlace = 1;
+    std::uint64_t m_nextNumber = 1;
     std::uint64_t m_lost = 0;
-    std::vector<Pending> m_pending; // what has not begun
-    std::deque<Begun> m_begun; // in their order
+    std::vector<std::uint64_t> m_pending; // what has not begun
+    std::deque<Firing> m_begun; // in their order, each as it stood when it was last read
 };
 
 /// When it began or came to nothing; 0 while neither has happened.

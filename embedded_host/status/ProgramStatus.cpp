@@ -14,29 +14,36 @@ constexpr std::size_t longestName = 200;
 constexpr std::size_t longestScript = 1000;
 constexpr std::size_t longestExplanation = 50'000;
 
-TimerState stateOf(const Inquiry::Summary& summary, bool hasBeenStarted)
+TimerState stateOf(const Inquiry::Summary& summary, bool isQueued, FiringStatistics::Run run)
 {
-    if (summary.newest.number == 0) {
-        return hasBeenStarted ? TimerState::Unknown : TimerState::New;
-    }
     if (summary.isInCallback) {
         return TimerState::Runs;
     }
     if (summary.waiting > 0) {
         return TimerState::Waits;
     }
-    return summary.nextDue != 0 ? TimerState::Due : TimerState::Stopped;
+    switch (run) {
+    case FiringStatistics::Run::None:
+        return TimerState::New;
+    case FiringStatistics::Run::UnderWay:
+        return isQueued || summary.newest.number != 0 ? TimerState::Due : TimerState::Unknown;
+    case FiringStatistics::Run::Over:
+        break;
+    }
+    return TimerState::Stopped;
 }
 
-TimerStatus statusOf(const TimerDescription& timer, const Inquiry::Summary& summary, const FiringLog& log)
+/// \param queued what of it waits for its due time
+TimerStatus statusOf(const TimerDescription& timer, const Inquiry::Summary& summary,
+    const std::optional<Firing>& queued, const FiringLog& log)
 {
     TimerStatus status;
     status.number = timer.number;
     status.name = shortened(validText(timer.name), longestName);
     status.settings = timer.settings;
     status.backlog = summary.waiting;
-    if (summary.nextDue != 0) {
-        status.due = toSeconds(summary.nextDue - log.beginning());
+    if (queued) {
+        status.due = toSeconds(queued->due - log.beginning());
     }
     if (!summary.latenesses.empty()) {
         status.lateness99 = toSeconds(percentile(summary.latenesses, 99));
@@ -54,7 +61,8 @@ TimerStatus statusOf(const TimerDescription& timer, const Inquiry::Summary& summ
             status.mostLateness = toSeconds(all.mostLateness);
         }
     }
-    status.state = stateOf(summary, timer.statistics && timer.statistics->hasBeenStarted);
+    const auto run = timer.statistics ? timer.statistics->run.load() : FiringStatistics::Run::None;
+    status.state = stateOf(summary, queued.has_value(), run);
     return status;
 }
 
@@ -82,7 +90,8 @@ const char* nameOf(TimerState state)
 ProgramStatus takeStatus(const Diagnosis& diagnosis, std::int64_t process, const std::string& script)
 {
     const FiringLog& log = diagnosis.log();
-    auto summaries = diagnosis.inquiry().summaries();
+    const Inquiry inquiry = diagnosis.inquiry();
+    auto summaries = inquiry.summaries();
     const auto timers = diagnosis.timers().live(ProgramStatus::mostTimers);
     const std::size_t count = diagnosis.timers().liveCount();
     ProgramStatus status;
@@ -91,7 +100,7 @@ ProgramStatus takeStatus(const Diagnosis& diagnosis, std::int64_t process, const
     status.now = toSeconds(log.now() - log.beginning());
     status.moreTimers = count > timers.size() ? count - timers.size() : 0;
     for (const auto& timer : timers) {
-        status.timers.push_back(statusOf(*timer, summaries[timer->number], log));
+        status.timers.push_back(statusOf(*timer, summaries[timer->number], inquiry.queuedOf(timer->number), log));
     }
     return status;
 }
@@ -103,8 +112,8 @@ std::optional<std::string> explainLatest(const Diagnosis& diagnosis, std::uint64
     if (!timer) {
         return std::nullopt;
     }
-    const Firing newest = inquiry.summaries()[number].newest;
-    const auto latest = newest.number == 0 ? std::nullopt : inquiry.latest(newest.timer);
+    const auto identity = diagnosis.timers().identityOf(number);
+    const auto latest = identity ? inquiry.latest(*identity) : std::nullopt;
     std::string text = latest ? inquiry.text(*latest)
                               : escape(timer->name) + ": the log holds no firing of it, among the latest "
             + std::to_string(FiringLog::capacity) + " of all timers\n";

@@ -17,7 +17,7 @@ enum class TimerState : std::uint8_t {
     Waits, ///< its callback waits in the host's queue
     Runs, ///< its callback runs
     Stopped,
-    Unknown, ///< the log does not reach back so far
+    Unknown, ///< its callback has run for longer than the log reaches back
 };
 
 const char* nameOf(TimerState state);

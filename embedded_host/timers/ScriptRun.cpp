@@ -31,6 +31,7 @@ ScriptRun::ScriptRun(const TimerSurroundings& surroundings, Owner& owner, std::u
 void ScriptRun::begin()
 {
     m_state = m_settings.hasStartFcn ? State::Starting : State::Running;
+    m_statistics->run = FiringStatistics::Run::UnderWay;
     m_engine = std::make_shared<TimerEngine>(
         m_surroundings.engine, std::weak_ptr<TimerTaskListener>(weak_from_this()), m_surroundings.maxBacklog);
     m_timer = std::make_shared<TimerInfo>(makeObjectArray(m_number), m_engine, m_interruptState);
@@ -43,6 +44,7 @@ void ScriptRun::begin()
     } catch (...) {
         m_engine->close(0);
         m_state = State::Ended;
+        m_statistics->run = FiringStatistics::Run::Over;
         m_endReason = EndReason::Error;
         m_timer->setActivationStatus(false);
         throw;
@@ -126,7 +128,9 @@ std::optional<Nanoseconds> ScriptRun::nextDue() const
     if (!isUnderWay() || !isRunning() || m_progress.hasBegunAll()) {
         return std::nullopt;
     }
-    return m_surroundings.diagnosis.inquiry().nextDue(m_timer->getId());
+    const Inquiry inquiry = m_surroundings.diagnosis.inquiry();
+    const auto due = inquiry.nextDue(m_timer->getId());
+    return due ? due : inquiry.nextDue(m_timer->getId()); // on its way to the host, it may have been nowhere
 }
 
 /// For people who ask about its firings.
@@ -368,6 +372,7 @@ void ScriptRun::askForErrorFcn(bool alsoStopFcn)
 void ScriptRun::end()
 {
     m_state = State::Ended;
+    m_statistics->run = FiringStatistics::Run::Over;
     if (m_timer->getIsRunning()) {
         m_timer->setActivationStatus(false); // what the scheduler may still hold for it ends silently
     }

@@ -139,7 +139,6 @@ void ScriptTimer::beginRun()
     const bool isStopped = m_runsToCome > 0 || m_stopsTheLastToCome;
     m_lastError.reset();
     m_endReason.reset();
-    m_statistics->hasBeenStarted = true;
     ScriptRun::Owner& owner = *this;
     m_run = std::make_shared<ScriptRun>(m_surroundings, owner, m_number, m_statistics, settingsOfRun());
     try {

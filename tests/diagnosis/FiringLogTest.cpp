@@ -16,25 +16,25 @@ class FiringLogTest : public MadeUpLogTest { };
 TEST_F(FiringLogTest, AFiringIsFollowedFromTheQueueToTheEndOfItsCallback)
 {
     m_log.queued(work(1, 1, 100));
-    EXPECT_EQ(m_log.find(1)->stage, Stage::Queued);
+    EXPECT_EQ(m_log.count(), 0U) << "what is queued, the queue tells";
     at(101);
     m_log.dispatched(work(1, 1, 100));
-    EXPECT_EQ(m_log.find(1)->stage, Stage::Dispatched);
+    EXPECT_EQ(m_log.at(1)->stage, Stage::Dispatched);
     at(102);
     EXPECT_EQ(hostHasIt(), 1U);
-    EXPECT_EQ(m_log.find(1)->stage, Stage::Waiting);
+    EXPECT_EQ(m_log.at(1)->stage, Stage::Waiting);
     at(103);
     m_log.handedOver(work(1, 1, 100));
     at(110);
     const auto beginning = m_log.callbackBegins(m_notes[1], madeUpNow, 17, 100 * ms);
-    EXPECT_EQ(m_log.find(1)->stage, Stage::Running);
+    EXPECT_EQ(m_log.at(1)->stage, Stage::Running);
     at(115);
     EXPECT_EQ(m_log.callbackEnds(m_notes[1], madeUpNow, false), 5 * ms);
 
     EXPECT_EQ(beginning.due, 100 * ms);
     EXPECT_EQ(beginning.started, 110 * ms);
     EXPECT_EQ(beginning.missed, 0U);
-    const auto firing = m_log.find(1);
+    const auto firing = m_log.at(1);
     ASSERT_TRUE(firing);
     EXPECT_EQ(firing->stage, Stage::Done);
     EXPECT_TRUE(firing->wasQueued);
@@ -50,9 +50,9 @@ TEST_F(FiringLogTest, AFiringIsFollowedFromTheQueueToTheEndOfItsCallback)
 
 TEST_F(FiringLogTest, WorkThatIsDispatchedAtOnceWasNeverQueued)
 {
-    m_log.dispatched(work(1, 1, 100));
+    m_log.dispatched(forced(work(1, 1, 100)));
 
-    EXPECT_FALSE(m_log.find(1)->wasQueued);
+    EXPECT_FALSE(m_log.at(1)->wasQueued);
 }
 
 TEST_F(FiringLogTest, ATaskThatNobodyHasToldOfHasNoNumber)
@@ -78,21 +78,53 @@ TEST_F(FiringLogTest, TheAttemptsAfterADropAreOneFiringWhichCountsThePeriodsThat
     m_log.queued(work(1, 1, 100));
     m_log.dispatched(work(1, 1, 100));
     m_log.dropped(work(1, 1, 100), DropReason::BusyModeDrop);
-    EXPECT_EQ(m_log.find(1)->stage, Stage::Dropped);
+    EXPECT_EQ(m_log.at(1)->stage, Stage::Dropped);
     m_log.queued(work(2, 1, 101, 1));
-    EXPECT_FALSE(m_log.find(1));
+    EXPECT_EQ(m_log.at(1)->stage, Stage::Dropped);
     m_log.dispatched(work(2, 1, 101, 1));
     m_log.dropped(work(2, 1, 101, 1), DropReason::BusyModeDrop);
     at(350);
     hand(work(3, 1, 350, 2));
-    const auto beginning = m_log.callbackBegins(m_notes[3], madeUpNow, 5, 100 * ms);
+    const auto beginning = m_log.callbackBegins(m_notes[1], madeUpNow, 5, 100 * ms);
 
     EXPECT_EQ(m_log.count(), 1U);
     EXPECT_EQ(beginning.missed, 3U); // due at 100, 200 and 300
     EXPECT_EQ(beginning.due, 350 * ms);
-    EXPECT_EQ(m_log.find(3)->firstDue, 100 * ms);
-    EXPECT_EQ(m_log.find(3)->missed, 3U);
-    EXPECT_EQ(m_log.find(3)->stage, Stage::Running);
+    EXPECT_EQ(m_log.at(1)->firstDue, 100 * ms);
+    EXPECT_EQ(m_log.at(1)->missed, 3U);
+    EXPECT_EQ(m_log.at(1)->stage, Stage::Running);
+}
+
+TEST_F(FiringLogTest, AttemptsAreToldApartFromTheFiringsOfOthers)
+{
+    at(100);
+    m_log.dispatched(work(1, 1, 100));
+    m_log.dropped(work(1, 1, 100), DropReason::BusyModeDrop);
+    m_log.dispatched(work(2, 2, 100));
+    m_log.dropped(work(2, 2, 100), DropReason::BusyModeDrop);
+    m_log.dispatched(work(3, 2, 101, 2));
+    m_log.dispatched(work(4, 1, 101, 1));
+
+    EXPECT_EQ(m_log.count(), 2U);
+    EXPECT_EQ(m_log.at(1)->timer.second, 1);
+    EXPECT_EQ(m_log.at(1)->stage, Stage::Dispatched);
+    EXPECT_EQ(m_log.at(2)->timer.second, 2);
+
+    m_log.dispatched(work(5, 1, 102, 1)); // nothing that was dropped waits for it any more
+    EXPECT_EQ(m_log.count(), 3U);
+    EXPECT_EQ(m_log.at(3)->firstDue, 0);
+}
+
+TEST_F(FiringLogTest, AnAttemptThatIsTakenBackEndsTheFiringThatWasDropped)
+{
+    m_log.dispatched(work(1, 1, 100));
+    m_log.dropped(work(1, 1, 100), DropReason::BusyModeDrop);
+    m_log.queued(work(2, 1, 101, 1));
+    m_log.dropped(work(2, 1, 101, 1), DropReason::RemovedByStop);
+
+    EXPECT_EQ(m_log.count(), 1U);
+    EXPECT_EQ(m_log.at(1)->stage, Stage::Refused);
+    EXPECT_EQ(m_log.at(1)->firstDue, 100 * ms);
 }
 
 TEST_F(FiringLogTest, WhatIsMissedIsWhoseMomentHasPassed)
@@ -120,40 +152,40 @@ TEST_F(FiringLogTest, WhatIsDueTogetherIsDispatchedAsTheOneBeforeIsHandedOver)
         at(104);
     }
 
-    EXPECT_EQ(m_log.find(1)->dispatched, 101 * ms);
-    EXPECT_EQ(m_log.find(2)->dispatched, 102 * ms);
-    EXPECT_EQ(m_log.find(2)->taken, 103 * ms);
-    EXPECT_EQ(m_log.find(3)->dispatched, 103 * ms);
+    EXPECT_EQ(m_log.at(1)->dispatched, 101 * ms);
+    EXPECT_EQ(m_log.at(2)->dispatched, 102 * ms);
+    EXPECT_EQ(m_log.at(2)->taken, 103 * ms);
+    EXPECT_EQ(m_log.at(3)->dispatched, 103 * ms);
 }
 
 TEST_F(FiringLogTest, WhatTheThreadMayHaveSleptBeforeIsDispatchedNow)
 {
-    const auto handAt = [&](Nanoseconds moment, const tovrintimer::ObservedWork& handed) {
+    const auto dispatchedAt = [&](Nanoseconds moment, const tovrintimer::ObservedWork& handed) {
         at(moment);
         m_log.dispatched(handed);
         hostHasIt();
+        return m_log.at(m_log.count())->dispatched;
     };
     m_log.queued(work(1, 1, 100));
     m_log.queued(work(2, 2, 103));
-    handAt(102, work(1, 1, 100));
-    handAt(105, work(2, 2, 103)); // was not due at 102
+    EXPECT_EQ(dispatchedAt(102, work(1, 1, 100)), 102 * ms);
+    EXPECT_EQ(dispatchedAt(105, work(2, 2, 103)), 105 * ms) << "was not due at 102";
     m_log.queued(work(3, 3, 104));
-    handAt(106, work(3, 3, 104)); // was not queued at 105
-    handAt(107, work(4, 1, 105)); // never was
-    m_log.queued(work(5, 2, 108));
+    EXPECT_EQ(dispatchedAt(106, work(3, 3, 104)), 106 * ms) << "was not queued at 105";
+    EXPECT_EQ(dispatchedAt(107, forced(work(4, 1, 105))), 107 * ms) << "never was";
+    m_log.queued(work(5, 2, 100));
+    m_log.queued(work(6, 1, 100));
+    m_log.queued(work(7, 2, 108));
     at(108);
-    m_log.dispatched(work(5, 2, 108));
-    m_log.dropped(work(5, 2, 108), DropReason::BusyModeDrop);
-    m_log.queued(work(7, 1, 100));
-    handAt(109, work(7, 1, 100)); // nobody knows when the thread was done with the one before
-    m_log.queued(work(6, 2, 109, 5));
-    handAt(110, work(6, 2, 109, 5)); // was not queued again at 109
-
-    EXPECT_EQ(m_log.find(2)->dispatched, 105 * ms);
-    EXPECT_EQ(m_log.find(3)->dispatched, 106 * ms);
-    EXPECT_EQ(m_log.find(4)->dispatched, 107 * ms);
-    EXPECT_EQ(m_log.find(7)->dispatched, 109 * ms);
-    EXPECT_EQ(m_log.find(6)->dispatched, 110 * ms);
+    m_log.dispatched(work(7, 2, 108));
+    m_log.dropped(work(7, 2, 108), DropReason::BusyModeDrop);
+    EXPECT_EQ(dispatchedAt(109, work(5, 1, 100)), 109 * ms)
+        << "nobody knows when the thread was done with the one before";
+    m_log.queued(work(8, 2, 109, 7));
+    EXPECT_EQ(dispatchedAt(110, work(6, 1, 100)), 109 * ms) << "has waited for the one before";
+    at(111);
+    m_log.dispatched(work(8, 2, 109, 7));
+    EXPECT_EQ(m_log.at(5)->dispatched, 111 * ms) << "may have been hastened since 110";
 }
 
 TEST_F(FiringLogTest, ACallbackDoesNotBeginBeforeItsTaskHasCome)
@@ -163,7 +195,7 @@ TEST_F(FiringLogTest, ACallbackDoesNotBeginBeforeItsTaskHasCome)
     const auto beginning = m_log.callbackBegins(m_notes[1], 105 * ms, 1, ms);
 
     EXPECT_EQ(beginning.started, 110 * ms);
-    EXPECT_EQ(m_log.find(1)->started, 110 * ms);
+    EXPECT_EQ(m_log.at(1)->started, 110 * ms);
 }
 
 TEST_F(FiringLogTest, WhatComesToNothingHasItsReason)
@@ -174,11 +206,11 @@ TEST_F(FiringLogTest, WhatComesToNothingHasItsReason)
     hand(work(3, 1, 100));
     m_log.discarded(m_notes[3]);
 
-    EXPECT_EQ(m_log.find(1)->stage, Stage::Refused);
-    EXPECT_EQ(m_log.find(1)->reason, DropReason::RemovedByStop);
-    EXPECT_EQ(m_log.find(2)->reason, DropReason::TimerNotRunning);
-    EXPECT_EQ(m_log.find(2)->due, 100 * ms);
-    EXPECT_EQ(m_log.find(3)->stage, Stage::Discarded);
+    EXPECT_EQ(m_log.at(1)->stage, Stage::Refused);
+    EXPECT_EQ(m_log.at(1)->reason, DropReason::RemovedByStop);
+    EXPECT_EQ(m_log.at(2)->reason, DropReason::TimerNotRunning);
+    EXPECT_EQ(m_log.at(2)->due, 100 * ms);
+    EXPECT_EQ(m_log.at(3)->stage, Stage::Discarded);
 }
 
 TEST_F(FiringLogTest, WorkThatIsHastenedHasTheDueTimeWithWhichItIsDispatched)
@@ -186,7 +218,7 @@ TEST_F(FiringLogTest, WorkThatIsHastenedHasTheDueTimeWithWhichItIsDispatched)
     m_log.queued(work(1, 1, 100));
     m_log.dispatched(work(1, 1, 90));
 
-    EXPECT_EQ(m_log.find(1)->due, 90 * ms);
+    EXPECT_EQ(m_log.at(1)->due, 90 * ms);
 }
 
 TEST_F(FiringLogTest, ACallbackThatRunsNestedKnowsWithinWhich)
@@ -202,34 +234,45 @@ TEST_F(FiringLogTest, ACallbackThatRunsNestedKnowsWithinWhich)
     m_log.interpreter().turnTo(outer, 9);
     m_log.callbackEnds(m_notes[1], madeUpNow, false);
 
-    EXPECT_EQ(m_log.find(2)->within, 1U);
-    EXPECT_EQ(m_log.find(2)->stage, Stage::Failed);
-    EXPECT_EQ(m_log.find(1)->within, 0U);
+    EXPECT_EQ(m_log.at(2)->within, 1U);
+    EXPECT_EQ(m_log.at(2)->stage, Stage::Failed);
+    EXPECT_EQ(m_log.at(1)->within, 0U);
 }
 
-TEST_F(FiringLogTest, TheOldestFallOutAndOneThatWaitedForSoLongGetsANewPlace)
+TEST_F(FiringLogTest, TheOldestFallOut)
 {
-    m_log.queued(work(1, 1, 100));
+    at(100);
+    hand(work(1, 1, 100));
+    m_log.callbackBegins(m_notes[1], madeUpNow, 1, ms);
     for (std::uint64_t number = 2; number <= FiringLog::capacity + 1; ++number) {
         hand(work(number, 2, 100));
     }
-    EXPECT_FALSE(m_log.find(1));
+
     EXPECT_FALSE(m_log.at(1));
     EXPECT_EQ(m_log.at(2)->number, 2U);
+    EXPECT_EQ(m_log.at(FiringLog::capacity + 1)->stage, Stage::Waiting) << "not what became of the one before it";
+}
 
-    at(1);
+TEST_F(FiringLogTest, TheAttemptAfterADropThatHasFallenOutIsAFiringOfItsOwn)
+{
     m_log.dispatched(work(1, 1, 100));
+    m_log.dropped(work(1, 1, 100), DropReason::BusyModeDrop);
+    for (std::uint64_t number = 3; number <= FiringLog::capacity + 2; ++number) {
+        hand(work(number, 2, 100));
+    }
+    m_log.dispatched(work(2, 1, 101, 1));
 
-    EXPECT_EQ(m_log.find(1)->stage, Stage::Dispatched);
-    EXPECT_FALSE(m_log.at(2));
-    EXPECT_FALSE(m_log.find(FiringLog::capacity + 1)) << "their numbers share a place in the table";
+    EXPECT_EQ(m_log.count(), FiringLog::capacity + 2);
+    EXPECT_EQ(m_log.at(m_log.count())->timer.second, 1);
+    EXPECT_EQ(m_log.at(m_log.count())->firstDue, 0);
 }
 
 TEST_F(FiringLogTest, AReaderSeesOneFiringOrNone)
 {
     const auto writes = [&](std::uint64_t from) {
         for (std::uint64_t number = from; number < 40 * FiringLog::capacity; number += 2) {
-            m_log.queued(work(number, static_cast<std::int64_t>(number), static_cast<std::int64_t>(number)));
+            const auto same = static_cast<std::int64_t>(number);
+            m_log.dispatched(work(number, same, same));
         }
     };
     std::thread odd([&] { writes(1); });
@@ -238,7 +281,7 @@ TEST_F(FiringLogTest, AReaderSeesOneFiringOrNone)
     while (seen < FiringLog::capacity || m_log.count() < 20 * FiringLog::capacity) {
         const auto newest = m_log.count();
         if (const auto firing = newest == 0 ? std::nullopt : m_log.at(newest)) {
-            ASSERT_EQ(firing->number, static_cast<std::uint64_t>(firing->timer.second));
+            ASSERT_EQ(firing->number, newest);
             ASSERT_EQ(firing->due, firing->timer.second * ms);
             ++seen;
         }

@@ -4,6 +4,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
+
 namespace tovrinhost {
 
 namespace {
@@ -26,13 +29,19 @@ protected:
     {
         hand(fired);
         at(from);
-        m_log.callbackBegins(m_notes[fired.number], madeUpNow, run, 100 * ms);
+        m_log.callbackBegins(m_notes[m_log.count()], madeUpNow, run, 100 * ms);
         at(to);
-        m_log.callbackEnds(m_notes[fired.number], madeUpNow, false);
+        m_log.callbackEnds(m_notes[m_log.count()], madeUpNow, false);
     }
 
+    std::vector<tovrintimer::ObservedWork> m_queue; // the soonest first
     TimerTable m_timers;
-    Inquiry m_inquiry { m_log, m_timers };
+    Inquiry m_inquiry { m_log, m_timers, [this](const TimerTable::Identity& timer) {
+                           std::vector<tovrintimer::ObservedWork> works;
+                           std::ranges::copy_if(m_queue, std::back_inserter(works),
+                               [&](const auto& work) { return work.timer.second == timer.second; });
+                           return works;
+                       } };
 };
 
 TEST_F(InquiryTest, AFiringBehindAnotherTimersCallbackNamesItAndItsPlace)
@@ -71,7 +80,7 @@ TEST_F(InquiryTest, AFiringThatTheSchedulerCameToLateWasBehindTheOthers)
     m_log.dispatched(work(4, 1, 10));
     hostHasIt();
     m_log.handedOver(work(4, 1, 10));
-    m_log.callbackBegins(m_notes[4], madeUpNow, 2, ms);
+    m_log.callbackBegins(m_notes[2], madeUpNow, 2, ms);
 
     EXPECT_EQ(latestText(1),
         "poll run 2 (FixedRate, Drop, 0.1 s) due 0.010 started 0.015 late 5.0 ms\n"
@@ -99,27 +108,52 @@ TEST_F(InquiryTest, AFiringThatIsBeingDroppedTellsHowManyAreMissed)
     m_log.queued(work(2, 1, 100));
     m_log.dispatched(work(2, 1, 100));
     m_log.dropped(work(2, 1, 100), tovrintimer::DropReason::BusyModeDrop);
-    m_log.queued(work(3, 1, 101, 2));
+    m_queue = { work(3, 1, 101, 2) };
     at(310);
 
     EXPECT_EQ(latestText(1),
-        "poll next run (FixedRate, Drop, 0.1 s) due 0.101 has not started: run 4 had not ended; 3 firings in "
+        "poll next run (FixedRate, Drop, 0.1 s) due 0.100 has not started: run 4 had not ended; 3 firings in "
         "a "
         "row missed so far\n");
 }
 
 TEST_F(InquiryTest, TheLatestIsTheOneThatRanUntilTheNextOneWaits)
 {
-    m_log.queued(work(1, 1, 100));
-    EXPECT_EQ(m_inquiry.latest(timerNumber(1))->number, 1U);
+    m_queue = { work(1, 1, 100), work(9, 1, 200) };
+    EXPECT_EQ(m_inquiry.latest(timerNumber(1))->number, 0U);
+    EXPECT_EQ(m_inquiry.latest(timerNumber(1))->stage, Stage::Queued);
+    EXPECT_EQ(m_inquiry.latest(timerNumber(1))->due, 100 * ms);
     fire(work(2, 1, 0), 1, 0, 1);
-    EXPECT_EQ(m_inquiry.latest(timerNumber(1))->number, 2U);
-    m_log.queued(work(3, 1, 100));
-    EXPECT_EQ(m_inquiry.latest(timerNumber(1))->number, 2U);
+    EXPECT_EQ(m_inquiry.latest(timerNumber(1))->number, 1U);
+    m_queue = { work(3, 1, 100) };
+    EXPECT_EQ(m_inquiry.latest(timerNumber(1))->number, 1U);
     hand(work(4, 1, 100));
     hand(work(5, 1, 100));
-    EXPECT_EQ(m_inquiry.latest(timerNumber(1))->number, 4U);
+    EXPECT_EQ(m_inquiry.latest(timerNumber(1))->number, 2U);
     EXPECT_FALSE(m_inquiry.latest(timerNumber(2)));
+}
+
+TEST_F(InquiryTest, WhatIsQueuedTellsWhatItWaitsFor)
+{
+    const auto never = std::chrono::duration_cast<tovrintimer::DueTime::duration>(std::chrono::nanoseconds::max());
+    m_queue = { work(1, 1, 9000), work(2, 2, never.count() + 1) };
+
+    EXPECT_EQ(latestText(1),
+        "poll next run (FixedRate, Drop, 0.1 s) due 9.000 has not started: start delay until 9.000\n");
+    EXPECT_THAT(latestText(2), testing::HasSubstr("its due time lies beyond the end of the clock"));
+}
+
+TEST_F(InquiryTest, WhatIsQueuedIsFoundByTheNumberOfTheScriptsTimer)
+{
+    m_queue = { work(1, 1, 100) };
+    EXPECT_FALSE(m_inquiry.queuedOf(1)) << "the script has no such timer";
+    m_timers.putLive(*describe(timerNumber(1)));
+    EXPECT_FALSE(m_inquiry.queuedOf(1)) << "it has not been started";
+    m_timers.put(timerNumber(3), *describe(timerNumber(1)));
+    m_timers.put(timerNumber(1), *describe(timerNumber(1)));
+    EXPECT_EQ(m_inquiry.queuedOf(1)->due, 100 * ms);
+    m_timers.removeLive(1);
+    EXPECT_FALSE(m_inquiry.queuedOf(1));
 }
 
 TEST_F(InquiryTest, RunsAreFoundByTheirNumberAndTheWorstAreSorted)
@@ -141,45 +175,21 @@ TEST_F(InquiryTest, RunsAreFoundByTheirNumberAndTheWorstAreSorted)
 TEST_F(InquiryTest, TheNextDueMomentIsThatOfTheOldestThatHasNotBegun)
 {
     EXPECT_FALSE(m_inquiry.nextDue(timerNumber(1)));
-    m_log.queued(work(1, 1, 100));
+    m_queue = { work(9, 1, 50, 0, tovrintimer::StopFcnWork), work(1, 1, 100), work(8, 1, 150) };
     EXPECT_EQ(m_inquiry.nextDue(timerNumber(1)), 100 * ms);
     at(100);
-    m_log.dispatched(work(1, 1, 100));
-    hostHasIt();
-    m_log.handedOver(work(1, 1, 100));
-    m_log.queued(work(2, 1, 200));
+    hand(work(1, 1, 100));
+    m_queue = { work(2, 1, 200) };
     EXPECT_EQ(m_inquiry.nextDue(timerNumber(1)), 100 * ms);
     m_log.callbackBegins(m_notes[1], madeUpNow, 1, 100 * ms);
     EXPECT_EQ(m_inquiry.nextDue(timerNumber(1)), 200 * ms);
     m_log.dispatched(work(2, 1, 200));
     m_log.dropped(work(2, 1, 200), tovrintimer::DropReason::BusyModeDrop);
-    m_log.queued(work(3, 1, 201, 2));
+    m_queue = { work(3, 1, 201, 2) };
     EXPECT_EQ(m_inquiry.nextDue(timerNumber(1)), 200 * ms);
+    m_queue.clear();
     m_log.dropped(work(3, 1, 201, 2), tovrintimer::DropReason::RemovedByStop);
     EXPECT_FALSE(m_inquiry.nextDue(timerNumber(1)));
-}
-
-TEST_F(InquiryTest, WhenAFiringIsDueThatHasLostItsPlaceIsKnownUntilItIsDispatchedOrDropped)
-{
-    at(1);
-    m_log.queued(work(1, 1, 9000));
-    m_log.queued(work(2, 2, 8000));
-    auto fill = [this, number = std::uint64_t { 2 }]() mutable {
-        for (std::size_t i = 0; i < FiringLog::capacity; ++i) {
-            ++number;
-            hand(work(number, 3, 1));
-        }
-    };
-    fill();
-    fill();
-    EXPECT_EQ(m_inquiry.nextDue(timerNumber(1)), 9000 * ms);
-    EXPECT_EQ(m_inquiry.nextDue(timerNumber(2)), 8000 * ms);
-
-    hand(work(1, 1, 9000));
-    m_log.dropped(work(2, 2, 8000), tovrintimer::DropReason::RemovedByStop);
-    fill();
-    EXPECT_FALSE(m_inquiry.nextDue(timerNumber(1)));
-    EXPECT_FALSE(m_inquiry.nextDue(timerNumber(2)));
 }
 
 } // namespace

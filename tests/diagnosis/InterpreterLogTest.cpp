@@ -54,6 +54,31 @@ TEST(InterpreterLogTest, ATurnGivesBackWhatItWasAtBefore)
     EXPECT_EQ(log.now().number, 8U);
 }
 
+TEST(InterpreterLogTest, BetweenTwoCallbacksAtTheSameMomentItWasAtNothing)
+{
+    InterpreterLog log;
+    log.turnTo({ Doing::Callback, 1 }, 0);
+    log.turnTo({ Doing::Host, 7 }, 20);
+    const auto before = log.turnTo({ Doing::Callback, 2 }, 20);
+    log.turnTo({ Doing::Host, 0 }, 30);
+    log.turnTo({ Doing::Callback, 3 }, 31);
+    log.turnTo({ Doing::Host, 3 }, 31);
+    log.turnTo({ Doing::Idle, 3 }, 31);
+    log.turnTo({ Doing::Callback, 4 }, 31);
+
+    EXPECT_EQ(before.doing, Doing::Host);
+    EXPECT_EQ(before.number, 7U);
+    EXPECT_EQ(log.now().number, 4U);
+    const auto all = log.since(0, 40);
+    EXPECT_THAT(all,
+        ElementsAre(Was(Doing::Callback, 0, 20), Was(Doing::Callback, 20, 30), Was(Doing::Host, 30, 31),
+            Was(Doing::Callback, 31, 31), Was(Doing::Host, 31, 31), Was(Doing::Idle, 31, 31),
+            Was(Doing::Callback, 31, 40)));
+    EXPECT_EQ(all[0].number, 1U);
+    EXPECT_EQ(all[1].number, 2U);
+    EXPECT_EQ(log.count(), 7U);
+}
+
 TEST(InterpreterLogTest, TheOldestFallOutAndAreUnknown)
 {
     InterpreterLog log;

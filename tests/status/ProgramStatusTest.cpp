@@ -1,10 +1,14 @@
 #include "embedded_host/status/ProgramStatus.hpp"
 
 #include "embedded_host/diagnosis/FiringStatistics.hpp"
+#include "embedded_host/services/ProcessScope.hpp"
+#include "timer_src/main/TimerInfo.hpp"
+#include "timer_src/main/TimerScheduler.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <map>
 
 namespace tovrinhost {
@@ -16,6 +20,9 @@ using testing::StartsWith;
 
 class ProgramStatusTest : public testing::Test {
 protected:
+    // The scheduler is asked for what is queued.
+    ~ProgramStatusTest() override { destroyProcessScope(); }
+
     /// A timer of the script that has been started, and that has had these runs.
     std::shared_ptr<FiringStatistics> makeTimer(std::uint64_t number, const std::string& name)
     {
@@ -32,17 +39,16 @@ protected:
         return statistics;
     }
 
-    tovrintimer::ObservedWork work(std::uint64_t number, std::int64_t timer) const
+    static tovrintimer::DueTime in(std::chrono::milliseconds span)
     {
-        const std::int64_t due = m_diagnosis.log().now() / 1'000'000;
-        return { number, 0, { 7, timer }, tovrintimer::TimerFcnWork,
-            tovrintimer::DueTime { tovrintimer::DueTime::duration(due) } };
+        const auto now = tovrintimer::SteadyClock::now() + span;
+        return std::chrono::time_point_cast<tovrintimer::DueTime::duration>(now);
     }
 
     void hand(std::uint64_t number, std::int64_t timer)
     {
-        const auto handed = work(number, timer);
-        m_diagnosis.log().queued(handed);
+        const tovrintimer::ObservedWork handed { number, 0, { 7, timer }, tovrintimer::TimerFcnWork, in({}),
+            true };
         m_diagnosis.log().dispatched(handed);
         m_diagnosis.log().hostHasIt(m_notes[number]);
         m_diagnosis.log().handedOver(handed);
@@ -54,31 +60,43 @@ protected:
     std::map<std::uint64_t, TaskNote> m_notes; // by number
 };
 
-TEST_F(ProgramStatusTest, ATimersStateFollowsItsFirings)
+TEST_F(ProgramStatusTest, ATimersStateFollowsItsRunAndItsFirings)
 {
-    makeTimer(1, "t");
+    const auto statistics = makeTimer(1, "t");
     EXPECT_EQ(status().state, TimerState::New);
-    EXPECT_EQ(status().due, std::nullopt);
 
-    m_diagnosis.log().queued(work(1, 1));
-    EXPECT_EQ(status().state, TimerState::Due);
-    EXPECT_NE(status().due, std::nullopt);
-
+    statistics->run = FiringStatistics::Run::UnderWay;
+    hand(1, 1);
     hand(2, 1);
-    hand(3, 1);
     EXPECT_EQ(status().state, TimerState::Waits);
     EXPECT_EQ(status().backlog, 2U);
 
-    m_diagnosis.log().callbackBegins(m_notes[2], m_diagnosis.log().now(), 1, 0);
+    m_diagnosis.log().callbackBegins(m_notes[1], m_diagnosis.log().now(), 1, 0);
     EXPECT_EQ(status().state, TimerState::Runs);
     EXPECT_EQ(status().backlog, 1U);
 
-    m_diagnosis.log().callbackEnds(m_notes[2], m_diagnosis.log().now(), false);
-    m_diagnosis.log().discarded(m_notes[3]);
-    EXPECT_EQ(status().state, TimerState::Due);
-    m_diagnosis.log().dropped(work(1, 1), tovrintimer::DropReason::RemovedByStop);
-    EXPECT_EQ(status().state, TimerState::Stopped);
+    m_diagnosis.log().callbackEnds(m_notes[1], m_diagnosis.log().now(), false);
+    m_diagnosis.log().discarded(m_notes[2]);
+    EXPECT_EQ(status().state, TimerState::Due) << "the next one is on its way";
     EXPECT_EQ(status().due, std::nullopt);
+
+    statistics->run = FiringStatistics::Run::Over;
+    EXPECT_EQ(status().state, TimerState::Stopped);
+}
+
+TEST_F(ProgramStatusTest, WhatWaitsForItsDueTimeIsKnownFromTheQueue)
+{
+    using namespace std::chrono_literals;
+    const auto statistics = makeTimer(1, "t");
+    statistics->run = FiringStatistics::Run::UnderWay;
+    tovrintimer::TimerScheduler::getPerTOVRINProcessInstance()->insertAscendingSorted(
+        tovrintimer::WorkItem<tovrintimer::TimerFcnWork>({ 7, 1 }, in(1h), {}, 1));
+
+    const TimerStatus found = status();
+
+    EXPECT_EQ(found.state, TimerState::Due);
+    EXPECT_NEAR(found.due.value(), 3600, 60);
+    EXPECT_THAT(explainLatest(m_diagnosis, 1).value(), HasSubstr("has not started: start delay until 36"));
 }
 
 TEST_F(ProgramStatusTest, CountsAreOfAllRunsAlsoOfThoseThatTheLogHasForgotten)
@@ -104,15 +122,14 @@ TEST_F(ProgramStatusTest, CountsAreOfAllRunsAlsoOfThoseThatTheLogHasForgotten)
     EXPECT_GT(found.busy, 0);
 }
 
-TEST_F(ProgramStatusTest, ATimerWhoseLatestFiringHasFallenOutOfTheLogIsNotCalledNew)
+TEST_F(ProgramStatusTest, ATimerWhoseCallbackHasFallenOutOfTheLogIsNotCalledStopped)
 {
     const auto statistics = makeTimer(1, "slow");
     makeTimer(2, "fast");
-    statistics->hasBeenStarted = true;
-    m_diagnosis.log().queued(work(1, 1));
-    EXPECT_EQ(status().state, TimerState::Due);
+    statistics->run = FiringStatistics::Run::UnderWay;
+    hand(1, 1);
     for (std::uint64_t number = 2; number <= FiringLog::capacity + 2; ++number) {
-        m_diagnosis.log().queued(work(number, 2));
+        hand(number, 2);
     }
     EXPECT_EQ(status().state, TimerState::Unknown);
     EXPECT_EQ(status().due, std::nullopt);

@@ -75,15 +75,18 @@ TEST_F(StatusTest, TimersPrintsTheTableOfTheOnlyProgramThatServes)
 {
     const auto program = start(serveForLong + R"(
 timer { Name = "later", StartDelay = 3600, TimerFcn = print }:start()
-timer { Name = "bad\27[31m\xff\n", TimerFcn = print })");
+timer { Name = "bad\27[31m\xff\n", TimerFcn = print }
+local over = timer { Name = "over", TimerFcn = function() end }
+over:start()
+over:wait())");
     const Outcome outcome = ask("timers");
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(outcome.status, 0);
     const auto all = lines(outcome.out);
-    ASSERT_EQ(all.size(), 5U) << outcome.out;
+    ASSERT_EQ(all.size(), 6U) << outcome.out;
     EXPECT_THAT(all[0],
         MatchesRegex("tovrin " + program.name()
-            + ", script\\.lua: 3 timers after [0-9.]+ s of the steady clock; due, left and last run in s, "
+            + ", script\\.lua: 4 timers after [0-9.]+ s of the steady clock; due, left and last run in s, "
               "lateness in "
               "ms, its 99 % by the latest 32768 firings of all timers"));
     EXPECT_THAT(all[1],
@@ -93,6 +96,7 @@ timer { Name = "bad\27[31m\xff\n", TimerFcn = print })");
     EXPECT_THAT(
         all[3], MatchesRegex("later +due +SingleShot +3600\\.[0-9]+ +35[0-9.]+ +- +0 +- +- +- +0\\.0 +0 +0"));
     EXPECT_THAT(all[4], StartsWith("bad\\x1b[31m\\xff\\n  new"));
+    EXPECT_THAT(all[5], MatchesRegex("over +stopped +SingleShot +- +- +[0-9.]+ +1 .*"));
     EXPECT_EQ(ask("timers " + program.name()).status, 0);
 }
 
