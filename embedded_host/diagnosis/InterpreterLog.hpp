@@ -64,7 +64,7 @@ public:
 
 private:
     enum Word : std::size_t { At, DoingAndNumber, Line };
-    using Moment = std::array<SharedWord, Line + 1>;
+    using Moment = std::array<SharedWord, 3>;
 
     static constexpr std::int64_t numberUnit = 16;
     static constexpr std::size_t ahead = 6;
