@@ -6,7 +6,8 @@ namespace tovrinhost {
 
 using tovrintimer::TimerScheduler;
 
-Diagnosis::Diagnosis()
+Diagnosis::Diagnosis(std::size_t held)
+    : m_log(FiringLog::steadyClock, held)
 {
     if constexpr (isFiringLogKept) {
         TimerScheduler::setObserver(&m_log);

@@ -20,6 +20,7 @@ struct Dispatching {
     std::uint64_t work = 0; ///< the library's number of what it has in hand; 0: nothing
     std::uint64_t number = 0; ///< of the firing that it belongs to
     Nanoseconds firstDue = 0; ///< of that, where attempts of it have been dropped
+    bool isTimerFcn = false;
     std::uint64_t queued = 0; ///< the library's number of what it queued last
 
     Nanoseconds handedOver = 0; ///< when it handed over what it had in hand before; 0 if it did not
@@ -41,14 +42,16 @@ Nanoseconds FiringLog::steadyClock() noexcept
     return std::chrono::nanoseconds(tovrintimer::SteadyClock::now().time_since_epoch()).count();
 }
 
-FiringLog::FiringLog(Clock clock)
+FiringLog::FiringLog(Clock clock, std::size_t held)
     : m_clock(clock)
     , m_beginning(clock())
-    , m_dispatches(capacity)
-    , m_callbacks(capacity)
+    , m_mask(held - 1)
+    , m_dispatches(held)
+    , m_callbacks(held)
     , m_drops(capacity)
     , m_pasts(capacity)
     , m_dropped(capacity)
+    , m_interpreter(2 * held)
 {
 }
 
@@ -70,16 +73,10 @@ void FiringLog::dispatched(const ObservedWork& work) noexcept
     const Nanoseconds at = turnedTo(work, due);
     auto& dispatching = ofThisThread<Dispatching>();
     dispatching.work = work.number;
-    dispatching.firstDue = 0;
-    dispatching.number = droppedBefore(work);
-    if (dispatching.number == 0) {
-        dispatching.number = begin(work, due, at);
-        return;
-    }
-    DropSlot& drop = m_drops[dispatching.number % capacity];
-    dispatching.firstDue = drop.firstDue();
-    drop.setWork(0);
-    dispatchOf(dispatching.number).beginAgain(due, at);
+    dispatching.isTimerFcn = work.kind == tovrintimer::TimerFcnWork;
+    const DropSlot* const drop = dropBefore(work);
+    dispatching.firstDue = drop == nullptr ? 0 : drop->firstDue();
+    dispatching.number = drop == nullptr ? begin(work, due, at) : goOn(*drop, work, due, at);
 }
 
 void FiringLog::handedOver(const ObservedWork& /*work*/) noexcept
@@ -92,15 +89,16 @@ void FiringLog::dropped(const ObservedWork& work, DropReason why) noexcept
     auto& dispatching = ofThisThread<Dispatching>();
     const bool isInHand = std::exchange(dispatching.work, 0) == work.number;
     dispatching.handedOver = 0;
-    std::uint64_t number = isInHand ? dispatching.number : droppedBefore(work);
-    if (number == 0) {
-        number = begin(work, dueOf(work.due), 0);
+    std::uint64_t number = dispatching.number;
+    if (!isInHand) {
+        const DropSlot* const drop = dropBefore(work);
+        number = drop == nullptr ? begin(work, dueOf(work.due), 0) : goOn(*drop, work, dueOf(work.due), 0);
     }
     if (why != DropReason::BusyModeDrop) {
         refuse(number, Stage::Refused, why);
         return;
     }
-    if (DropSlot& drop = m_drops[number % capacity]; drop.isOf(number)) {
+    if (DropSlot& drop = dropOf(number); drop.isOf(number)) {
         drop.setWork(work.number);
     } else {
         drop.begin(number, dueOf(work.due), work.number);
@@ -119,6 +117,7 @@ void FiringLog::hostHasIt(TaskNote& note) noexcept
     }
     DispatchSlot& slot = dispatchOf(dispatching.number);
     note.number = dispatching.number;
+    note.isTimerFcn = dispatching.isTimerFcn;
     note.due = slot.due();
     if (dispatching.firstDue != 0) {
         note.sinceDrop = std::max<Nanoseconds>(1, slot.dispatched() - dispatching.firstDue);
@@ -186,7 +185,7 @@ std::optional<Firing> FiringLog::at(std::uint64_t number) const
     }
     Firing firing;
     dispatch.readInto(firing);
-    const DropSlot& drop = m_drops[number % capacity];
+    const DropSlot& drop = dropOf(number);
     firing.firstDue = drop.isOf(number) ? drop.firstDue() : 0;
     firing.stage = firing.taken != 0 ? Stage::Waiting
         : firing.dispatched != 0     ? Stage::Dispatched
@@ -220,16 +219,40 @@ std::uint64_t FiringLog::begin(const ObservedWork& work, Nanoseconds due, Nanose
     return number;
 }
 
-/// The firing that was dropped, of which this is another attempt.
-/// \returns 0 where it is none, or the log does not hold that firing any more
-std::uint64_t FiringLog::droppedBefore(const ObservedWork& work) const noexcept
+/// Of the firing that was dropped, for which this is another attempt.
+/// \returns null where it is none, or nobody knows any more
+const DropSlot* FiringLog::dropBefore(const ObservedWork& work) const noexcept
 {
     if (work.insteadOf == 0) {
-        return 0;
+        return nullptr;
     }
     const auto number = static_cast<std::uint64_t>(m_dropped[work.insteadOf % capacity].get());
-    const DropSlot& drop = m_drops[number % capacity];
-    return drop.isOf(number) && drop.work() == work.insteadOf && dispatchOf(number).isOf(number) ? number : 0;
+    const DropSlot& drop = dropOf(number);
+    return drop.isOf(number) && drop.work() == work.insteadOf ? &drop : nullptr;
+}
+
+/// Begins another attempt of a firing that was dropped: in its place, or where that has been given to another, in
+/// a new one. \returns the number of the firing
+std::uint64_t FiringLog::goOn(
+    const DropSlot& before, const ObservedWork& work, Nanoseconds due, Nanoseconds dispatched) noexcept
+{
+    const Nanoseconds firstDue = before.firstDue();
+    std::uint64_t number = before.number();
+    if (DispatchSlot& slot = dispatchOf(number); slot.isOf(number)) {
+        slot.beginAgain(due, dispatched);
+        dropOf(number).setWork(0);
+        return number;
+    }
+    number = begin(work, due, dispatched);
+    dropOf(number).begin(number, firstDue, 0);
+    return number;
+}
+
+Nanoseconds FiringLog::firstDueOf(const ObservedWork& work) const noexcept
+{
+    const DropSlot* const drop = dropBefore(work);
+    const Nanoseconds firstDue = drop == nullptr ? 0 : drop->firstDue();
+    return dropBefore(work) == nullptr ? dueOf(work.due) : firstDue; // it may have been given to another meanwhile
 }
 
 /// When this thread turned to it. What was queued, and due, before it was done with the one before has not let it

@@ -45,7 +45,8 @@ public:
     using Clock = Nanoseconds (*)() noexcept;
     static Nanoseconds steadyClock() noexcept;
 
-    explicit FiringLog(Clock clock = steadyClock);
+    /// \param held how many firings it holds; a power of two
+    explicit FiringLog(Clock clock = steadyClock, std::size_t held = capacity);
     ~FiringLog() override;
 
     // ---- The library
@@ -88,6 +89,9 @@ public:
     // ---- Whoever wants to know
     Nanoseconds now() const noexcept { return m_clock(); }
 
+    /// When this piece of work is due, or was: where it makes up for a firing that was dropped, as that was.
+    Nanoseconds firstDueOf(const tovrintimer::ObservedWork& work) const noexcept;
+
     /// What is told to people counts from here: at first, from when the log was made.
     Nanoseconds beginning() const { return m_beginning.load(std::memory_order_relaxed); }
     void beginNow() { m_beginning.store(m_clock(), std::memory_order_relaxed); }
@@ -97,15 +101,19 @@ public:
     std::optional<Firing> at(std::uint64_t number) const;
 
 private:
-    DispatchSlot& dispatchOf(std::uint64_t number) const { return m_dispatches[number % capacity]; }
-    CallbackSlot& callbackOf(std::uint64_t number) const { return m_callbacks[number % capacity]; }
+    DispatchSlot& dispatchOf(std::uint64_t number) const { return m_dispatches[number & m_mask]; }
+    CallbackSlot& callbackOf(std::uint64_t number) const { return m_callbacks[number & m_mask]; }
+    DropSlot& dropOf(std::uint64_t number) const { return m_drops[number % capacity]; }
     std::uint64_t begin(const tovrintimer::ObservedWork& work, Nanoseconds due, Nanoseconds dispatched) noexcept;
-    std::uint64_t droppedBefore(const tovrintimer::ObservedWork& work) const noexcept;
+    const DropSlot* dropBefore(const tovrintimer::ObservedWork& work) const noexcept;
+    std::uint64_t goOn(const DropSlot& before, const tovrintimer::ObservedWork& work, Nanoseconds due,
+        Nanoseconds dispatched) noexcept;
     Nanoseconds turnedTo(const tovrintimer::ObservedWork& work, Nanoseconds due) const noexcept;
     void refuse(std::uint64_t number, Stage stage, tovrintimer::DropReason why) noexcept;
 
     const Clock m_clock;
     std::atomic<Nanoseconds> m_beginning;
+    const std::uint64_t m_mask; // of a number, what tells its place
     const ZeroedArray<DispatchSlot> m_dispatches;
     const ZeroedArray<CallbackSlot> m_callbacks; // apart, so that the interpreter's memory is its own
 

@@ -147,23 +147,9 @@ std::optional<Firing> Inquiry::queuedOf(std::uint64_t number) const
 
 std::optional<Nanoseconds> Inquiry::nextDue(const TimerTable::Identity& timer) const
 {
-    std::optional<Nanoseconds> due;
-    for (const tovrintimer::ObservedWork& work : m_queue(timer)) {
-        if (work.kind == tovrintimer::TimerFcnWork && !due) {
-            due = dueOf(work.due);
-        }
-    }
-    visitAll([&](const Firing& firing) {
-        if (!isOf(firing, timer) || firing.kind != tovrintimer::TimerFcnWork) {
-            return true;
-        }
-        if (firing.started != 0 || isOver(firing.stage)) {
-            return false; // and so have those before it
-        }
-        due = firing.firstDue != 0 ? firing.firstDue : firing.due;
-        return true;
-    });
-    return due;
+    const auto works = m_queue(timer);
+    const auto next = std::ranges::find(works, tovrintimer::TimerFcnWork, &tovrintimer::ObservedWork::kind);
+    return next == works.end() ? std::nullopt : std::optional(m_log.firstDueOf(*next));
 }
 
 std::map<std::uint64_t, Inquiry::Summary> Inquiry::summaries() const

@@ -40,7 +40,7 @@ public:
     std::optional<Firing> queued(const TimerTable::Identity& timer) const;
     std::optional<Firing> queuedOf(std::uint64_t number) const; ///< of a script's timer, by its number
 
-    /// When the next TimerFcn of this timer is due, or was, if it waits to run.
+    /// When the next TimerFcn of this timer is due that is queued, or was, if attempts of it have been dropped.
     std::optional<Nanoseconds> nextDue(const TimerTable::Identity& timer) const;
 
     /// The firings that began the latest after they were due, the latest of all first.

@@ -4,16 +4,17 @@
 
 namespace tovrinhost {
 
-InterpreterLog::InterpreterLog()
-    : m_moments(capacity)
+InterpreterLog::InterpreterLog(std::size_t held)
+    : m_mask(held - 1)
+    , m_moments(held)
 {
 }
 
 /// From that moment to the one after it, which there has to be.
 Activity InterpreterLog::beginningAt(std::uint64_t moment) const
 {
-    const Moment& began = m_moments[moment % capacity];
-    const Moment& ended = m_moments[(moment + 1) % capacity];
+    const Moment& began = m_moments[moment & m_mask];
+    const Moment& ended = m_moments[(moment + 1) & m_mask];
     Activity activity;
     const std::int64_t code = began[DoingAndNumber].get();
     activity.doing = static_cast<Doing>(code % numberUnit);
@@ -54,7 +55,7 @@ std::vector<Activity> InterpreterLog::since(Nanoseconds from, Nanoseconds now, s
 std::uint64_t InterpreterLog::readFrom(std::uint64_t first, std::vector<Activity>& into) const
 {
     const std::uint64_t end = count();
-    std::uint64_t moment = std::max(first, end >= capacity ? end - capacity + 1 : 0);
+    std::uint64_t moment = std::max(first, end > m_mask ? end - m_mask : 0);
     for (; moment + 1 < end; ++moment) {
         const Activity activity = beginningAt(moment);
         if (isHeld(moment)) {

@@ -26,7 +26,8 @@ public:
         std::uint64_t number = 0;
     };
 
-    InterpreterLog();
+    /// \param held how many moments it holds; a power of two
+    explicit InterpreterLog(std::size_t held = capacity);
 
     State now() const noexcept { return m_state; }
 
@@ -37,13 +38,12 @@ public:
         const std::uint64_t count = m_count.load(std::memory_order_relaxed);
         if (next.doing == Doing::Callback && m_state.doing == Doing::Host && at == m_turned && count > 0) {
             // One word, so that no reader sees half of it.
-            m_moments[(count - 1) % capacity][DoingAndNumber].set(codeOf(next));
+            m_moments[(count - 1) & m_mask][DoingAndNumber].set(codeOf(next));
             return std::exchange(m_state, next);
         }
         m_turned = at;
-        Moment& moment = m_moments[count % capacity];
-        __builtin_prefetch(
-            &m_moments[(count + ahead) % capacity], 1); // it has long been pushed out of what is near
+        Moment& moment = m_moments[count & m_mask];
+        __builtin_prefetch(&m_moments[(count + ahead) & m_mask], 1); // it has long been pushed out of what is near
         moment[At].set(at);
         moment[DoingAndNumber].set(codeOf(next));
         moment[Line].set(line);
@@ -75,8 +75,9 @@ private:
     }
 
     Activity beginningAt(std::uint64_t moment) const;
-    bool isHeld(std::uint64_t moment) const { return moment + capacity > count(); }
+    bool isHeld(std::uint64_t moment) const { return moment + m_mask >= count(); }
 
+    const std::uint64_t m_mask; // of a number, what tells its place
     const ZeroedArray<Moment> m_moments;
     std::atomic<std::uint64_t> m_count { 0 };
     State m_state; // only for the interpreter thread, like the next

@@ -132,6 +132,18 @@ void EventLoop::close(TaskOwner& owner, std::size_t keep)
     }
 }
 
+std::optional<TaskNote> EventLoop::firstTimerFcn(const TaskOwner& owner) const
+{
+    const auto fits
+        = [&owner](const Entry& entry) { return entry.owner.get() == &owner && entry.note.isTimerFcn; };
+    if (const auto first = std::ranges::find_if(m_waiting, fits); first != m_waiting.end()) {
+        return first->note;
+    }
+    const std::lock_guard lock(m_mutex);
+    const auto first = std::ranges::find_if(m_arrived, fits);
+    return first == m_arrived.end() ? std::nullopt : std::optional(first->note);
+}
+
 std::size_t EventLoop::pending(const TaskOwner& owner)
 {
     return owner.m_pending;

@@ -95,6 +95,9 @@ public:
         return runNext(state, arrivedBefore);
     }
 
+    /// What its owner noted of the first of its TimerFcns that wait.
+    std::optional<TaskNote> firstTimerFcn(const TaskOwner& owner) const;
+
     /// When the interpreter turned to what it is at: it looks at the clock as it begins to look for work, as it
     /// wakes up, and as an entry has been run.
     Clock::time_point turnedAt() const { return m_turnedAt; }

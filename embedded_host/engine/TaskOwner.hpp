@@ -15,6 +15,7 @@ struct TaskNote {
 
     // By the log of firings.
     std::uint64_t number = 0; ///< of the firing that the task belongs to; 0 if nobody has told of it
+    bool isTimerFcn = false;
     std::int64_t due = 0; ///< nanoseconds of the steady clock, like the next
     std::int64_t taken = 0; ///< when the host had the task
     std::int64_t sinceDrop = 0; ///< from when the first that it makes up for was due to its dispatch; 0: for none

@@ -118,6 +118,11 @@ std::size_t TimerEngine::pending() const
     return m_engine->loop().pending(*this);
 }
 
+std::optional<TaskNote> TimerEngine::firstTimerFcn() const
+{
+    return m_engine->loop().firstTimerFcn(*this);
+}
+
 void TimerEngine::runPending()
 {
     m_engine->loop().runPending(shared_from_this());

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace tovrinhost {
@@ -86,6 +87,9 @@ public:
     void close(std::size_t keep);
 
     std::size_t pending() const;
+
+    /// What was noted of the first of its TimerFcns that wait.
+    std::optional<TaskNote> firstTimerFcn() const;
 
     /// Runs the waiting tasks at once, out of turn.
     void runPending();

@@ -129,8 +129,14 @@ std::optional<Nanoseconds> ScriptRun::nextDue() const
         return std::nullopt;
     }
     const Inquiry inquiry = m_surroundings.diagnosis.inquiry();
-    const auto due = inquiry.nextDue(m_timer->getId());
-    return due ? due : inquiry.nextDue(m_timer->getId()); // on its way to the host, it may have been nowhere
+    std::optional<Nanoseconds> due;
+    for (int i = 0; i < 2 && !due; ++i) { // on its way here, it may have been nowhere
+        due = inquiry.nextDue(m_timer->getId()); // at first, since from there it comes
+        if (const auto waiting = m_engine->firstTimerFcn()) {
+            due = waiting->due;
+        }
+    }
+    return due;
 }
 
 /// For people who ask about its firings.

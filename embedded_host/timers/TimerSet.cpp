@@ -5,9 +5,10 @@
 
 namespace tovrinhost {
 
-TimerSet::TimerSet(
-    std::shared_ptr<LoopEngine> engine, ErrorReport& errors, std::size_t maxBacklog, const WallClock& clock)
-    : m_alarms(clock)
+TimerSet::TimerSet(std::shared_ptr<LoopEngine> engine, ErrorReport& errors, std::size_t maxBacklog,
+    const WallClock& clock, std::size_t held)
+    : m_diagnosis(held)
+    , m_alarms(clock)
     , m_surroundings { std::move(engine), errors, m_diagnosis, m_alarms, maxBacklog }
 {
 }

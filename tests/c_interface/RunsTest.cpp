@@ -211,6 +211,15 @@ TEST_F(RunsTest, AStopBeforeTheFirstFiringLeavesStartFcnAndStopFcn)
     EXPECT_TRUE(std::isnan(statistics(timer).remaining));
 }
 
+TEST_F(RunsTest, ATimerFcnThatWaitsForTheHostIsTheNextOne)
+{
+    const tovrin_timer timer = makeTimer({ .mode = TOVRIN_FIXED_RATE, .period = 60 });
+    start(timer);
+    EXPECT_LE(statistics(timer).remaining, 0);
+    EXPECT_GT(statistics(timer).remaining, -30);
+    stop(timer);
+}
+
 TEST_F(RunsTest, AStoppedTimerCanBeStartedAgain)
 {
     const tovrin_timer timer = makeTimer({ .mode = TOVRIN_FIXED_DELAY, .tasks = 2, .timer = tell() });

@@ -253,18 +253,41 @@ TEST_F(FiringLogTest, TheOldestFallOut)
     EXPECT_EQ(m_log.at(FiringLog::capacity + 1)->stage, Stage::Waiting) << "not what became of the one before it";
 }
 
-TEST_F(FiringLogTest, TheAttemptAfterADropThatHasFallenOutIsAFiringOfItsOwn)
+TEST_F(FiringLogTest, TheAttemptAfterADropThatHasFallenOutGoesOnInANewPlace)
 {
+    at(100);
     m_log.dispatched(work(1, 1, 100));
     m_log.dropped(work(1, 1, 100), DropReason::BusyModeDrop);
     for (std::uint64_t number = 3; number <= FiringLog::capacity + 2; ++number) {
         hand(work(number, 2, 100));
     }
-    m_log.dispatched(work(2, 1, 101, 1));
+    at(350);
+    hand(work(2, 1, 350, 1));
+    const auto beginning = m_log.callbackBegins(m_notes[m_log.count()], madeUpNow, 1, 100 * ms);
 
     EXPECT_EQ(m_log.count(), FiringLog::capacity + 2);
     EXPECT_EQ(m_log.at(m_log.count())->timer.second, 1);
-    EXPECT_EQ(m_log.at(m_log.count())->firstDue, 0);
+    EXPECT_EQ(m_log.at(m_log.count())->firstDue, 100 * ms);
+    EXPECT_EQ(beginning.missed, 3U);
+}
+
+TEST(SmallFiringLogTest, ItHoldsAsManyAsItIsToldTo)
+{
+    madeUpNow = 100 * ms;
+    FiringLog log(madeUpClock, 4);
+    for (std::uint64_t number = 1; number <= 10; ++number) {
+        log.dispatched(work(number, 1, 100));
+        const TaskNote note = noteOf(log);
+        EXPECT_TRUE(note.isTimerFcn);
+        EXPECT_EQ(note.due, 100 * ms);
+        log.callbackBegins(note, madeUpNow, number, ms);
+        EXPECT_EQ(log.callbackEnds(note, madeUpNow + ms, false), ms);
+    }
+
+    EXPECT_FALSE(log.at(6));
+    EXPECT_EQ(log.at(7)->run, 7U);
+    EXPECT_EQ(log.at(10)->stage, Stage::Done);
+    EXPECT_EQ(log.interpreter().since(0, madeUpNow).size(), 8U) << "what is not known, and seven more";
 }
 
 TEST_F(FiringLogTest, AReaderSeesOneFiringOrNone)

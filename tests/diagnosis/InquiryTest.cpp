@@ -172,24 +172,20 @@ TEST_F(InquiryTest, RunsAreFoundByTheirNumberAndTheWorstAreSorted)
     EXPECT_EQ(worst[1].number, 2U);
 }
 
-TEST_F(InquiryTest, TheNextDueMomentIsThatOfTheOldestThatHasNotBegun)
+TEST_F(InquiryTest, TheNextDueMomentIsThatOfTheFirstTimerFcnInTheQueueOrOfTheFirstDropBeforeIt)
 {
     EXPECT_FALSE(m_inquiry.nextDue(timerNumber(1)));
     m_queue = { work(9, 1, 50, 0, tovrintimer::StopFcnWork), work(1, 1, 100), work(8, 1, 150) };
     EXPECT_EQ(m_inquiry.nextDue(timerNumber(1)), 100 * ms);
-    at(100);
-    hand(work(1, 1, 100));
-    m_queue = { work(2, 1, 200) };
-    EXPECT_EQ(m_inquiry.nextDue(timerNumber(1)), 100 * ms);
-    m_log.callbackBegins(m_notes[1], madeUpNow, 1, 100 * ms);
-    EXPECT_EQ(m_inquiry.nextDue(timerNumber(1)), 200 * ms);
-    m_log.dispatched(work(2, 1, 200));
-    m_log.dropped(work(2, 1, 200), tovrintimer::DropReason::BusyModeDrop);
-    m_queue = { work(3, 1, 201, 2) };
-    EXPECT_EQ(m_inquiry.nextDue(timerNumber(1)), 200 * ms);
     m_queue.clear();
-    m_log.dropped(work(3, 1, 201, 2), tovrintimer::DropReason::RemovedByStop);
-    EXPECT_FALSE(m_inquiry.nextDue(timerNumber(1)));
+    m_log.dispatched(work(1, 1, 100));
+    m_log.dropped(work(1, 1, 100), tovrintimer::DropReason::BusyModeDrop);
+    m_queue = { work(2, 1, 101, 1) };
+    EXPECT_EQ(m_inquiry.nextDue(timerNumber(1)), 100 * ms);
+    m_log.dispatched(work(2, 1, 101, 1));
+    m_log.dropped(work(2, 1, 101, 1), tovrintimer::DropReason::BusyModeDrop);
+    m_queue = { work(3, 1, 102, 2) };
+    EXPECT_EQ(m_inquiry.nextDue(timerNumber(1)), 100 * ms);
 }
 
 } // namespace

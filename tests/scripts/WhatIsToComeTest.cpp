@@ -46,6 +46,18 @@ end
         "FixedSpacing\tfalse\ttrue\nFixedDelay\ttrue\ttrue\nFixedRate\ttrue\ttrue\n");
 }
 
+TEST_F(WhatIsToComeTest, OneThatWaitsForTheScriptIsTheNextOne)
+{
+    expectOutput(R"(
+for _, mode in ipairs { "SingleShot", "FixedSpacing", "FixedDelay", "FixedRate" } do
+  local t = timer { ExecutionMode = mode, BusyMode = "Queue", Period = 60, TimerFcn = print }:start()
+  print(mode, t.Remaining, t.NextTime - os.time() < 2)
+  t:stop()
+end
+)",
+        "SingleShot\t0.0\ttrue\nFixedSpacing\t0.0\ttrue\nFixedDelay\t0.0\ttrue\nFixedRate\t0.0\ttrue\n");
+}
+
 TEST_F(WhatIsToComeTest, InAndAfterTheLastCallbackThereIsNone)
 {
     expectOutput(R"(
