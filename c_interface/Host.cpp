@@ -110,9 +110,8 @@ Host::Host(tovrin_host handle, const tovrin_host_settings& settings)
         m_log.tell("error in " + where + ": " + error.message);
     });
     m_engine->loop().tellArrivals([this] { somethingCame(); });
-    // Nobody can ask here why a callback was late: so few firings stay in what is near to the processor.
-    constexpr std::size_t held = 256;
-    m_timers.emplace(m_engine, m_errors, settings.max_backlog, tovrinhost::systemWallClock(), held);
+    m_timers.emplace(m_engine, m_errors, settings.max_backlog, tovrinhost::systemWallClock(),
+        tovrinhost::FiringLog::Purpose::Events);
 }
 
 Host::~Host() = default;

@@ -6,8 +6,8 @@ namespace tovrinhost {
 
 using tovrintimer::TimerScheduler;
 
-Diagnosis::Diagnosis(std::size_t held)
-    : m_log(FiringLog::steadyClock, held)
+Diagnosis::Diagnosis(FiringLog::Purpose purpose)
+    : m_log(FiringLog::steadyClock, purpose)
 {
     if constexpr (isFiringLogKept) {
         TimerScheduler::setObserver(&m_log);

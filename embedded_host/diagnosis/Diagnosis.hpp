@@ -16,8 +16,8 @@ namespace tovrinhost {
 /// Lifetime: one at a time in the process.
 class Diagnosis {
 public:
-    /// \param held how many firings its log holds; a power of two
-    explicit Diagnosis(std::size_t held = FiringLog::capacity);
+    /// \param purpose of its log
+    explicit Diagnosis(FiringLog::Purpose purpose = FiringLog::Purpose::Explanations);
     Diagnosis(const Diagnosis&) = delete;
     Diagnosis& operator=(const Diagnosis&) = delete;
     ~Diagnosis();

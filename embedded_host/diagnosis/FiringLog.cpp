@@ -42,16 +42,17 @@ Nanoseconds FiringLog::steadyClock() noexcept
     return std::chrono::nanoseconds(tovrintimer::SteadyClock::now().time_since_epoch()).count();
 }
 
-FiringLog::FiringLog(Clock clock, std::size_t held)
+FiringLog::FiringLog(Clock clock, Purpose purpose)
     : m_clock(clock)
+    , m_timesHandOver(purpose == Purpose::Explanations)
     , m_beginning(clock())
-    , m_mask(held - 1)
-    , m_dispatches(held)
-    , m_callbacks(held)
+    , m_mask((purpose == Purpose::Explanations ? capacity : capacityForEvents) - 1)
+    , m_dispatches(m_mask + 1)
+    , m_callbacks(m_mask + 1)
     , m_drops(capacity)
     , m_pasts(capacity)
     , m_dropped(capacity)
-    , m_interpreter(2 * held)
+    , m_interpreter(2 * (m_mask + 1))
 {
 }
 
@@ -122,7 +123,7 @@ void FiringLog::hostHasIt(TaskNote& note) noexcept
     if (dispatching.firstDue != 0) {
         note.sinceDrop = std::max<Nanoseconds>(1, slot.dispatched() - dispatching.firstDue);
     }
-    note.taken = m_clock();
+    note.taken = m_timesHandOver ? m_clock() : slot.dispatched();
     slot.take(note.taken);
     dispatching.handedOver = note.taken;
     dispatching.knownThen = std::max(dispatching.queued, dispatching.work);

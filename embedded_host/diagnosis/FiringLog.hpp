@@ -42,11 +42,16 @@ class FiringLog final : public tovrintimer::TimerObserver {
 public:
     static constexpr std::size_t capacity = 32'768;
 
+    enum class Purpose {
+        Explanations, ///< whoever asks later is told each moment
+        Events, ///< each callback is told of itself: few firings, and that the host had it is not timed apart
+    };
+    static constexpr std::size_t capacityForEvents = 256; // which stays in what is near to the processor
+
     using Clock = Nanoseconds (*)() noexcept;
     static Nanoseconds steadyClock() noexcept;
 
-    /// \param held how many firings it holds; a power of two
-    explicit FiringLog(Clock clock = steadyClock, std::size_t held = capacity);
+    explicit FiringLog(Clock clock = steadyClock, Purpose purpose = Purpose::Explanations);
     ~FiringLog() override;
 
     // ---- The library
@@ -112,6 +117,7 @@ private:
     void refuse(std::uint64_t number, Stage stage, tovrintimer::DropReason why) noexcept;
 
     const Clock m_clock;
+    const bool m_timesHandOver;
     std::atomic<Nanoseconds> m_beginning;
     const std::uint64_t m_mask; // of a number, what tells its place
     const ZeroedArray<DispatchSlot> m_dispatches;

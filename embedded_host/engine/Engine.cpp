@@ -217,7 +217,9 @@ foundation::concurrent::future<void> Engine::evalAsync(const std::u16string& sta
 
 void Engine::submit(const std::function<void()>& task)
 {
-    loop().submit(std::make_shared<NoTimer>(), task, wakesInterpreter());
+    const auto owner = std::make_shared<NoTimer>();
+    loop().submit(
+        *owner, [owner, task] { task(); }, wakesInterpreter());
 }
 
 void Engine::interrupt(Interruption why)

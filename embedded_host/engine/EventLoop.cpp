@@ -33,19 +33,18 @@ void EventLoop::postUrgent(Work request)
     tellArrival();
 }
 
-bool EventLoop::submit(
-    const std::shared_ptr<TaskOwner>& owner, Work task, bool wakes, std::size_t limit, const TaskNote& note)
+bool EventLoop::submit(TaskOwner& owner, Work task, bool wakes, std::size_t limit, const TaskNote& note)
 {
     const bool isOther = !isInterpreterThread(*this);
     Lock lock(m_mutex);
-    if (m_stopped || (owner->m_closed && isOther)) {
+    if (m_stopped || (owner.m_closed && isOther)) {
         lock.unlock();
-        owner->taskIsDropped(note);
+        owner.taskIsDropped(note);
         return false;
     }
-    m_arrived.push_back({ When::AtEventLoop, std::move(task), owner, note, m_arrivals++ });
-    const bool exceeds = ++owner->m_pending > limit && isOther;
-    owner->m_closed = owner->m_closed || exceeds;
+    m_arrived.push_back({ When::AtEventLoop, std::move(task), &owner, note, m_arrivals++ });
+    const bool exceeds = ++owner.m_pending > limit && isOther;
+    owner.m_closed = owner.m_closed || exceeds;
     if (wakes) {
         raiseAttention(std::move(lock));
     } else {
@@ -114,7 +113,7 @@ void EventLoop::close(TaskOwner& owner, std::size_t keep)
     dropped.reserve(owner.m_pending - keep); // so that nothing fails on the way
     auto place = m_waiting.begin();
     for (Entry& entry : m_waiting) {
-        const bool isOfOwner = entry.owner.get() == &owner;
+        const bool isOfOwner = entry.owner == &owner;
         if (isOfOwner && keep == 0) {
             dropped.push_back(std::move(entry));
             continue;
@@ -134,8 +133,7 @@ void EventLoop::close(TaskOwner& owner, std::size_t keep)
 
 std::optional<TaskNote> EventLoop::firstTimerFcn(const TaskOwner& owner) const
 {
-    const auto fits
-        = [&owner](const Entry& entry) { return entry.owner.get() == &owner && entry.note.isTimerFcn; };
+    const auto fits = [&owner](const Entry& entry) { return entry.owner == &owner && entry.note.isTimerFcn; };
     if (const auto first = std::ranges::find_if(m_waiting, fits); first != m_waiting.end()) {
         return first->note;
     }
@@ -149,9 +147,9 @@ std::size_t EventLoop::pending(const TaskOwner& owner)
     return owner.m_pending;
 }
 
-void EventLoop::runPending(const std::shared_ptr<TaskOwner>& owner)
+void EventLoop::runPending(const TaskOwner& owner)
 {
-    const auto isOfOwner = [&](const Entry& entry) { return entry.owner == owner; };
+    const auto isOfOwner = [&](const Entry& entry) { return entry.owner == &owner; };
     look();
     while (const auto entry = takeFirst(isOfOwner)) {
         runTask(*entry);

@@ -51,10 +51,12 @@ public:
 
     /// Queues a callback task. It wakes the interpreter itself only if `wakes`.
     ///
+    /// The task keeps its owner for as long as there is a copy of it: the queue does so by that alone.
+    ///
     /// Where another thread than the interpreter's brings more waiting tasks than `limit`, the owner's doors close
     /// behind the last of them; what such a thread brings to closed doors is dropped.
     /// \returns whether the doors have closed
-    bool submit(const std::shared_ptr<TaskOwner>& owner, Work task, bool wakes,
+    bool submit(TaskOwner& owner, Work task, bool wakes,
         std::size_t limit = std::numeric_limits<std::size_t>::max(), const TaskNote& note = {});
 
     /// Makes the interpreter look for work.
@@ -67,7 +69,7 @@ public:
     static std::size_t pending(const TaskOwner& owner);
 
     /// Runs the owner's waiting tasks at once, out of turn.
-    void runPending(const std::shared_ptr<TaskOwner>& owner);
+    void runPending(const TaskOwner& owner);
 
     /// Runs what comes, until `done` or the deadline. What was waiting before the call is run even if the deadline
     /// passes meanwhile.
@@ -128,7 +130,7 @@ private:
     struct Entry {
         When when;
         Work work;
-        std::shared_ptr<TaskOwner> owner; ///< null for a request
+        TaskOwner* owner; ///< null for a request; kept by the work
         TaskNote note;
         std::uint64_t arrival = 0;
     };

@@ -42,12 +42,14 @@ const char* nameOf(Callback callback)
     return "";
 }
 
+TaskIntake::~TaskIntake() = default;
 TimerTaskListener::~TimerTaskListener() = default;
 
-TimerEngine::TimerEngine(
-    std::shared_ptr<LoopEngine> engine, std::weak_ptr<TimerTaskListener> listener, std::size_t maxBacklog)
+TimerEngine::TimerEngine(std::shared_ptr<LoopEngine> engine, std::shared_ptr<TaskIntake> intake,
+    std::weak_ptr<TimerTaskListener> listener, std::size_t maxBacklog)
     : m_engine(std::move(engine))
     , m_maxBacklog(maxBacklog)
+    , m_intake(std::move(intake))
     , m_listener(std::move(listener))
 {
 }
@@ -87,12 +89,8 @@ vorn::ContextId TimerEngine::getContextId() const
 
 void TimerEngine::submit(const std::function<void()>& task)
 {
-    const auto listener = m_listener.lock();
-    if (!listener) {
-        return; // the run has gone, and nobody is to hear of its callbacks
-    }
-    const TaskNote note = listener->taskComes();
-    const bool exceeds = m_engine->loop().submit(shared_from_this(), task, wakesInterpreter(), m_maxBacklog, note);
+    const TaskNote note = m_intake->taskComes();
+    const bool exceeds = m_engine->loop().submit(*this, task, wakesInterpreter(), m_maxBacklog, note);
     if (exceeds) {
         m_engine->loop().postUrgent(tell(&TimerTaskListener::backlogExceeded));
     }
@@ -125,7 +123,7 @@ std::optional<TaskNote> TimerEngine::firstTimerFcn() const
 
 void TimerEngine::runPending()
 {
-    m_engine->loop().runPending(shared_from_this());
+    m_engine->loop().runPending(*this);
 }
 
 void TimerEngine::taskBegins(const TaskNote& note) noexcept
@@ -157,9 +155,7 @@ void TimerEngine::taskEnds(const TaskNote& note, const std::exception_ptr& error
 
 void TimerEngine::taskIsDropped(const TaskNote& note) noexcept
 {
-    if (const auto listener = m_listener.lock()) {
-        listener->taskIsDropped(note);
-    }
+    m_intake->taskIsDropped(note);
 }
 
 } // namespace tovrinhost

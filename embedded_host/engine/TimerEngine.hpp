@@ -23,15 +23,23 @@ enum class Callback { None, StartFcn, TimerFcn, StopFcn, ErrorFcn };
 /// As in "TimerFcn"; empty for none.
 TOVRINHOST_API const char* nameOf(Callback callback);
 
-/// What becomes of the callbacks of one run of a timer. All notifications come on the interpreter thread, but for
-/// those that say otherwise.
+/// Where the tasks of one run of a timer come in. Any thread.
+class TOVRINHOST_API TaskIntake {
+public:
+    virtual ~TaskIntake();
+
+    /// A task is being handed over, on this thread; the library goes on when this has returned.
+    /// \returns what the listener is to be told of this task; the mark is a TaskMark
+    virtual TaskNote taskComes() = 0;
+
+    /// A task that has come will not be run.
+    virtual void taskIsDropped(const TaskNote& note) noexcept = 0;
+};
+
+/// What becomes of the callbacks of one run of a timer. All notifications come on the interpreter thread.
 class TOVRINHOST_API TimerTaskListener {
 public:
     virtual ~TimerTaskListener();
-
-    /// A task is being handed over, on this thread, which may be any; the library goes on when this has returned.
-    /// \returns what the notifications of this task are to tell; the mark is a TaskMark
-    virtual TaskNote taskComes() = 0;
 
     /// This callback is about to be evaluated.
     virtual void callbackBegins(Callback callback, const TaskNote& note) = 0;
@@ -43,9 +51,6 @@ public:
     /// \param callback the latest callback that it began
     /// \param error what left the task, null if nothing did
     virtual void taskEnds(Callback callback, const TaskNote& note, const std::exception_ptr& error) noexcept = 0;
-
-    /// A task that has come will not be run. Any thread.
-    virtual void taskIsDropped(const TaskNote& note) noexcept = 0;
 
     /// Another thread has posted a statement, as the library does when it finds that the timer has stopped.
     virtual void hasStopped() noexcept = 0;
@@ -60,16 +65,13 @@ public:
 /// The library gets it in place of the engine, as the engine instance in which the timer was created.
 ///
 /// Threading: the operations of vorn::VORN and `submit`, any thread; everything else, the interpreter thread.
-/// Ownership: shared by the library's timer and its pending tasks. It holds its listener weakly, but while one of
-/// the tasks is running.
-class TOVRINHOST_API TimerEngine final : public vorn::VORN,
-                                         public TaskSink,
-                                         public TaskOwner,
-                                         public std::enable_shared_from_this<TimerEngine> {
+/// Ownership: shared by the library's timer and its pending tasks. It shares the intake, and holds its listener
+/// weakly, but while one of the tasks is running.
+class TOVRINHOST_API TimerEngine final : public vorn::VORN, public TaskSink, public TaskOwner {
 public:
     /// \param maxBacklog how many of the timer's callbacks may wait at most
-    TimerEngine(
-        std::shared_ptr<LoopEngine> engine, std::weak_ptr<TimerTaskListener> listener, std::size_t maxBacklog);
+    TimerEngine(std::shared_ptr<LoopEngine> engine, std::shared_ptr<TaskIntake> intake,
+        std::weak_ptr<TimerTaskListener> listener, std::size_t maxBacklog);
     ~TimerEngine() override;
 
     foundation::concurrent::future<std::vector<foundation::tovrindata::Array>> feval(const std::string& function,
@@ -104,6 +106,7 @@ private:
 
     const std::shared_ptr<LoopEngine> m_engine;
     const std::size_t m_maxBacklog;
+    const std::shared_ptr<TaskIntake> m_intake;
 
     const std::weak_ptr<TimerTaskListener> m_listener;
 

@@ -10,7 +10,6 @@
 
 namespace tovrinhost {
 
-using tovrintimer::BusyMode;
 using tovrintimer::ExecutionMode;
 using tovrintimer::TimerInfo;
 using tovrintimer::TimerScheduler;
@@ -22,8 +21,9 @@ ScriptRun::ScriptRun(const TimerSurroundings& surroundings, Owner& owner, std::u
     , m_statistics(std::move(statistics))
     , m_number(number)
     , m_mode(settings.executionMode)
-    , m_progress(m_mode, settings.hasStartFcn, settings.taskCount())
-    , m_busyModeWanted(settings.busyMode)
+    , m_intake(std::make_shared<RunIntake>(
+          surroundings.diagnosis.log(), m_mode, settings.hasStartFcn, settings.taskCount()))
+    , m_progress(m_mode, settings.taskCount(), *m_intake)
     , m_settings(std::move(settings))
 {
 }
@@ -32,9 +32,10 @@ void ScriptRun::begin()
 {
     m_state = m_settings.hasStartFcn ? State::Starting : State::Running;
     m_statistics->run = FiringStatistics::Run::UnderWay;
-    m_engine = std::make_shared<TimerEngine>(
-        m_surroundings.engine, std::weak_ptr<TimerTaskListener>(weak_from_this()), m_surroundings.maxBacklog);
+    m_engine = std::make_shared<TimerEngine>(m_surroundings.engine, m_intake,
+        std::weak_ptr<TimerTaskListener>(weak_from_this()), m_surroundings.maxBacklog);
     m_timer = std::make_shared<TimerInfo>(makeObjectArray(m_number), m_engine, m_interruptState);
+    m_intake->setTimer(*m_timer);
     m_timer->setNumOfTasksToExecute(m_settings.taskCount());
     m_timer->setBusyMode(static_cast<std::size_t>(m_settings.busyMode));
     applySettings();
@@ -55,9 +56,6 @@ void ScriptRun::changeTasks(std::uint64_t tasks)
 {
     if (isUnderWay() && isRunning()) {
         m_progress.setTotal(tasks);
-        if (m_progress.isLibraryBeyond()) {
-            setBusyMode(BusyMode::Drop); // what falls due now is no overrun any more
-        }
     }
 }
 
@@ -80,7 +78,7 @@ void ScriptRun::applySettings()
 {
     m_settings.applyTo(*m_timer);
     m_timer->setStopFcnIsEmpty(!m_settings.hasStopFcn);
-    m_busyModeWanted = m_settings.busyMode;
+    m_intake->setBusyMode(m_settings.busyMode);
     if (m_mode != ExecutionMode::FixedRate) { // there, the dispatching thread does it
         m_timer->setNumOfTasksToExecute(m_settings.taskCount());
     }
@@ -145,39 +143,6 @@ void ScriptRun::describe() const
     TimerDescription description = m_settings.describe();
     description.number = m_number;
     m_surroundings.diagnosis.timers().put(m_timer->getId(), std::move(description));
-}
-
-TaskNote ScriptRun::taskComes()
-{
-    // In this order: what is counted has to stand before the log has it.
-    TaskNote note;
-    note.mark = static_cast<int>(markOfNextTask());
-    m_surroundings.diagnosis.log().hostHasIt(note);
-    return note;
-}
-
-void ScriptRun::taskIsDropped(const TaskNote& note) noexcept
-{
-    m_surroundings.diagnosis.log().discarded(note);
-}
-
-TaskMark ScriptRun::markOfNextTask()
-{
-    const TaskMark mark = m_progress.taskComes(*m_timer);
-    if (mark != TaskMark::None) {
-        // The library asks for the busy mode twice, and loses a callback where it becomes Queue in between: not
-        // here.
-        setBusyMode(m_progress.isLibraryBeyond() ? BusyMode::Drop : m_busyModeWanted.load());
-    }
-    return mark;
-}
-
-/// What has not changed is not written again, since the other threads would have to fetch it again.
-void ScriptRun::setBusyMode(BusyMode mode)
-{
-    if (m_timer->getBusyMode() != static_cast<std::size_t>(mode)) {
-        m_timer->setBusyMode(static_cast<std::size_t>(mode));
-    }
 }
 
 void ScriptRun::callbackBegins(Callback callback, const TaskNote& note)

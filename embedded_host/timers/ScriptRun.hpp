@@ -6,11 +6,11 @@
 #include "embedded_host/engine/LoopEngine.hpp"
 #include "embedded_host/engine/TimerEngine.hpp"
 #include "embedded_host/timers/RunEnd.hpp"
+#include "embedded_host/timers/RunIntake.hpp"
 #include "embedded_host/timers/RunProgress.hpp"
 #include "embedded_host/timers/StartGap.hpp"
 #include "embedded_host/timers/TimerSettings.hpp"
 
-#include <atomic>
 #include <cstdint>
 #include <exception>
 #include <functional>
@@ -62,7 +62,7 @@ struct TimerSurroundings {
 ///   still to come, or without a StopFcn in a timer that has stopped before its time. The ErrorFcn that follows is
 ///   asked for by the run, so that the library is told of none meanwhile.
 ///
-/// Threading: the interpreter thread, but for `taskComes` and `taskIsDropped`.
+/// Threading: the interpreter thread. What the dispatching thread has to do for it is its RunIntake's.
 /// Lifetime: shared by its timer and, while it runs, by the running task.
 class ScriptRun final : public TimerTaskListener, public std::enable_shared_from_this<ScriptRun> {
 public:
@@ -145,19 +145,15 @@ public:
 private:
     enum class State { Starting, Running, Ending, Ended };
 
-    TaskNote taskComes() override;
     void callbackBegins(Callback callback, const TaskNote& note) override;
     void periodCounts() noexcept override { m_settings.applyPeriodTo(*m_timer); }
     void taskEnds(Callback callback, const TaskNote& note, const std::exception_ptr& error) noexcept override;
-    void taskIsDropped(const TaskNote& note) noexcept override;
     void hasStopped() noexcept override;
     void backlogExceeded() noexcept override;
 
     std::string label() const { return "timer \"" + m_settings.name + "\""; }
     void applySettings();
     void describe() const;
-    TaskMark markOfNextTask();
-    void setBusyMode(tovrintimer::BusyMode mode);
     Nanoseconds turnedAt() const;
     void noteBeginning(bool isTimerFcn, const TaskNote& note, Nanoseconds turned);
     void noteEnd(Callback callback, const TaskNote& note, bool hasFailed);
@@ -178,7 +174,8 @@ private:
     Owner* m_owner; // null once it has left
     const std::shared_ptr<FiringStatistics> m_statistics;
     const std::uint64_t m_number;
-    const tovrintimer::ExecutionMode m_mode; // also for the dispatching thread
+    const tovrintimer::ExecutionMode m_mode;
+    const std::shared_ptr<RunIntake> m_intake; // which the engine shares
 
     // The library keeps a reference to it, so it stands before the library's timer, and goes after it. The
     // interrupt state that it is for comes from the queue manager instead.
@@ -195,7 +192,6 @@ private:
     bool m_isOverrun = false; // the ErrorFcn is to follow the StopFcn
 
     RunProgress m_progress;
-    std::atomic<tovrintimer::BusyMode> m_busyModeWanted; // for the dispatching thread
 
     // Behind what each callback looks at.
     TimerSettings m_settings;

@@ -6,8 +6,8 @@
 namespace tovrinhost {
 
 TimerSet::TimerSet(std::shared_ptr<LoopEngine> engine, ErrorReport& errors, std::size_t maxBacklog,
-    const WallClock& clock, std::size_t held)
-    : m_diagnosis(held)
+    const WallClock& clock, FiringLog::Purpose log)
+    : m_diagnosis(log)
     , m_alarms(clock)
     , m_surroundings { std::move(engine), errors, m_diagnosis, m_alarms, maxBacklog }
 {

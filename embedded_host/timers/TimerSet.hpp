@@ -16,9 +16,9 @@ namespace tovrinhost {
 class TimerSet {
 public:
     /// \param maxBacklog how many callbacks of one timer may wait at most
-    /// \param held how many firings the log holds; a power of two
+    /// \param log what it is for
     TimerSet(std::shared_ptr<LoopEngine> engine, ErrorReport& errors, std::size_t maxBacklog,
-        const WallClock& clock = systemWallClock(), std::size_t held = FiringLog::capacity);
+        const WallClock& clock = systemWallClock(), FiringLog::Purpose log = FiringLog::Purpose::Explanations);
 
     /// Makes a timer. One without a name is called "timer-1", "timer-2", ...
     std::shared_ptr<ScriptTimer> create(TimerSettings settings);

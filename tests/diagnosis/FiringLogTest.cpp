@@ -271,11 +271,12 @@ TEST_F(FiringLogTest, TheAttemptAfterADropThatHasFallenOutGoesOnInANewPlace)
     EXPECT_EQ(beginning.missed, 3U);
 }
 
-TEST(SmallFiringLogTest, ItHoldsAsManyAsItIsToldTo)
+TEST(FiringLogForEventsTest, ItHoldsWhatCallbacksAreToldOfThemselves)
 {
     madeUpNow = 100 * ms;
-    FiringLog log(madeUpClock, 4);
-    for (std::uint64_t number = 1; number <= 10; ++number) {
+    FiringLog log(madeUpClock, FiringLog::Purpose::Events);
+    constexpr std::uint64_t latest = 2 * FiringLog::capacityForEvents;
+    for (std::uint64_t number = 1; number <= latest; ++number) {
         log.dispatched(work(number, 1, 100));
         const TaskNote note = noteOf(log);
         EXPECT_TRUE(note.isTimerFcn);
@@ -284,10 +285,40 @@ TEST(SmallFiringLogTest, ItHoldsAsManyAsItIsToldTo)
         EXPECT_EQ(log.callbackEnds(note, madeUpNow + ms, false), ms);
     }
 
-    EXPECT_FALSE(log.at(6));
-    EXPECT_EQ(log.at(7)->run, 7U);
-    EXPECT_EQ(log.at(10)->stage, Stage::Done);
-    EXPECT_EQ(log.interpreter().since(0, madeUpNow).size(), 8U) << "what is not known, and seven more";
+    const std::uint64_t oldest = latest - FiringLog::capacityForEvents + 1;
+    EXPECT_FALSE(log.at(oldest - 1));
+    EXPECT_EQ(log.at(oldest)->run, oldest);
+    EXPECT_EQ(log.at(latest)->stage, Stage::Done);
+    EXPECT_EQ(log.interpreter().since(0, madeUpNow).size(), 2 * FiringLog::capacityForEvents)
+        << "what is not known, and one less";
+}
+
+TEST(FiringLogForEventsTest, ItLooksAtTheClockOnceForAllThatAreDueTogether)
+{
+    static int looks;
+    const auto lookAt = []() noexcept {
+        ++looks;
+        return madeUpNow;
+    };
+    madeUpNow = 100 * ms;
+    FiringLog log(lookAt, FiringLog::Purpose::Events);
+    looks = 0;
+    for (std::uint64_t number = 1; number <= 10; ++number) {
+        log.queued(work(number, 1, 100));
+    }
+    for (std::uint64_t number = 1; number <= 10; ++number) {
+        log.dispatched(work(number, 1, 100));
+        const TaskNote note = noteOf(log);
+        log.handedOver(work(number, 1, 100));
+        madeUpNow += ms;
+        EXPECT_EQ(log.callbackBegins(note, 0, number, ms).started, 100 * ms) << "the host turned to it before";
+    }
+    EXPECT_EQ(looks, 1);
+
+    log.queued(work(11, 1, 110));
+    log.dispatched(work(11, 1, 110));
+    EXPECT_EQ(looks, 2);
+    EXPECT_EQ(noteOf(log).taken, madeUpNow);
 }
 
 TEST_F(FiringLogTest, AReaderSeesOneFiringOrNone)

@@ -80,9 +80,9 @@ TEST_F(EventLoopTest, TheNextOneIsTurnedToAsOneHasEnded)
             latest = EventLoop::Clock::now();
         }
     };
-    m_loop.submit(m_owner, look, true);
+    m_loop.submit(*m_owner, look, true);
     m_loop.post(When::AtEventLoop, look);
-    m_loop.submit(m_other, look, true);
+    m_loop.submit(*m_other, look, true);
 
     drain(State::Pumping);
 
@@ -93,7 +93,7 @@ TEST_F(EventLoopTest, AnOwnerIsToldOfEachTaskThatWillNotBeRun)
 {
     const auto submit = [&](std::uint64_t number) {
         m_loop.submit(
-            m_owner, [] {}, true, 10, TaskNote { 0, number });
+            *m_owner, [] {}, true, 10, TaskNote { 0, number });
     };
     submit(1);
     submit(2);
@@ -133,7 +133,7 @@ TEST_F(EventLoopTest, WhatHasComeIsRunWithoutWaitingAndNotWhatComesMeanwhile)
     EXPECT_THAT(m_done, ElementsAre("request"));
 
     m_loop.submit(
-        m_owner, [this] { m_loop.submit(m_other, note("meanwhile"), true); }, true);
+        *m_owner, [this] { m_loop.submit(*m_other, note("meanwhile"), true); }, true);
     m_loop.post(When::AtEventLoop, note("behind"));
     EXPECT_EQ(m_loop.runWhatCame(State::Pumping), Ran::Tasks);
     EXPECT_THAT(m_done, ElementsAre("request", "behind"));
@@ -154,14 +154,14 @@ TEST_F(EventLoopTest, EachArrivalIsToldOnTheThreadThatBringsIt)
     m_loop.postUrgent(note("urgent"));
     onOtherThread([&] {
         other = std::this_thread::get_id();
-        m_loop.submit(m_owner, note("task"), true);
+        m_loop.submit(*m_owner, note("task"), true);
     });
     m_loop.wake(); // brings nothing
     const auto here = std::this_thread::get_id();
     EXPECT_THAT(told, ElementsAre(here, here, other));
 
     m_loop.close(*m_owner, 0);
-    onOtherThread([&] { m_loop.submit(m_owner, note("dropped"), true); });
+    onOtherThread([&] { m_loop.submit(*m_owner, note("dropped"), true); });
     EXPECT_EQ(told.size(), 3U);
 }
 
@@ -199,7 +199,7 @@ TEST_F(EventLoopTest, AThreadIsAgainTheInterpreterOfWhatItWasBefore)
 TEST_F(EventLoopTest, EntriesRunInArrivalOrder)
 {
     m_loop.post(When::Idle, note("request"));
-    m_loop.submit(m_owner, note("task"), true);
+    m_loop.submit(*m_owner, note("task"), true);
     m_loop.post(When::AtEventLoop, note("request at event loop"));
 
     drain(State::Idle);
@@ -211,7 +211,7 @@ TEST_F(EventLoopTest, WhilePumpingIdleRequestsStayBehind)
 {
     m_loop.post(When::Idle, note("idle"));
     m_loop.post(When::AtEventLoop, note("at event loop"));
-    m_loop.submit(m_owner, note("task"), true);
+    m_loop.submit(*m_owner, note("task"), true);
 
     drain(State::Pumping);
     EXPECT_THAT(m_done, ElementsAre("at event loop", "task"));
@@ -223,15 +223,15 @@ TEST_F(EventLoopTest, WhilePumpingIdleRequestsStayBehind)
 TEST_F(EventLoopTest, TasksOfOneOwnerNeverRunNestedInEachOther)
 {
     m_loop.submit(
-        m_owner,
+        *m_owner,
         [this] {
             m_done.emplace_back("first begins");
             drain(State::Pumping);
             m_done.emplace_back("first ends");
         },
         true);
-    m_loop.submit(m_owner, note("second"), true);
-    m_loop.submit(m_other, note("other"), true);
+    m_loop.submit(*m_owner, note("second"), true);
+    m_loop.submit(*m_other, note("other"), true);
 
     EXPECT_TRUE(m_loop.runUntil(State::Idle, [this] { return m_done.size() == 4; }));
 
@@ -240,7 +240,7 @@ TEST_F(EventLoopTest, TasksOfOneOwnerNeverRunNestedInEachOther)
 
 TEST_F(EventLoopTest, AnUrgentRequestGoesBeforeWhatWaits)
 {
-    m_loop.submit(m_owner, note("task"), true);
+    m_loop.submit(*m_owner, note("task"), true);
     m_loop.postUrgent(note("urgent"));
 
     drain(State::Pumping);
@@ -251,14 +251,14 @@ TEST_F(EventLoopTest, AnUrgentRequestGoesBeforeWhatWaits)
 TEST_F(EventLoopTest, WhatComesWhileATaskRunsStaysBehindWhatWaitsUnlessItIsUrgent)
 {
     m_loop.submit(
-        m_owner,
+        *m_owner,
         [this] {
             m_done.emplace_back("1");
-            onOtherThread([this] { m_loop.submit(m_owner, note("3"), true); });
+            onOtherThread([this] { m_loop.submit(*m_owner, note("3"), true); });
             onOtherThread([this] { m_loop.postUrgent(note("urgent")); });
         },
         true);
-    m_loop.submit(m_owner, note("2"), true);
+    m_loop.submit(*m_owner, note("2"), true);
 
     EXPECT_TRUE(m_loop.runUntil(State::Idle, [this] { return m_done.size() == 4; }));
 
@@ -278,8 +278,8 @@ TEST_F(EventLoopTest, OfSeveralUrgentRequestsTheLatestComesFirst)
 TEST_F(EventLoopTest, WhatLeavesATaskIsToldToItsOwner)
 {
     m_loop.submit(
-        m_owner, [] { throw std::runtime_error("boom"); }, true);
-    m_loop.submit(m_other, note("next"), true);
+        *m_owner, [] { throw std::runtime_error("boom"); }, true);
+    m_loop.submit(*m_other, note("next"), true);
 
     drain(State::Idle);
 
@@ -291,8 +291,8 @@ TEST_F(EventLoopTest, WhatLeavesATaskIsToldToItsOwner)
 TEST_F(EventLoopTest, ClosingDropsTheOwnersTasksButForTheFirstOnes)
 {
     for (const char* name : { "1", "2", "3" }) {
-        m_loop.submit(m_owner, note(name), true);
-        m_loop.submit(m_other, note(std::string("other ") + name), true);
+        m_loop.submit(*m_owner, note(name), true);
+        m_loop.submit(*m_other, note(std::string("other ") + name), true);
     }
 
     m_loop.close(*m_owner, 1);
@@ -305,7 +305,7 @@ TEST_F(EventLoopTest, ClosingDropsTheOwnersTasksButForTheFirstOnes)
 
 TEST_F(EventLoopTest, ClosingDropsTheOnlyTaskThatWaits)
 {
-    m_loop.submit(m_owner, note("only"), true);
+    m_loop.submit(*m_owner, note("only"), true);
 
     m_loop.close(*m_owner, 0);
 
@@ -316,8 +316,8 @@ TEST_F(EventLoopTest, ClosingDropsTheOnlyTaskThatWaits)
 
 TEST_F(EventLoopTest, ClosingSparesWhatOthersHaveWaitingAsManyAsMayBeKept)
 {
-    m_loop.submit(m_other, note("other 1"), true);
-    m_loop.submit(m_owner, note("1"), true);
+    m_loop.submit(*m_other, note("other 1"), true);
+    m_loop.submit(*m_owner, note("1"), true);
     m_loop.post(When::Idle, note("request"));
 
     m_loop.close(*m_owner, 1);
@@ -330,16 +330,16 @@ TEST_F(EventLoopTest, ClosingSparesWhatOthersHaveWaitingAsManyAsMayBeKept)
 TEST_F(EventLoopTest, ClosingWithinATaskDropsWhatWaitedBeforeAndWhatHasComeSince)
 {
     m_loop.submit(
-        m_other,
+        *m_other,
         [this] {
-            onOtherThread([this] { m_loop.submit(m_owner, note("come since"), true); });
+            onOtherThread([this] { m_loop.submit(*m_owner, note("come since"), true); });
             EXPECT_EQ(m_loop.pending(*m_owner), 3U);
             m_loop.close(*m_owner, 1);
             EXPECT_EQ(m_loop.pending(*m_owner), 1U);
         },
         true);
-    m_loop.submit(m_owner, note("kept"), true);
-    m_loop.submit(m_owner, note("waited before"), true);
+    m_loop.submit(*m_owner, note("kept"), true);
+    m_loop.submit(*m_owner, note("waited before"), true);
 
     drain(State::Idle);
 
@@ -350,8 +350,8 @@ TEST_F(EventLoopTest, ClosingWithinATaskDropsWhatWaitedBeforeAndWhatHasComeSince
 TEST_F(EventLoopTest, ClosedDoorsKeepOtherThreadsOut)
 {
     m_loop.close(*m_owner, 0);
-    onOtherThread([&] { m_loop.submit(m_owner, note("kept out"), true); });
-    m_loop.submit(m_owner, note("from the interpreter"), true);
+    onOtherThread([&] { m_loop.submit(*m_owner, note("kept out"), true); });
+    m_loop.submit(*m_owner, note("from the interpreter"), true);
 
     drain(State::Idle);
 
@@ -361,10 +361,10 @@ TEST_F(EventLoopTest, ClosedDoorsKeepOtherThreadsOut)
 TEST_F(EventLoopTest, TheDoorsCloseBehindTheTaskThatExceedsTheLimit)
 {
     onOtherThread([&] {
-        EXPECT_FALSE(m_loop.submit(m_owner, note("1"), true, 2));
-        EXPECT_FALSE(m_loop.submit(m_owner, note("2"), true, 2));
-        EXPECT_TRUE(m_loop.submit(m_owner, note("3"), true, 2));
-        EXPECT_FALSE(m_loop.submit(m_owner, note("4"), true, 2));
+        EXPECT_FALSE(m_loop.submit(*m_owner, note("1"), true, 2));
+        EXPECT_FALSE(m_loop.submit(*m_owner, note("2"), true, 2));
+        EXPECT_TRUE(m_loop.submit(*m_owner, note("3"), true, 2));
+        EXPECT_FALSE(m_loop.submit(*m_owner, note("4"), true, 2));
     });
 
     drain(State::Idle);
@@ -374,7 +374,7 @@ TEST_F(EventLoopTest, TheDoorsCloseBehindTheTaskThatExceedsTheLimit)
 
 TEST_F(EventLoopTest, TheInterpretersOwnTasksHaveNoLimit)
 {
-    EXPECT_FALSE(m_loop.submit(m_owner, note("1"), true, 0));
+    EXPECT_FALSE(m_loop.submit(*m_owner, note("1"), true, 0));
 
     drain(State::Idle);
 
@@ -383,11 +383,11 @@ TEST_F(EventLoopTest, TheInterpretersOwnTasksHaveNoLimit)
 
 TEST_F(EventLoopTest, PendingTasksOfAnOwnerAreRunOutOfTurn)
 {
-    m_loop.submit(m_other, note("other"), true);
-    m_loop.submit(m_owner, note("1"), true);
-    m_loop.submit(m_owner, note("2"), true);
+    m_loop.submit(*m_other, note("other"), true);
+    m_loop.submit(*m_owner, note("1"), true);
+    m_loop.submit(*m_owner, note("2"), true);
 
-    m_loop.runPending(m_owner);
+    m_loop.runPending(*m_owner);
     EXPECT_THAT(m_done, ElementsAre("1", "2"));
 
     drain(State::Idle);
@@ -397,7 +397,7 @@ TEST_F(EventLoopTest, PendingTasksOfAnOwnerAreRunOutOfTurn)
 TEST_F(EventLoopTest, ATaskThatDoesNotWakeWaitsForTheNextLook)
 {
     std::thread other([&] {
-        m_loop.submit(m_owner, note("quiet task"), false);
+        m_loop.submit(*m_owner, note("quiet task"), false);
         m_loop.wake();
     });
     EXPECT_TRUE(m_loop.runUntil(State::Idle, [this] { return !m_done.empty(); }));
@@ -425,14 +425,14 @@ TEST_F(EventLoopTest, AWakeUpBetweenTheLookAndTheWaitIsNotLost)
 TEST_F(EventLoopTest, ATaskThatMayNotRunYetDoesNotUseUpTheWakeUpOfAnother)
 {
     m_loop.submit(
-        m_owner,
+        *m_owner,
         [this] {
             int asked = 0;
             EXPECT_TRUE(m_loop.runUntil(State::Pumping, [&] {
                 if (++asked == 1) {
                     // The first is found, but waits for this one to end; the second comes behind it.
-                    onOtherThread([this] { m_loop.submit(m_owner, note("waits"), true); });
-                    onOtherThread([this] { m_loop.submit(m_other, note("comes"), true); });
+                    onOtherThread([this] { m_loop.submit(*m_owner, note("waits"), true); });
+                    onOtherThread([this] { m_loop.submit(*m_other, note("comes"), true); });
                 }
                 return !m_done.empty();
             }));
@@ -451,7 +451,7 @@ TEST_F(EventLoopTest, EachSleepIsEndedByTheNextTask)
     const std::jthread other([&](const std::stop_token& testFails) {
         for (int round = 0; round < rounds && !testFails.stop_requested(); ++round) {
             m_loop.submit(
-                m_owner, [&run] { ++run; }, true);
+                *m_owner, [&run] { ++run; }, true);
             while (run == round && !testFails.stop_requested()) {
                 std::this_thread::yield();
             }
@@ -469,7 +469,7 @@ TEST_F(EventLoopTest, AWakeUpAfterADeadlineHasPassedIsNotLost)
 {
     EXPECT_FALSE(m_loop.runUntil(
         State::Idle, [] { return false; }, EventLoop::Clock::now() + 1ms));
-    const std::jthread other([&] { m_loop.submit(m_owner, note("task"), true); });
+    const std::jthread other([&] { m_loop.submit(*m_owner, note("task"), true); });
 
     EXPECT_TRUE(m_loop.runUntil(
         State::Idle, [this] { return !m_done.empty(); }, EventLoop::Clock::now() + 20s));
@@ -500,14 +500,14 @@ TEST_F(EventLoopTest, AnInterruptionEndsEveryWaitUntilItIsCleared)
 TEST_F(EventLoopTest, ALoopThatIsStoppedWithinATaskRunsNothingMore)
 {
     m_loop.submit(
-        m_other,
+        *m_other,
         [this] {
-            onOtherThread([this] { m_loop.submit(m_owner, note("come since"), true); });
+            onOtherThread([this] { m_loop.submit(*m_owner, note("come since"), true); });
             m_loop.stop();
-            m_loop.runPending(m_owner);
+            m_loop.runPending(*m_owner);
         },
         true);
-    m_loop.submit(m_owner, note("waited before"), true);
+    m_loop.submit(*m_owner, note("waited before"), true);
 
     m_loop.runUntilStopped();
 
@@ -517,9 +517,9 @@ TEST_F(EventLoopTest, ALoopThatIsStoppedWithinATaskRunsNothingMore)
 
 TEST_F(EventLoopTest, AStoppedLoopDropsWhatWaitsAndWhatComes)
 {
-    m_loop.submit(m_owner, note("waits"), true);
+    m_loop.submit(*m_owner, note("waits"), true);
     m_loop.stop();
-    m_loop.submit(m_owner, note("comes"), true);
+    m_loop.submit(*m_owner, note("comes"), true);
     m_loop.post(When::Idle, note("comes too"));
 
     m_loop.runUntilStopped();
