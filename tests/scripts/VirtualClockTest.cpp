@@ -57,6 +57,16 @@ protected:
     }
 };
 
+TEST_F(VirtualClockTest, RecordsBearTheTimeThatTheScriptGoesBy)
+{
+    const char* const script = "timer { StartDelay = 3600.25, TimerFcn = function() end }:start()";
+    const Outcome outcome = run(script, { "--clock", "virtual", "--log", "tovrintimer::workHandler=4" });
+    EXPECT_THAT(linesWith(outcome.err, "SingleShot"),
+        ElementsAre("2000-01-01 01:00:00.250000 [tovrintimer::workHandler] 0x04 Requesting SingleShot Processing",
+            "2000-01-01 01:00:00.250000 [tovrintimer::workHandler] 0x04 Processing SingleShot Callback"));
+    EXPECT_EQ(outcome.status, 0);
+}
+
 TEST_F(VirtualClockTest, PauseBusyAndWaitTakeTheirTimeByEachClockOfTheScript)
 {
     expectVirtually(R"(

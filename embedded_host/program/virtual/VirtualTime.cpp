@@ -1,3 +1,4 @@
+#include "embedded_host/log/LogLine.hpp"
 #include "embedded_host/program/Clocks.hpp"
 #include "embedded_host/program/Commands.hpp"
 #include "embedded_host/program/virtual/Calendar.hpp"
@@ -21,6 +22,16 @@ virtual_time::Moment calendarAtBeginning(double pace)
 {
     using namespace std::chrono;
     return pace == 0 ? calendarOfVirtualTime() : nanoseconds(system_clock::now().time_since_epoch()).count();
+}
+
+/// What the calendar shows. A look that no thread gives way at, so that a script runs the same way with its
+/// records.
+RecordTime timeOfRecord() noexcept
+{
+    using namespace std::chrono;
+    const virtual_time::Kernel* const kernel = virtual_time::Kernel::current();
+    return kernel == nullptr ? system_clock::now()
+                             : RecordTime(duration_cast<system_clock::duration>(nanoseconds(kernel->calendar())));
 }
 
 /// Where nothing can go on any more, the script is given up: in real time it would wait for ever.
@@ -64,6 +75,7 @@ int runByItsClock(const RunOptions& options)
     world.calendarAtZero = calendarAtBeginning(world.pace) - world.begin;
     virtual_time::Kernel kernel(world);
     kernel.begin();
+    setRecordClock(timeOfRecord);
     return run(
         options, [&kernel](ScriptRunner& runner) { return std::make_shared<EndOfStandstill>(kernel, runner); });
 }
