@@ -1,6 +1,6 @@
 #include "tests/scripts/ScriptTest.hpp"
-#include "tests/scripts/linux/PseudoTerminal.hpp"
 #include "tests/scripts/linux/ServingProgram.hpp"
+#include "tests/terminal/TerminalProgram.hpp"
 
 #include <csignal>
 #include <filesystem>
@@ -9,6 +9,7 @@ namespace scripts {
 
 namespace {
 
+using terminals::TerminalProgram;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::StartsWith;
@@ -26,7 +27,7 @@ protected:
         return { folder(), runtime(), "script.lua" };
     }
 
-    PseudoTerminal top(int width = 150, int height = 12, const std::string& type = PseudoTerminal::type)
+    TerminalProgram top(int width = 150, int height = 12, const std::string& type = "xterm")
     {
         return { { TOVRIN_PROGRAM, "top" }, { { "XDG_RUNTIME_DIR", runtime() }, { "TERM", type } }, folder(),
             width, height };
@@ -44,7 +45,7 @@ TEST_F(TopTest, TheTableIsShownAndRedrawnAndQEndsIt)
 {
     const auto program = start(threeTimers);
     auto terminal = top();
-    EXPECT_TRUE(terminal.waitFor([&] { return terminal.has("alpha ") && terminal.has("q quit"); }));
+    EXPECT_TRUE(terminal.waitFor([&] { return terminal.shows("alpha ") && terminal.shows("q quit"); }));
     EXPECT_THAT(terminal.screen()[0], StartsWith("tovrin " + program.name() + ", script.lua: 3 timers after "));
     EXPECT_THAT(terminal.screen()[0], HasSubstr("(steady clock)"));
     EXPECT_THAT(terminal.screen()[1],
@@ -54,7 +55,7 @@ TEST_F(TopTest, TheTableIsShownAndRedrawnAndQEndsIt)
     EXPECT_THAT(terminal.screen()[2], MatchesRegex("alpha +due +FixedRate, Drop, 60 s +[0-9].*"));
     const std::string head = terminal.screen()[0];
     EXPECT_TRUE(terminal.waitFor([&] { return terminal.screen()[0] != head; })) << head;
-    terminal.press("q");
+    terminal.type("q");
     EXPECT_EQ(terminal.wait(), 0);
 }
 
@@ -69,31 +70,31 @@ TEST_F(TopTest, KeysSortReverseFilterPauseAndShowHelp)
         });
     };
     EXPECT_TRUE(order("alpha ", "beta ", "gamma "));
-    terminal.press("r");
+    terminal.type("r");
     EXPECT_TRUE(order("gamma ", "beta ", "alpha "));
-    EXPECT_TRUE(terminal.has("vtimer "));
-    terminal.press("\033[C\033[C\033[C\033[C\033[C\033[C"); // to the right, until it is by runs
-    EXPECT_TRUE(terminal.waitFor([&] { return terminal.has("vruns"); }));
+    EXPECT_TRUE(terminal.shows("vtimer "));
+    terminal.type("\033OC\033OC\033OC\033OC\033OC\033OC"); // to the right, until it is by runs
+    EXPECT_TRUE(terminal.waitFor([&] { return terminal.shows("vruns"); }));
     EXPECT_TRUE(order("gamma ", "beta ", "alpha "));
-    terminal.press("r");
-    EXPECT_TRUE(terminal.waitFor([&] { return terminal.has("^runs"); }));
+    terminal.type("r");
+    EXPECT_TRUE(terminal.waitFor([&] { return terminal.shows("^runs"); }));
     EXPECT_TRUE(order("alpha ", "beta ", "gamma "));
 
-    terminal.press("/et");
-    EXPECT_TRUE(terminal.waitFor([&] { return terminal.has("names with: et_"); }));
+    terminal.type("/et");
+    EXPECT_TRUE(terminal.waitFor([&] { return terminal.shows("names with: et_"); }));
     EXPECT_TRUE(terminal.screen()[2].starts_with("beta "));
-    EXPECT_FALSE(terminal.has("gamma"));
-    terminal.press("\033");
-    EXPECT_TRUE(terminal.waitFor([&] { return terminal.has("gamma"); }));
+    EXPECT_FALSE(terminal.shows("gamma"));
+    terminal.type("\033");
+    EXPECT_TRUE(terminal.waitFor([&] { return terminal.shows("gamma"); }));
 
-    terminal.press("p");
-    EXPECT_TRUE(terminal.waitFor([&] { return terminal.has(", paused"); }));
+    terminal.type("p");
+    EXPECT_TRUE(terminal.waitFor([&] { return terminal.shows(", paused"); }));
     const std::string head = terminal.screen()[0];
     EXPECT_FALSE(terminal.waitFor([&] { return terminal.screen()[0] != head; }, 2.5));
-    terminal.press("p?");
-    EXPECT_TRUE(
-        terminal.waitFor([&] { return terminal.has("Any key goes back.") || terminal.has("reverse the order"); }));
-    terminal.press("xq");
+    terminal.type("p?");
+    EXPECT_TRUE(terminal.waitFor(
+        [&] { return terminal.shows("Any key goes back.") || terminal.shows("reverse the order"); }));
+    terminal.type("xq");
     EXPECT_EQ(terminal.wait(), 0);
 }
 
@@ -101,14 +102,14 @@ TEST_F(TopTest, EnterOpensATimerWithItsLatestExplanation)
 {
     const auto program = start(threeTimers);
     auto terminal = top(100, 20);
-    EXPECT_TRUE(terminal.waitFor([&] { return terminal.has("gamma"); }));
-    terminal.press("\033[B\r"); // one down
-    EXPECT_TRUE(terminal.waitFor([&] { return terminal.has("timer beta   state "); }));
-    EXPECT_TRUE(terminal.waitFor([&] { return terminal.has("beta run "); }));
-    EXPECT_TRUE(terminal.has("(FixedRate, Drop, 0.5 s) due "));
-    terminal.press("\033");
-    EXPECT_TRUE(terminal.waitFor([&] { return terminal.has("gamma"); }));
-    terminal.press("q");
+    EXPECT_TRUE(terminal.waitFor([&] { return terminal.shows("gamma"); }));
+    terminal.type("\033OB\r"); // one down
+    EXPECT_TRUE(terminal.waitFor([&] { return terminal.shows("timer beta   state "); }));
+    EXPECT_TRUE(terminal.waitFor([&] { return terminal.shows("beta run "); }));
+    EXPECT_TRUE(terminal.shows("(FixedRate, Drop, 0.5 s) due "));
+    terminal.type("\033");
+    EXPECT_TRUE(terminal.waitFor([&] { return terminal.shows("gamma"); }));
+    terminal.type("q");
     EXPECT_EQ(terminal.wait(), 0);
 }
 
@@ -116,14 +117,22 @@ TEST_F(TopTest, TheScreenFollowsTheTerminalsSize)
 {
     const auto program = start(threeTimers);
     auto terminal = top(150, 12);
-    EXPECT_TRUE(terminal.waitFor([&] { return terminal.screen()[11].starts_with("left right sort"); }));
+    // What the terminal itself makes of what it showed before has another row in front, or none behind.
+    const auto isFilledTo = [&](std::size_t last) {
+        return terminal.waitFor([&] {
+            const auto rows = terminal.screen();
+            return rows[0].starts_with("tovrin ") && rows[last].starts_with("left right sort");
+        });
+    };
+    EXPECT_TRUE(isFilledTo(11));
+    EXPECT_TRUE(terminal.shows("backlog"));
     terminal.resize(60, 8);
-    EXPECT_TRUE(terminal.waitFor([&] { return terminal.screen()[7].starts_with("left right sort"); }));
-    EXPECT_FALSE(terminal.has("backlog"));
+    EXPECT_TRUE(isFilledTo(7));
+    EXPECT_FALSE(terminal.shows("backlog"));
     terminal.resize(160, 6);
-    EXPECT_TRUE(terminal.waitFor([&] { return terminal.screen()[5].starts_with("left right sort"); }));
-    EXPECT_TRUE(terminal.has("backlog"));
-    terminal.press("q");
+    EXPECT_TRUE(isFilledTo(5));
+    EXPECT_TRUE(terminal.shows("backlog"));
+    terminal.type("q");
     EXPECT_EQ(terminal.wait(), 0);
 }
 
@@ -132,7 +141,7 @@ TEST_F(TopTest, ANameCannotObeyTheTerminal)
     const auto program = start("timer { Name = 'bad\\27[2J\\xff\\n', TimerFcn = print }\npause(600)");
     auto terminal = top();
     EXPECT_TRUE(terminal.waitFor([&] { return terminal.screen()[2].starts_with("bad\\x1b[2J\\xff\\n "); }));
-    terminal.press("q");
+    terminal.type("q");
     EXPECT_EQ(terminal.wait(), 0);
 }
 
@@ -140,12 +149,12 @@ TEST_F(TopTest, AProgramThatEndsIsToldOfAfterTheTerminalHasBeenGivenBack)
 {
     auto program = start(threeTimers);
     auto terminal = top();
-    EXPECT_TRUE(terminal.waitFor([&] { return terminal.has("gamma"); }));
+    EXPECT_TRUE(terminal.waitFor([&] { return terminal.shows("gamma"); }));
     program.signal(SIGTERM);
     program.wait();
     EXPECT_EQ(terminal.wait(), 1);
-    EXPECT_TRUE(terminal.has("tovrin: there is no process " + program.name())
-        || terminal.has("tovrin: the program " + program.name()));
+    EXPECT_TRUE(terminal.shows("tovrin: there is no process " + program.name())
+        || terminal.shows("tovrin: the program " + program.name()));
 }
 
 TEST_F(TopTest, WithoutATerminalOrWithOneThatNobodyKnowsTopSaysSo)
@@ -157,7 +166,7 @@ TEST_F(TopTest, WithoutATerminalOrWithOneThatNobodyKnowsTopSaysSo)
     EXPECT_EQ(outcome.status, 1);
     auto terminal = top(150, 12, "odd-one");
     EXPECT_EQ(terminal.wait(), 1);
-    EXPECT_TRUE(terminal.has("tovrin: the terminal type \"odd-one\" (TERM) is not known here"));
+    EXPECT_TRUE(terminal.shows("tovrin: the terminal type \"odd-one\" (TERM) is not known here"));
 }
 
 } // namespace

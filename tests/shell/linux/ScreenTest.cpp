@@ -1,6 +1,6 @@
 #include "embedded_host/shell/Screen.hpp"
 
-#include "tests/shell/linux/VirtualTerminal.hpp"
+#include "tests/terminal/VirtualTerminal.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,6 +12,7 @@ namespace shell_tests {
 
 namespace {
 
+using terminals::VirtualTerminal;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using tovrinhost::Screen;

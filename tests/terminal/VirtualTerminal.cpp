@@ -1,12 +1,13 @@
-#include "tests/shell/linux/VirtualTerminal.hpp"
+#include "tests/terminal/VirtualTerminal.hpp"
 
 #include "embedded_host/values/Utf8.hpp"
 
 #include <cstdint>
+#include <utility>
 
 #include <vterm.h>
 
-namespace shell_tests {
+namespace terminals {
 
 namespace {
 
@@ -84,14 +85,23 @@ std::string VirtualTerminal::row(int number) const
     return trimmed(text);
 }
 
-std::vector<std::string> VirtualTerminal::rows() const
+std::vector<std::string> VirtualTerminal::screen() const
 {
     int width = 0;
     int height = 0;
     vterm_get_size(m_terminal, &height, &width);
-    std::vector<std::string> rows = m_gone;
+    std::vector<std::string> rows;
     for (int number = 0; number < height; ++number) {
         rows.push_back(row(number));
+    }
+    return rows;
+}
+
+std::vector<std::string> VirtualTerminal::rows() const
+{
+    std::vector<std::string> rows = m_gone;
+    for (std::string& row : screen()) {
+        rows.push_back(std::move(row));
     }
     while (!rows.empty() && rows.back().empty()) {
         rows.pop_back();
@@ -113,4 +123,4 @@ int VirtualTerminal::cursorColumn() const
     return place.col;
 }
 
-} // namespace shell_tests
+} // namespace terminals

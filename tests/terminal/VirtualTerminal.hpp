@@ -8,7 +8,7 @@
 struct VTerm;
 struct VTermScreen;
 
-namespace shell_tests {
+namespace terminals {
 
 /// What a terminal makes of the bytes that it is sent: its screen, and the rows that have left it at the top.
 class VirtualTerminal {
@@ -25,6 +25,9 @@ public:
     /// ends.
     std::vector<std::string> rows() const;
 
+    /// Those of the screen alone, all of them.
+    std::vector<std::string> screen() const;
+
     /// The row with the cursor, and how many columns it stands behind the row's beginning.
     std::string cursorRow() const;
     int cursorColumn() const;
@@ -38,4 +41,4 @@ private:
     std::vector<std::string> m_gone;
 };
 
-} // namespace shell_tests
+} // namespace terminals
