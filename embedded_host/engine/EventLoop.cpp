@@ -171,7 +171,7 @@ template <typename Fits> std::optional<EventLoop::Entry> EventLoop::takeFirst(co
     }
     std::optional<Entry> taken(std::move(*first));
     m_waiting.erase(first);
-    if (taken->owner) {
+    if (taken->owner != nullptr) {
         --taken->owner->m_pending;
     }
     return taken;
@@ -262,7 +262,7 @@ void EventLoop::stop()
 void EventLoop::drop(const std::deque<Entry>& entries)
 {
     for (const Entry& entry : entries) {
-        if (entry.owner) {
+        if (entry.owner != nullptr) {
             --entry.owner->m_pending;
         }
     }
@@ -277,14 +277,14 @@ void EventLoop::interrupt(Interruption why)
 EventLoop::Ran EventLoop::runNext(State state, std::uint64_t arrivedBefore)
 {
     const auto entry = takeFirst([&](const Entry& candidate) {
-        const bool waitsForItsOwner = candidate.owner && candidate.owner->isInTask();
+        const bool waitsForItsOwner = candidate.owner != nullptr && candidate.owner->isInTask();
         return !waitsForItsOwner && candidate.arrival < arrivedBefore
             && (state == State::Idle || candidate.when == When::AtEventLoop);
     });
     if (!entry) {
         return Ran::Nothing;
     }
-    if (entry->owner) {
+    if (entry->owner != nullptr) {
         runTask(*entry);
         return Ran::Tasks;
     }

@@ -246,10 +246,10 @@ std::string describeUnknown(lua_State* state, int key, Use use)
     std::string kind = "property ";
     std::string there = "he properties are " + commaSeparated(names);
     if (use == Use::Read) {
-        const auto methods = methodNames();
+        const auto ofMethods = methodNames();
         kind += "or method ";
-        there += "; the methods are " + commaSeparated(methods);
-        names.insert(names.end(), methods.begin(), methods.end());
+        there += "; the methods are " + commaSeparated(ofMethods);
+        names.insert(names.end(), ofMethods.begin(), ofMethods.end());
     }
     std::string nearest;
     if (lua_type(state, key) == LUA_TSTRING) {
