@@ -14,7 +14,7 @@ namespace tovrinhost {
 
 class LoopEngine;
 
-/// What the listener noted of a task as it was handed over.
+/// What the intake noted of a task as it was handed over.
 enum class TaskMark { None, Expected, Last };
 
 /// A timer's callbacks, by the property that holds them.

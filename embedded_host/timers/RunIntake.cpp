@@ -38,7 +38,7 @@ void RunIntake::taskIsDropped(const TaskNote& note) noexcept
 /// At a fixed rate the library counts this task next, by the number that is told here to its timer.
 TaskMark RunIntake::markOfNextTask()
 {
-    tovrintimer::Lock lock(m_mutex);
+    const std::lock_guard lock(m_mutex);
     if (std::exchange(m_startFcnComes, false) || m_count.left() == 0) {
         return TaskMark::None;
     }
@@ -47,11 +47,15 @@ TaskMark RunIntake::markOfNextTask()
         m_timer->setNumOfTasksToExecute(m_wanted);
     }
     const TaskMark mark = countLocked();
-    const bool beyond = isBeyond();
-    lock.unlock();
     // The library asks for the busy mode twice, and loses a callback where it becomes Queue in between: not here.
-    applyBusyMode(beyond ? BusyMode::Drop : m_busyModeWanted.load());
+    applyBusyMode(isBeyond() ? BusyMode::Drop : m_busyModeWanted);
     return mark;
+}
+
+void RunIntake::setBusyMode(BusyMode wanted)
+{
+    const std::lock_guard lock(m_mutex);
+    m_busyModeWanted = wanted;
 }
 
 TaskMark RunIntake::count()
@@ -69,15 +73,13 @@ TaskMark RunIntake::countLocked()
 
 void RunIntake::setTotal(std::uint64_t wanted)
 {
-    tovrintimer::Lock lock(m_mutex);
+    const std::lock_guard lock(m_mutex);
     if (wanted > m_count.total() && m_count.left() == 0) {
         throw std::invalid_argument("at most " + std::to_string(m_count.total())
             + " until this run has ended: the last TimerFcn by that number has been dispatched");
     }
     m_wanted = wanted;
-    const bool beyond = isBeyond();
-    lock.unlock();
-    if (beyond) {
+    if (isBeyond()) {
         applyBusyMode(BusyMode::Drop); // what falls due now is no overrun any more
     }
 }
@@ -89,7 +91,7 @@ bool RunIntake::isBeyond() const
     return m_mode == ExecutionMode::FixedRate && counted >= m_wanted && m_count.left() > 0;
 }
 
-/// As above: what has not changed is not written.
+/// As above: what has not changed is not written. The caller holds m_mutex.
 void RunIntake::applyBusyMode(BusyMode mode)
 {
     if (m_timer->getBusyMode() != static_cast<std::size_t>(mode)) {

@@ -5,7 +5,6 @@
 #include "timer_src/main/Concurrency.hpp"
 #include "timer_src/main/TimerInfo.hpp"
 
-#include <atomic>
 #include <cstdint>
 
 namespace tovrinhost {
@@ -31,7 +30,7 @@ public:
     void setTimer(tovrintimer::TimerInfo& timer) { m_timer = &timer; }
 
     /// For the next task.
-    void setBusyMode(tovrintimer::BusyMode wanted) { m_busyModeWanted = wanted; }
+    void setBusyMode(tovrintimer::BusyMode wanted);
 
     /// Counts a TimerFcn in any mode but fixed rate.
     TaskMark count();
@@ -52,12 +51,12 @@ private:
     FiringLog& m_log;
     tovrintimer::TimerInfo* m_timer = nullptr;
     const tovrintimer::ExecutionMode m_mode;
-    std::atomic<tovrintimer::BusyMode> m_busyModeWanted { tovrintimer::BusyMode::Drop };
 
     tovrintimer::Mutex m_mutex; // taken alone
-    std::uint64_t m_wanted; // guarded by it, like the next two
+    std::uint64_t m_wanted; // guarded by it, like all that follows
     TaskCount m_count;
     bool m_startFcnComes; // with the next task
+    tovrintimer::BusyMode m_busyModeWanted { tovrintimer::BusyMode::Drop };
 };
 
 } // namespace tovrinhost
