@@ -1,5 +1,6 @@
 #include "tests/random_programs/run/Worker.hpp"
 
+#include "tests/Sanitizers.hpp"
 #include "tests/random_programs/model/Model.hpp"
 #include "tests/random_programs/run/File.hpp"
 #include "tests/random_programs/run/Runner.hpp"
@@ -14,15 +15,7 @@
 #include <new>
 #include <system_error>
 
-#if defined(__SANITIZE_ADDRESS__)
-#define RANDOM_PROGRAMS_WITH_LSAN 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define RANDOM_PROGRAMS_WITH_LSAN 1
-#endif
-#endif
-
-#if defined(RANDOM_PROGRAMS_WITH_LSAN)
+#if defined(TESTS_WITH_ADDRESS_SANITIZER)
 #include <sanitizer/lsan_interface.h>
 #endif
 
@@ -35,7 +28,7 @@ constexpr unsigned int timeLimit = 30;
 
 bool hasLeaks()
 {
-#if defined(RANDOM_PROGRAMS_WITH_LSAN)
+#if defined(TESTS_WITH_ADDRESS_SANITIZER)
     return __lsan_do_recoverable_leak_check() != 0;
 #else
     return false;

@@ -1,5 +1,6 @@
 #include "tests/simulation/run/Apart.hpp"
 
+#include "tests/Sanitizers.hpp"
 #include "tests/simulation/run/Shrink.hpp"
 
 #include <sys/mman.h>
@@ -16,15 +17,7 @@
 #include <utility>
 #include <vector>
 
-#if defined(__SANITIZE_ADDRESS__)
-#define SIMULATION_WITH_LSAN 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define SIMULATION_WITH_LSAN 1
-#endif
-#endif
-
-#if defined(SIMULATION_WITH_LSAN)
+#if defined(TESTS_WITH_ADDRESS_SANITIZER)
 #include <sanitizer/lsan_interface.h>
 #endif
 
@@ -212,7 +205,7 @@ void runSeeds(Progress& progress, std::uint64_t from, std::uint64_t to, unsigned
             return;
         }
     }
-#if defined(SIMULATION_WITH_LSAN)
+#if defined(TESTS_WITH_ADDRESS_SANITIZER)
     if (__lsan_do_recoverable_leak_check() != 0) {
         progress.failed = true; // of the last seed, or of one before it
     }
