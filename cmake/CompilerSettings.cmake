@@ -45,3 +45,13 @@ function(keep_loaded)
     endforeach()
   endif()
 endfunction()
+
+# whole_by_itself(LIBRARY...): for libraries that need nothing of the program that loads them. What is missing shows
+# as they are linked, not as they are loaded. (clang leaves the sanitizers' functions to the program.)
+function(whole_by_itself)
+  if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
+    foreach(library IN LISTS ARGN)
+      target_link_options(${library} PRIVATE LINKER:-z,defs)
+    endforeach()
+  endif()
+endfunction()
