@@ -11,7 +11,7 @@ windowsPackages=(g++-mingw-w64-x86-64-posix wine wine64 cmake ninja-build pkg-co
 # fetch_source PACKAGE FOLDER: unpacks the newest source of a package of this Debian, with an index of our own: the
 # system's lists may name no sources, and are none of our business.
 fetch_source() {
-  local package=$1 folder=$2 state=$dependencies/apt
+  local package=$1 folder=$2 state=$dependencies/apt/$1
   mkdir -p "$state/lists/partial" "$state/archives/partial" "$state/source" "$folder"
   echo "deb-src http://deb.debian.org/debian $(. /etc/os-release && echo "$VERSION_CODENAME") main" >"$state/sources.list"
   local options=(-o "Dir::Etc::SourceList=$state/sources.list" -o Dir::Etc::SourceParts=- -o "Dir::State::Lists=$state/lists"
@@ -95,14 +95,19 @@ build_dependency() {
   [ ! -e "$stamp" ] || return 0
   say "windows: $name ..."
   mkdir -p "$dependencies/bin"
-  run_logged "$buildDir/log/windows-$name.log" "$name"
+  run_logged "$buildDir/log/windows-$name.log" "$name" || return
   touch "$stamp"
   printf '%-22s done in %d s\n' "$name" $((SECONDS - start))
 }
 
+# Boost takes the longest, and one processor for half of it.
 build_dependencies() {
-  local name
-  for name in copy_runtime build_boost build_lua build_googletest copy_headers; do
-    build_dependency "$name"
+  local name boost status=0
+  build_dependency build_boost &
+  boost=$!
+  for name in copy_runtime build_lua build_googletest copy_headers; do
+    build_dependency "$name" || status=1
   done
+  wait "$boost" || status=1
+  return $status
 }

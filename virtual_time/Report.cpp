@@ -54,20 +54,21 @@ void Kernel::leave()
 
 std::string Kernel::describe(const VirtualThread& thread) const
 {
-    std::string text = "  " + thread.name + ":";
+    std::ostringstream text;
+    text << "  " << thread.name << ':';
     const char* separator = " ";
     for (const Frame& frame : thread.frames) {
-        text += separator;
-        text += frame.what;
+        text << separator << frame.what;
         if (frame.number >= 0) {
-            text += " " + std::to_string(frame.number);
+            text << ' ' << frame.number;
         }
         separator = " > ";
     }
     if (!thread.ready && thread.deadline != never) {
-        text += " until " + std::to_string(thread.deadline / millisecond) + " ms";
+        text << " until " << thread.deadline / millisecond << " ms";
     }
-    return text + "\n";
+    text << '\n';
+    return text.str();
 }
 
 std::string Kernel::describeAll() const
@@ -90,7 +91,7 @@ Operation::Operation(const char* what, std::int64_t number)
     m_kernel->enter(what, number);
     m_kernel->point();
     if (m_kernel->isTracing()) {
-        m_kernel->note(number < 0 ? what : what + (" " + std::to_string(number)));
+        m_kernel->note(number < 0 ? what : std::string(what) + ' ' + std::to_string(number));
     }
 }
 

@@ -39,6 +39,7 @@ TerminalProgram::TerminalProgram(std::vector<std::string> words,
     m_process = forkpty(&m_line, nullptr, nullptr, &size);
     if (m_process == 0) {
         setenv("TERM", "xterm", 1);
+        setenv("LC_ALL", "C.UTF-8", 1); // what the virtual terminal takes characters for
         for (const auto& [name, value] : variables) {
             setenv(name.c_str(), value.c_str(), 1);
         }

@@ -15,7 +15,7 @@ namespace terminals {
 class TerminalProgram {
 public:
     /// \param words the program's path, and what follows it
-    /// \param variables of its environment; TERM is xterm where nothing else stands here
+    /// \param variables of its environment; TERM is xterm, and LC_ALL C.UTF-8, where nothing else stands here
     /// \param folder where it runs
     TerminalProgram(std::vector<std::string> words, const std::map<std::string, std::string>& variables,
         const std::string& folder, int width, int height);

@@ -41,7 +41,9 @@ std::string bashCompletion(const OfferedCommandLine& line)
         }
     }
     return origin(line, "bash") + R"(_tovrin() {
-  local word=$2 before=$3 options withFile withValue operands takesFiles
+  local word=${2//\\/} before=$3 options withFile withValue operands takesFiles
+  # Bash takes --trace=FILE for three words.
+  [ "$before" != = ] || before=${COMP_WORDS[COMP_CWORD - 2]}
   case ${COMP_WORDS[1]} in
 )" + cases
         + "  *) " + bashWords(line.commands.front()) + R"( ;;

@@ -22,7 +22,8 @@ std::string zshWords(const std::vector<OfferedOption>& options, const std::strin
         const std::string described = "[" + withBackslashes(option.description, "[]:\\") + "]"
             + (option.value.empty() ? "" : zshValue(option.value));
         for (const std::string& name : option.names) {
-            words += "      " + shellWord(name + described) + "\n";
+            const bool takesEqualsSign = !option.value.empty() && name.starts_with("--");
+            words += "      " + shellWord(name + (takesEqualsSign ? "=" : "") + described) + "\n";
         }
     }
     return words + (operand.empty() ? "" : "      " + shellWord("*" + zshValue(operand)) + "\n") + "    )\n";
