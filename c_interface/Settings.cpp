@@ -81,7 +81,7 @@ Settings takeSettings(const tovrin_settings* given)
     requireBetween("settings.start_delay", taken.start_delay, 0.0, longestSpan);
     if (taken.tasks_to_execute > mostTasksOfC) {
         refuseValue("settings.tasks_to_execute", std::to_string(taken.tasks_to_execute),
-            "from 1 to " + std::to_string(mostTasksOfC) + ", or 0 for a run without end");
+            std::string("from 1 to ") + std::to_string(mostTasksOfC) + ", or 0 for a run without end");
     }
     if (taken.timer_fcn.function == nullptr) {
         refuseValue("settings.timer_fcn.function", "NULL", "a function");

@@ -49,7 +49,10 @@ void showValues(lua_State* state)
     lua_setglobal(state, "_");
     std::string line;
     for (int index = 1; index <= values; ++index) {
-        line += (index > 1 ? "\t" : "") + valueText(state, index);
+        if (index > 1) {
+            line += '\t';
+        }
+        line += valueText(state, index);
     }
     line += '\n';
     std::fwrite(line.data(), 1, line.size(), stdout);

@@ -236,8 +236,10 @@ void TopView::drawTable(std::vector<Line>& lines, std::size_t width, std::size_t
     std::array<std::string, columnCount> cells;
     for (std::size_t column = 0; column < columnCount; ++column) {
         const bool isSorted = column == static_cast<std::size_t>(m_sortedBy);
-        cells.at(column)
-            = (isSorted ? (m_isReversed ? "v" : "^") : "") + std::string(columnHeads.at(column).title);
+        cells.at(column) = columnHeads.at(column).title;
+        if (isSorted) {
+            cells.at(column).insert(0, 1, m_isReversed ? 'v' : '^');
+        }
     }
     const std::size_t first = firstColumnFor(static_cast<std::size_t>(m_sortedBy), width);
     lines.push_back(rowLine(cells, Line::Head, first, width));

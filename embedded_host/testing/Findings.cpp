@@ -52,14 +52,19 @@ std::string Findings::text() const
         if (found != left.end()) {
             left.erase(found);
         } else {
-            unfulfilled += (unfulfilled.empty() ? "" : "\n") + expected.position
-                + "expectError: no callback has raised "
-                + (expected.text.empty() ? "an error" : "\"" + escape(expected.text) + "\"");
+            if (!unfulfilled.empty()) {
+                unfulfilled += '\n';
+            }
+            unfulfilled += expected.position + "expectError: no callback has raised "
+                + (expected.text.empty() ? "an error" : '"' + escape(expected.text) + '"');
         }
     }
     std::string text;
     for (const Finding& finding : left) {
-        text += (text.empty() ? "" : "\n") + finding.text;
+        if (!text.empty()) {
+            text += '\n';
+        }
+        text += finding.text;
     }
     if (!text.empty()) {
         return text; // what has not come about since, is no surprise

@@ -51,7 +51,10 @@ std::string toText(const ArrayDimensions& dimensions)
 {
     std::string text;
     for (const std::size_t extent : dimensions) {
-        text += (text.empty() ? "" : "x") + std::to_string(extent);
+        if (!text.empty()) {
+            text += 'x';
+        }
+        text += std::to_string(extent);
     }
     return text;
 }
