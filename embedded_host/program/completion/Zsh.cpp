@@ -22,8 +22,11 @@ std::string zshWords(const std::vector<OfferedOption>& options, const std::strin
         const std::string described = "[" + withBackslashes(option.description, "[]:\\") + "]"
             + (option.value.empty() ? "" : zshValue(option.value));
         for (const std::string& name : option.names) {
-            const bool takesEqualsSign = !option.value.empty() && name.starts_with("--");
-            words += "      " + shellWord(name + (takesEqualsSign ? "=" : "") + described) + "\n";
+            std::string word = name;
+            if (!option.value.empty() && name.starts_with("--")) {
+                word += '='; // what may stand between it and its value
+            }
+            words += "      " + shellWord(word + described) + "\n";
         }
     }
     return words + (operand.empty() ? "" : "      " + shellWord("*" + zshValue(operand)) + "\n") + "    )\n";
